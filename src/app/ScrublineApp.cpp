@@ -1,0 +1,24 @@
+#include "ScrublineApp.h"
+
+#include "models/AppSettings.h"
+#include "utilities/Logger.h"
+#include "views/Symbols.h"
+
+#include <QApplication>
+
+ScrublineApp::ScrublineApp(QObject* parent)
+    : QObject(parent) {
+    AppSettings::shared();
+
+    m_menu.addAction(QStringLiteral("Quit"), qApp, &QCoreApplication::quit);
+    m_trayIcon.setIcon(Symbols::icon(QStringLiteral("goforward.10")));
+    m_trayIcon.setToolTip(QStringLiteral("Scrubline"));
+    m_trayIcon.setContextMenu(&m_menu);
+    if (!QSystemTrayIcon::isSystemTrayAvailable()) {
+        // The toolkit adds the icon by itself once a tray appears.
+        qCWarning(Log::general(), "No system tray is running; the icon appears when one starts");
+    }
+    m_trayIcon.show();
+}
+
+ScrublineApp::~ScrublineApp() = default;

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <QMenu>
+#include <QObject>
+#include <QSystemTrayIcon>
+
+// The running program: the tray icon and its menu.
+class ScrublineApp : public QObject {
+    Q_OBJECT
+
+public:
+    explicit ScrublineApp(QObject* parent = nullptr);
+    ~ScrublineApp() override;
+
+private:
+    QMenu m_menu;
+    QSystemTrayIcon m_trayIcon;
+};

@@ -1,0 +1,287 @@
+#include "SeekAction.h"
+
+#include <QJsonObject>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+// Names of the ANSI-layout virtual key codes below 127; empty entries fall back to "Key<code>".
+constexpr std::array<const char*, 127> keyNameTable() {
+    std::array<const char*, 127> names{};
+    names[0] = "A";
+    names[1] = "S";
+    names[2] = "D";
+    names[3] = "F";
+    names[4] = "H";
+    names[5] = "G";
+    names[6] = "Z";
+    names[7] = "X";
+    names[8] = "C";
+    names[9] = "V";
+    names[11] = "B";
+    names[12] = "Q";
+    names[13] = "W";
+    names[14] = "E";
+    names[15] = "R";
+    names[16] = "Y";
+    names[17] = "T";
+    names[18] = "1";
+    names[19] = "2";
+    names[20] = "3";
+    names[21] = "4";
+    names[22] = "6";
+    names[23] = "5";
+    names[24] = "=";
+    names[25] = "9";
+    names[26] = "7";
+    names[27] = "-";
+    names[28] = "8";
+    names[29] = "0";
+    names[30] = "]";
+    names[31] = "O";
+    names[32] = "U";
+    names[33] = "[";
+    names[34] = "I";
+    names[35] = "P";
+    names[36] = "\u21A9"; // return
+    names[37] = "L";
+    names[38] = "J";
+    names[39] = "'";
+    names[40] = "K";
+    names[41] = ";";
+    names[42] = "\\";
+    names[43] = ",";
+    names[44] = "/";
+    names[45] = "N";
+    names[46] = "M";
+    names[47] = ".";
+    names[48] = "\u21E5"; // tab
+    names[49] = "Space";
+    names[50] = "`";
+    names[51] = "\u232B"; // delete
+    names[53] = "\u238B"; // escape
+    names[96] = "F5";
+    names[97] = "F6";
+    names[98] = "F7";
+    names[99] = "F3";
+    names[100] = "F8";
+    names[101] = "F9";
+    names[103] = "F11";
+    names[109] = "F10";
+    names[111] = "F12";
+    names[115] = "\u2196"; // home
+    names[116] = "PgUp";
+    names[117] = "\u2326"; // forward delete
+    names[118] = "F4";
+    names[119] = "\u2198"; // end
+    names[120] = "F2";
+    names[121] = "PgDn";
+    names[122] = "F1";
+    names[123] = "\u2190";
+    names[124] = "\u2192";
+    names[125] = "\u2193";
+    names[126] = "\u2191";
+    return names;
+}
+
+constexpr auto kKeyNames = keyNameTable();
+
+// Whether `seconds` truncates to a value a signed 64-bit integer holds.
+bool fitsWholeSeconds(double seconds) {
+    return std::isfinite(seconds) && seconds >= -0x1p63 && seconds < 0x1p63;
+}
+
+// A JSON number that is a whole value within [0, max].
+std::optional<std::uint64_t> unsignedInteger(const QJsonValue& value, std::uint64_t max) {
+    if (!value.isDouble()) {
+        return std::nullopt;
+    }
+    const double number = value.toDouble();
+    if (number != std::trunc(number) || number < 0 || number > static_cast<double>(max)) {
+        return std::nullopt;
+    }
+    return static_cast<std::uint64_t>(number);
+}
+
+} // namespace
+
+QString SeekAction::rawValue(Direction direction) {
+    switch (direction) {
+    case Direction::forward:
+        return QStringLiteral("forward");
+    case Direction::backward:
+        return QStringLiteral("backward");
+    case Direction::playPause:
+        return QStringLiteral("playPause");
+    }
+    qFatal("SeekAction: unknown direction %d", static_cast<int>(direction));
+}
+
+std::optional<SeekAction::Direction> SeekAction::directionFromRawValue(QStringView rawValue) {
+    for (Direction direction : allDirections()) {
+        if (rawValue == SeekAction::rawValue(direction)) {
+            return direction;
+        }
+    }
+    return std::nullopt;
+}
+
+SeekAction::SeekAction(Direction direction_, double seconds_, std::uint16_t keyCode_,
+                       std::uint32_t carbonModifiers_)
+    : SeekAction(QUuid::createUuid(), direction_, seconds_, keyCode_, carbonModifiers_) {}
+
+SeekAction::SeekAction(const QUuid& id, Direction direction_, double seconds_,
+                       std::uint16_t keyCode_, std::uint32_t carbonModifiers_)
+    : direction(direction_)
+    , seconds(seconds_)
+    , keyCode(keyCode_)
+    , carbonModifiers(carbonModifiers_)
+    , m_id(id) {}
+
+const QList<SeekAction>& SeekAction::defaults() {
+    // Control + option + command, deliberately without shift.
+    static constexpr std::uint32_t mask =
+        CarbonModifier::control | CarbonModifier::option | CarbonModifier::command;
+    static const QList<SeekAction> actions{
+        SeekAction(Direction::forward, 10.0, 124, mask),
+        SeekAction(Direction::backward, 10.0, 123, mask),
+    };
+    return actions;
+}
+
+std::int64_t SeekAction::wholeSeconds() const {
+    if (!fitsWholeSeconds(seconds)) {
+        qFatal("SeekAction: %g seconds cannot be shown as a whole number of seconds", seconds);
+    }
+    return static_cast<std::int64_t>(seconds);
+}
+
+QString SeekAction::label() const {
+    switch (direction) {
+    case Direction::forward:
+        return QStringLiteral("Forward %1s").arg(wholeSeconds());
+    case Direction::backward:
+        return QStringLiteral("Backward %1s").arg(wholeSeconds());
+    case Direction::playPause:
+        return QStringLiteral("Play/Pause");
+    }
+    qFatal("SeekAction: unknown direction %d", static_cast<int>(direction));
+}
+
+QString SeekAction::directionIcon() const {
+    if (direction == Direction::playPause) {
+        return QStringLiteral("playpause");
+    }
+    const QString base = direction == Direction::forward ? QStringLiteral("goforward")
+                                                         : QStringLiteral("gobackward");
+    switch (wholeSeconds()) {
+    case 5:
+    case 10:
+    case 15:
+    case 30:
+    case 45:
+    case 60:
+        return base + QLatin1Char('.') + QString::number(wholeSeconds());
+    default:
+        return base;
+    }
+}
+
+QString SeekAction::keyName(std::uint16_t keyCode) {
+    if (keyCode < kKeyNames.size() && kKeyNames[keyCode] != nullptr) {
+        return QString::fromUtf8(kKeyNames[keyCode]);
+    }
+    return QStringLiteral("Key%1").arg(keyCode);
+}
+
+QString SeekAction::displayString(std::uint16_t keyCode, std::uint32_t modifiers) {
+    QString text;
+    if (modifiers & CarbonModifier::control) {
+        text += QChar(0x2303);
+    }
+    if (modifiers & CarbonModifier::option) {
+        text += QChar(0x2325);
+    }
+    if (modifiers & CarbonModifier::shift) {
+        text += QChar(0x21E7);
+    }
+    if (modifiers & CarbonModifier::command) {
+        text += QChar(0x2318);
+    }
+    return text + keyName(keyCode);
+}
+
+std::uint32_t SeekAction::toCarbonModifiers(std::uint64_t modifierFlags) {
+    std::uint32_t mask = 0;
+    if (modifierFlags & ModifierFlag::command) {
+        mask |= CarbonModifier::command;
+    }
+    if (modifierFlags & ModifierFlag::shift) {
+        mask |= CarbonModifier::shift;
+    }
+    if (modifierFlags & ModifierFlag::option) {
+        mask |= CarbonModifier::option;
+    }
+    if (modifierFlags & ModifierFlag::control) {
+        mask |= CarbonModifier::control;
+    }
+    return mask;
+}
+
+OrderedJson SeekAction::toJson() const {
+    return OrderedJson::Object{
+        {QStringLiteral("id"), uuidString(m_id)},
+        {QStringLiteral("direction"), rawValue(direction)},
+        {QStringLiteral("seconds"), seconds},
+        {QStringLiteral("keyCode"), std::int64_t{keyCode}},
+        {QStringLiteral("carbonModifiers"), std::int64_t{carbonModifiers}},
+    };
+}
+
+std::optional<SeekAction> SeekAction::fromJson(const QJsonValue& value) {
+    if (!value.isObject()) {
+        return std::nullopt;
+    }
+    const QJsonObject object = value.toObject();
+    const QJsonValue id = object.value(QLatin1StringView("id"));
+    const QJsonValue direction = object.value(QLatin1StringView("direction"));
+    const QJsonValue seconds = object.value(QLatin1StringView("seconds"));
+    if (!id.isString() || !direction.isString() || !seconds.isDouble()) {
+        return std::nullopt;
+    }
+    const auto uuid = uuidFromString(id.toString());
+    const auto parsedDirection = directionFromRawValue(direction.toString());
+    const auto keyCode = unsignedInteger(object.value(QLatin1StringView("keyCode")), 0xFFFF);
+    const auto modifiers =
+        unsignedInteger(object.value(QLatin1StringView("carbonModifiers")), 0xFFFFFFFF);
+    // Seconds that could not be shown as a whole number are refused here, so nothing read from
+    // disk can reach the fatal path of label() and directionIcon().
+    if (!uuid || !parsedDirection || !keyCode || !modifiers ||
+        !fitsWholeSeconds(seconds.toDouble())) {
+        return std::nullopt;
+    }
+    return SeekAction(*uuid, *parsedDirection, seconds.toDouble(),
+                      static_cast<std::uint16_t>(*keyCode), static_cast<std::uint32_t>(*modifiers));
+}
+
+QString uuidString(const QUuid& id) {
+    return id.toString(QUuid::WithoutBraces).toUpper();
+}
+
+std::optional<QUuid> uuidFromString(const QString& text) {
+    if (text.size() != 36) {
+        return std::nullopt;
+    }
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text.at(i);
+        const bool dash = i == 8 || i == 13 || i == 18 || i == 23;
+        const bool hex =
+            (c >= u'0' && c <= u'9') || (c >= u'a' && c <= u'f') || (c >= u'A' && c <= u'F');
+        if (dash ? c != u'-' : !hex) {
+            return std::nullopt;
+        }
+    }
+    return QUuid::fromString(text);
+}

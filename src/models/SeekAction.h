@@ -1,0 +1,87 @@
+#pragma once
+
+#include "utilities/OrderedJson.h"
+
+#include <QJsonValue>
+#include <QList>
+#include <QString>
+#include <QUuid>
+
+#include <array>
+#include <cstdint>
+#include <optional>
+
+// Carbon hot-key modifier bits. Hotkeys are stored with these on every platform.
+namespace CarbonModifier {
+inline constexpr std::uint32_t command = 0x100;
+inline constexpr std::uint32_t shift = 0x200;
+inline constexpr std::uint32_t option = 0x800;
+inline constexpr std::uint32_t control = 0x1000;
+} // namespace CarbonModifier
+
+// Keyboard modifier-flag bits of the reference platform's key events; the views translate their
+// toolkit's modifiers into these before calling SeekAction::toCarbonModifiers.
+namespace ModifierFlag {
+inline constexpr std::uint64_t capsLock = 1ULL << 16;
+inline constexpr std::uint64_t shift = 1ULL << 17;
+inline constexpr std::uint64_t control = 1ULL << 18;
+inline constexpr std::uint64_t option = 1ULL << 19;
+inline constexpr std::uint64_t command = 1ULL << 20;
+inline constexpr std::uint64_t numericPad = 1ULL << 21;
+inline constexpr std::uint64_t help = 1ULL << 22;
+inline constexpr std::uint64_t function = 1ULL << 23;
+} // namespace ModifierFlag
+
+// One user-configured hotkey: seek forward or backward by `seconds`, or toggle play/pause.
+class SeekAction {
+public:
+    enum class Direction { forward, backward, playPause };
+
+    static constexpr std::array<Direction, 3> allDirections() {
+        return {Direction::forward, Direction::backward, Direction::playPause};
+    }
+    static QString rawValue(Direction direction);
+    static std::optional<Direction> directionFromRawValue(QStringView rawValue);
+
+    // A new action with a fresh random id.
+    SeekAction(Direction direction, double seconds, std::uint16_t keyCode,
+               std::uint32_t carbonModifiers);
+    SeekAction(const QUuid& id, Direction direction, double seconds, std::uint16_t keyCode,
+               std::uint32_t carbonModifiers);
+
+    // Built once per process, so their ids stay the same for the whole run.
+    static const QList<SeekAction>& defaults();
+
+    const QUuid& id() const { return m_id; }
+
+    Direction direction;
+    double seconds;
+    std::uint16_t keyCode;
+    std::uint32_t carbonModifiers;
+
+    QString label() const;
+    QString directionIcon() const;
+
+    static QString keyName(std::uint16_t keyCode);
+    static QString displayString(std::uint16_t keyCode, std::uint32_t modifiers);
+    static std::uint32_t toCarbonModifiers(std::uint64_t modifierFlags);
+
+    // The JSON object the defaults database and the settings file hold.
+    OrderedJson toJson() const;
+    // Nothing when a key is missing, a value has the wrong type or is out of range, or the
+    // direction is unknown. Extra keys are ignored.
+    static std::optional<SeekAction> fromJson(const QJsonValue& value);
+
+    friend bool operator==(const SeekAction&, const SeekAction&) = default;
+
+private:
+    // Seconds truncated toward zero; stops the process for values no stored action can hold.
+    std::int64_t wholeSeconds() const;
+
+    QUuid m_id;
+};
+
+// Upper-case textual form of a UUID, as the reference platform writes it.
+QString uuidString(const QUuid& id);
+// Reads the 36-character textual form in either case; braces or other forms are refused.
+std::optional<QUuid> uuidFromString(const QString& text);

@@ -1,0 +1,13 @@
+#pragma once
+
+#include <QString>
+
+// The program's own entry in the list of things the desktop starts at login.
+class LoginItem {
+public:
+    virtual ~LoginItem() = default;
+
+    // Registers (enabled) or unregisters the program. Returns an empty string on success, else
+    // a description of what failed, fit for the log.
+    virtual QString setEnabled(bool enabled) = 0;
+};

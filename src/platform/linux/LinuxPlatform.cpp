@@ -1,0 +1,48 @@
+#include "XdgAutostartLoginItem.h"
+#include "platform/Platform.h"
+
+#include <QCoreApplication>
+#include <QStandardPaths>
+
+#include <xcb/xcb.h>
+
+namespace Platform {
+
+std::unique_ptr<QSettings> openUserDefaults() {
+    const QString path = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
+                         QStringLiteral("/Scrubline/Scrubline.conf");
+    return std::make_unique<QSettings>(path, QSettings::IniFormat);
+}
+
+std::unique_ptr<LoginItem> createLoginItem() {
+    // An AppImage runs from a temporary mount; the image itself is what has to start at login.
+    const QString appImage = qEnvironmentVariable("APPIMAGE");
+    return std::make_unique<XdgAutostartLoginItem>(
+        appImage.isEmpty() ? QCoreApplication::applicationFilePath() : appImage);
+}
+
+QString displayProblem() {
+    const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
+    if (!platform.isEmpty() && !platform.startsWith("xcb")) {
+        return {}; // offscreen, wayland, vnc...: the toolkit reports its own problems
+    }
+    const QByteArray display = qgetenv("DISPLAY");
+    if (display.isEmpty()) {
+        if (platform.isEmpty() && qEnvironmentVariableIsSet("WAYLAND_DISPLAY")) {
+            return {};
+        }
+        return QStringLiteral("no display: DISPLAY is not set (Scrubline needs an X11 or "
+                              "Wayland session)");
+    }
+    xcb_connection_t* connection = xcb_connect(display.constData(), nullptr);
+    const int error = xcb_connection_has_error(connection);
+    xcb_disconnect(connection);
+    if (error != 0) {
+        return QStringLiteral("cannot open display \"%1\" (is an X server running and may "
+                              "this user connect to it?)")
+            .arg(QString::fromLocal8Bit(display));
+    }
+    return {};
+}
+
+} // namespace Platform

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "platform/LoginItem.h"
+
+#include <QString>
+
+// A desktop entry in the user's XDG autostart folder that starts `executablePath` at login.
+class XdgAutostartLoginItem final : public LoginItem {
+public:
+    explicit XdgAutostartLoginItem(QString executablePath);
+
+    QString setEnabled(bool enabled) override;
+
+    // $XDG_CONFIG_HOME/autostart/scrubline.desktop, ~/.config when the variable is unset.
+    static QString entryPath();
+    // The Exec value that starts `executablePath`, quoted as desktop entries require.
+    static QString execValue(const QString& executablePath);
+
+private:
+    QString m_executablePath;
+};

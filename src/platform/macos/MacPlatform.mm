@@ -1,0 +1,18 @@
+#include "SMAppServiceLoginItem.h"
+#include "platform/Platform.h"
+
+namespace Platform {
+
+std::unique_ptr<QSettings> openUserDefaults() {
+    // The organisation domain and application name make the defaults domain com.scrubline.app.
+    return std::make_unique<QSettings>(QSettings::NativeFormat, QSettings::UserScope,
+                                       QStringLiteral("scrubline.com"), QStringLiteral("app"));
+}
+
+std::unique_ptr<LoginItem> createLoginItem() { return std::make_unique<SMAppServiceLoginItem>(); }
+
+QString displayProblem() {
+    return {}; // a logged-in session always has the window server
+}
+
+} // namespace Platform

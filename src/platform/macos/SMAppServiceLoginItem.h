@@ -1,0 +1,9 @@
+#pragma once
+
+#include "platform/LoginItem.h"
+
+// The program's bundle as a login item of the service-management framework.
+class SMAppServiceLoginItem final : public LoginItem {
+public:
+    QString setEnabled(bool enabled) override;
+};

@@ -1,0 +1,17 @@
+#pragma once
+
+#include <memory>
+
+class LoginItem;
+
+// Carries the launch-at-login preference to the desktop. Failures are only logged.
+namespace LaunchAtLogin {
+
+// Registers or unregisters the program as a login item. The current state is not asked first,
+// and a failure is neither shown nor rolled back.
+void setEnabled(bool enabled);
+
+// Replaces the platform's login item (before first use by default: the platform's own).
+void setLoginItem(std::unique_ptr<LoginItem> item);
+
+} // namespace LaunchAtLogin
