@@ -9,7 +9,9 @@ std::unique_ptr<QSettings> openUserDefaults() {
                                        QStringLiteral("scrubline.com"), QStringLiteral("app"));
 }
 
-std::unique_ptr<LoginItem> createLoginItem() { return std::make_unique<SMAppServiceLoginItem>(); }
+std::unique_ptr<LoginItem> createLoginItem() {
+    return std::make_unique<SMAppServiceLoginItem>();
+}
 
 QString displayProblem() {
     return {}; // a logged-in session always has the window server
