@@ -1,4 +1,102 @@
+#include "support/Desktop.h"
+
+#include <QFile>
+#include <QProcess>
 #include <QtTest>
-class Placeholder : public QObject { Q_OBJECT };
-QTEST_GUILESS_MAIN(Placeholder)
+
+namespace {
+
+const QString binary = QStringLiteral(SCRUBLINE_BINARY);
+const QString trayClass = QStringLiteral("scrubline");
+
+std::optional<Desktop::Window> waitForWindow(const QString& className, int count,
+                                             int timeoutMs = 10000) {
+    QDeadlineTimer deadline(timeoutMs);
+    while (!deadline.hasExpired()) {
+        const auto windows = Desktop::visibleWindows(className);
+        if (windows.size() >= count) {
+            return windows.last();
+        }
+        QTest::qWait(50);
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+class TestTrayApp : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() {
+        QVERIFY2(!qEnvironmentVariableIsEmpty("DISPLAY"), "runs inside with-session");
+    }
+
+    void waitsForATrayThenQuitsFromItsMenu() {
+        QProcess app;
+        app.setProcessChannelMode(QProcess::SeparateChannels);
+        app.start(binary, {});
+        QVERIFY(app.waitForStarted());
+
+        // No tray yet: the program keeps running and says why nothing shows.
+        QTest::qWait(1500);
+        QCOMPARE(app.state(), QProcess::Running);
+        QByteArray errors;
+        QTRY_VERIFY2((errors += app.readAllStandardError()).contains("No system tray is running"),
+                     errors.constData());
+
+        TrayHost tray;
+        QVERIFY(tray.start());
+        const auto icon = waitForWindow(trayClass, 1);
+        QVERIFY2(icon.has_value(), "the icon docks once a tray appears");
+        QVERIFY(icon->geometry.width() > 0 && icon->geometry.width() <= 64);
+
+        Desktop::click(icon->geometry.center(), 3);
+        const auto menu = waitForWindow(trayClass, 2);
+        QVERIFY2(menu.has_value(), "a right click opens the menu");
+        QVERIFY(menu->geometry.height() >= 10);
+
+        Desktop::click(menu->geometry.center(), 1); // its one item, "Quit"
+        QVERIFY(app.waitForFinished(10000));
+        QCOMPARE(app.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(app.exitCode(), 0);
+
+        // Starting and quitting changed no setting, so nothing was written.
+        QVERIFY(!QFile::exists(qEnvironmentVariable("XDG_CONFIG_HOME") +
+                               QStringLiteral("/Scrubline/Scrubline.conf")));
+    }
+
+    void withoutADisplayItSaysSoInOneLine_data() {
+        QTest::addColumn<QString>("display");
+        QTest::addColumn<QString>("named");
+        QTest::newRow("unset") << QString() << "DISPLAY is not set";
+        QTest::newRow("no server") << ":4242"
+                                   << "cannot open display \":4242\"";
+    }
+
+    void withoutADisplayItSaysSoInOneLine() {
+        QFETCH(QString, display);
+        QFETCH(QString, named);
+        QProcess app;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.remove(QStringLiteral("WAYLAND_DISPLAY"));
+        environment.remove(QStringLiteral("QT_QPA_PLATFORM"));
+        if (display.isEmpty()) {
+            environment.remove(QStringLiteral("DISPLAY"));
+        } else {
+            environment.insert(QStringLiteral("DISPLAY"), display);
+        }
+        app.setProcessEnvironment(environment);
+        app.start(binary, {});
+        QVERIFY(app.waitForFinished(10000));
+        QCOMPARE(app.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(app.exitCode(), 1);
+        const QString error = QString::fromLocal8Bit(app.readAllStandardError());
+        QCOMPARE(error.count(QLatin1Char('\n')), 1);
+        QVERIFY2(error.startsWith(QStringLiteral("scrubline: ")), qPrintable(error));
+        QVERIFY2(error.contains(named), qPrintable(error));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestTrayApp)
 #include "tst_trayapp.moc"

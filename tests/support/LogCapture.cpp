@@ -19,14 +19,16 @@ LogCapture::LogCapture() {
     forwardTo = m_previous;
 }
 
-LogCapture::~LogCapture() { qInstallMessageHandler(m_previous); }
+LogCapture::~LogCapture() {
+    qInstallMessageHandler(m_previous);
+}
 
 void LogCapture::handler(QtMsgType type, const QMessageLogContext& context,
                          const QString& message) {
     {
         QMutexLocker lock(&mutex);
-        recorded.append({QString::fromLatin1(context.category ? context.category : ""), type,
-                         message});
+        recorded.append(
+            {QString::fromLatin1(context.category ? context.category : ""), type, message});
     }
     if (forwardTo != nullptr) {
         forwardTo(type, context, message);

@@ -1,4 +1,321 @@
+#include "models/AppSettings.h"
+#include "platform/linux/XdgAutostartLoginItem.h"
+#include "support/TempHome.h"
+#include "utilities/LaunchAtLogin.h"
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSettings>
 #include <QtTest>
-class Placeholder : public QObject { Q_OBJECT };
-QTEST_GUILESS_MAIN(Placeholder)
+
+#include <memory>
+
+namespace {
+
+QByteArray readFile(const QString& path) {
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        qFatal("cannot read %s", qPrintable(path));
+    }
+    return file.readAll();
+}
+
+SeekAction fixedAction(const char* uuid, SeekAction::Direction direction, double seconds,
+                       std::uint16_t keyCode, std::uint32_t modifiers) {
+    return SeekAction(QUuid::fromString(QLatin1StringView(uuid)), direction, seconds, keyCode,
+                      modifiers);
+}
+
+// A complete, valid file; rows of the refusal table change one thing in it.
+QJsonObject validFile() {
+    return QJsonDocument::fromJson(R"({
+        "version": 1,
+        "enabledApps": ["safariYouTube", "spotify", "appleMusic", "chromeYouTube"],
+        "disabledApps": ["spotify"],
+        "seekActions": [{"id": "3F2504E0-4F89-41D3-9A0C-0305E82C3301", "direction": "forward",
+                         "seconds": 15, "keyCode": 3, "carbonModifiers": 256}],
+        "launchAtLogin": false,
+        "showHUDOverlay": false
+    })")
+        .object();
+}
+
+QByteArray bytesOf(const QJsonObject& object) {
+    return QJsonDocument(object).toJson();
+}
+
+} // namespace
+
+class TestSettingsFile : public QObject {
+    Q_OBJECT
+
+private:
+    std::unique_ptr<TempHome> m_home;
+    QString m_path;
+
+    std::unique_ptr<AppSettings> openStore() const {
+        return std::make_unique<AppSettings>(std::make_unique<UserDefaults>(
+            std::make_unique<QSettings>(m_path, QSettings::IniFormat)));
+    }
+
+    // A state with every field away from its default.
+    void setKnownState(AppSettings& settings) const {
+        settings.setEnabledApps({MediaApp::chromeYouTube, MediaApp::spotify, MediaApp::appleMusic,
+                                 MediaApp::safariYouTube});
+        settings.setDisabledApps({MediaApp::safariYouTube, MediaApp::appleMusic});
+        settings.setSeekActions({
+            fixedAction("a3bb189e-8bf9-3888-9912-ace4e6543002", SeekAction::Direction::forward,
+                        10.0, 124, 6400),
+            fixedAction("6BA7B810-9DAD-11D1-80B4-00C04FD430C8", SeekAction::Direction::backward,
+                        2.5, 123, 6912),
+            fixedAction("00000000-0000-0000-0000-000000000001", SeekAction::Direction::playPause,
+                        1.0, 49, 4096),
+        });
+        settings.setLaunchAtLogin(true);
+        settings.setShowHUDOverlay(false);
+    }
+
+private slots:
+    void init() {
+        m_home = std::make_unique<TempHome>();
+        m_path = m_home->configPath() + QStringLiteral("/Scrubline/Scrubline.conf");
+        LaunchAtLogin::setLoginItem(
+            std::make_unique<XdgAutostartLoginItem>(QStringLiteral("/usr/bin/scrubline")));
+    }
+
+    void cleanup() {
+        LaunchAtLogin::setLoginItem(nullptr);
+        m_home.reset();
+    }
+
+    void exportMatchesTheGoldenFile() {
+        auto settings = openStore();
+        setKnownState(*settings);
+        const auto exported = settings->exportSettings();
+        QVERIFY(exported.has_value());
+        QCOMPARE(*exported,
+                 readFile(QStringLiteral(SCRUBLINE_TEST_DATA_DIR "/settings-export.json")));
+    }
+
+    void exportOfDefaultsIsAValidFile() {
+        auto settings = openStore();
+        const auto exported = settings->exportSettings();
+        QVERIFY(exported.has_value());
+        QJsonParseError error{};
+        const QJsonObject object = QJsonDocument::fromJson(*exported, &error).object();
+        QCOMPARE(error.error, QJsonParseError::NoError);
+        QCOMPARE(object.keys(), (QStringList{"disabledApps", "enabledApps", "launchAtLogin",
+                                             "seekActions", "showHUDOverlay", "version"}));
+        QCOMPARE(object.value("version").toInt(), 1);
+        QCOMPARE(object.value("showHUDOverlay").toBool(), true);
+        QVERIFY(exported->contains("\"disabledApps\" : [],"));
+        // The top-level keys are written in ascending order.
+        QVERIFY(exported->indexOf("\"disabledApps\"") < exported->indexOf("\"enabledApps\""));
+        QVERIFY(exported->indexOf("\"showHUDOverlay\"") < exported->indexOf("\"version\""));
+    }
+
+    void exportThenImportGivesTheSameSettings() {
+        auto settings = openStore();
+        setKnownState(*settings);
+        const QList<MediaApp> enabled = settings->enabledApps();
+        const MediaAppSet disabled = settings->disabledApps();
+        const QList<SeekAction> actions = settings->seekActions();
+        const QByteArray file = *settings->exportSettings();
+
+        settings->resetToDefaults();
+        QVERIFY(settings->enabledApps() != enabled);
+        QVERIFY(settings->importSettings(file));
+        QCOMPARE(settings->enabledApps(), enabled);
+        QCOMPARE(settings->disabledApps(), disabled);
+        QCOMPARE(settings->seekActions(), actions);
+        QCOMPARE(settings->launchAtLogin(), true);
+        QCOMPARE(settings->showHUDOverlay(), false);
+        QCOMPARE(*settings->exportSettings(), file);
+    }
+
+    void importSavesAndRegistersAtOnce() {
+        auto settings = openStore();
+        int calls = 0;
+        settings->setOnSeekActionsChanged([&calls] { ++calls; });
+        QJsonObject file = validFile();
+        file["launchAtLogin"] = true;
+        QVERIFY(settings->importSettings(bytesOf(file)));
+        QCOMPARE(calls, 1);
+        QCOMPARE(settings->enabledApps(),
+                 (QList<MediaApp>{MediaApp::safariYouTube, MediaApp::spotify, MediaApp::appleMusic,
+                                  MediaApp::chromeYouTube}));
+        QCOMPARE(settings->disabledApps(), MediaAppSet{MediaApp::spotify});
+        QCOMPARE(settings->seekActions().size(), 1);
+        QCOMPARE(settings->seekActions().first().seconds, 15.0);
+        QCOMPARE(settings->launchAtLogin(), true);
+        QCOMPARE(settings->showHUDOverlay(), false);
+
+        QSettings stored(m_path, QSettings::IniFormat);
+        QCOMPARE(stored.value(AppSettings::Keys::enabledApps).toByteArray(),
+                 QByteArray(R"(["safariYouTube","spotify","appleMusic","chromeYouTube"])"));
+        QCOMPARE(stored.value(AppSettings::Keys::disabledApps).toByteArray(),
+                 QByteArray(R"(["spotify"])"));
+        // The login item follows the imported setting.
+        QVERIFY(QFile::exists(XdgAutostartLoginItem::entryPath()));
+
+        QTRY_COMPARE(calls, 2);
+        stored.sync();
+        QVERIFY(stored.value(AppSettings::Keys::seekActions)
+                    .toByteArray()
+                    .contains("\"id\":\"3F2504E0-4F89-41D3-9A0C-0305E82C3301\""));
+
+        file["launchAtLogin"] = false;
+        QVERIFY(settings->importSettings(bytesOf(file)));
+        QVERIFY(!QFile::exists(XdgAutostartLoginItem::entryPath()));
+    }
+
+    void missingOverlaySettingTurnsTheOverlayOn_data() {
+        QTest::addColumn<QJsonValue>("overlay");
+        QTest::newRow("absent") << QJsonValue(QJsonValue::Undefined);
+        QTest::newRow("null") << QJsonValue(QJsonValue::Null);
+    }
+
+    void missingOverlaySettingTurnsTheOverlayOn() {
+        QFETCH(QJsonValue, overlay);
+        auto settings = openStore();
+        settings->setShowHUDOverlay(false);
+        QJsonObject file = validFile();
+        if (overlay.isUndefined()) {
+            file.remove("showHUDOverlay");
+        } else {
+            file["showHUDOverlay"] = overlay;
+        }
+        QVERIFY(settings->importSettings(bytesOf(file)));
+        QCOMPARE(settings->showHUDOverlay(), true);
+    }
+
+    void anyWholeVersionIsAccepted_data() {
+        QTest::addColumn<QJsonValue>("version");
+        QTest::newRow("99") << QJsonValue(99);
+        QTest::newRow("0") << QJsonValue(0);
+        QTest::newRow("-3") << QJsonValue(-3);
+        QTest::newRow("2.0") << QJsonValue(2.0);
+    }
+
+    void anyWholeVersionIsAccepted() {
+        QFETCH(QJsonValue, version);
+        auto settings = openStore();
+        QJsonObject file = validFile();
+        file["version"] = version;
+        QVERIFY(settings->importSettings(bytesOf(file)));
+        QCOMPARE(settings->disabledApps(), MediaAppSet{MediaApp::spotify});
+    }
+
+    void partialAppListHoldsUntilTheNextStart() {
+        {
+            auto settings = openStore();
+            QJsonObject file = validFile();
+            file["enabledApps"] = QJsonArray{"spotify"};
+            QVERIFY(settings->importSettings(bytesOf(file)));
+            QCOMPARE(settings->enabledApps(), QList<MediaApp>{MediaApp::spotify});
+            QCOMPARE(settings->activeApps(), QList<MediaApp>{});
+        }
+        auto restarted = openStore();
+        QCOMPARE(restarted->enabledApps(),
+                 (QList<MediaApp>{MediaApp::spotify, MediaApp::appleMusic, MediaApp::chromeYouTube,
+                                  MediaApp::safariYouTube}));
+    }
+
+    void importKeepsDuplicatesAndFoldsTheSwitchedOffSet() {
+        auto settings = openStore();
+        QJsonObject file = validFile();
+        file["enabledApps"] = QJsonArray{"spotify", "spotify"};
+        file["disabledApps"] = QJsonArray{"appleMusic", "appleMusic", "spotify"};
+        QVERIFY(settings->importSettings(bytesOf(file)));
+        QCOMPARE(settings->enabledApps(), (QList<MediaApp>{MediaApp::spotify, MediaApp::spotify}));
+        QCOMPARE(settings->disabledApps(), (MediaAppSet{MediaApp::spotify, MediaApp::appleMusic}));
+    }
+
+    void lenientWhereTheFormatAllowsIt() {
+        auto settings = openStore();
+        QJsonObject file = validFile();
+        file["comment"] = "written by hand";
+        file["feedbackDuration"] = 9;
+        QVERIFY(settings->importSettings(QByteArray("\xEF\xBB\xBF") + bytesOf(file)));
+        QCOMPARE(settings->feedbackDuration(), 2.5);
+        QCOMPARE(settings->disabledApps(), MediaAppSet{MediaApp::spotify});
+    }
+
+    void badFilesChangeNothing_data() {
+        QTest::addColumn<QByteArray>("bytes");
+        const auto with = [](const char* key, const QJsonValue& value) {
+            QJsonObject file = validFile();
+            file[QLatin1StringView(key)] = value;
+            return bytesOf(file);
+        };
+        const auto without = [](const char* key) {
+            QJsonObject file = validFile();
+            file.remove(QLatin1StringView(key));
+            return bytesOf(file);
+        };
+        const auto actionWith = [&with](const char* key, const QJsonValue& value) {
+            QJsonObject action = validFile()["seekActions"].toArray().first().toObject();
+            action[QLatin1StringView(key)] = value;
+            return with("seekActions", QJsonArray{action});
+        };
+
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("not JSON") << QByteArray("version=1");
+        QTest::newRow("array") << QByteArray("[1, 2]");
+        QTest::newRow("string") << QByteArray("\"settings\"");
+        QTest::newRow("number") << QByteArray("1");
+        QTest::newRow("truncated") << bytesOf(validFile()).chopped(3);
+        QTest::newRow("trailing garbage") << bytesOf(validFile()) + "]";
+        for (const char* key :
+             {"version", "enabledApps", "disabledApps", "seekActions", "launchAtLogin"}) {
+            QTest::addRow("without %s", key) << without(key);
+            QTest::addRow("null %s", key) << with(key, QJsonValue::Null);
+        }
+        QTest::newRow("version as text") << with("version", "1");
+        QTest::newRow("fractional version") << with("version", 1.5);
+        QTest::newRow("misspelled enabled app")
+            << with("enabledApps", QJsonArray{"spotify", "Spotify"});
+        QTest::newRow("misspelled disabled app") << with("disabledApps", QJsonArray{"spotfy"});
+        QTest::newRow("apps as object") << with("enabledApps", QJsonObject{{"spotify", true}});
+        QTest::newRow("launchAtLogin as number") << with("launchAtLogin", 1);
+        QTest::newRow("launchAtLogin as text") << with("launchAtLogin", "true");
+        QTest::newRow("showHUDOverlay as text") << with("showHUDOverlay", "false");
+        QTest::newRow("seekActions as object") << with("seekActions", QJsonObject{});
+        QTest::newRow("unknown direction") << actionWith("direction", "sideways");
+        QTest::newRow("keyCode out of range") << actionWith("keyCode", 70000);
+        QTest::newRow("seconds as text") << actionWith("seconds", "10");
+        QTest::newRow("bad id") << actionWith("id", "not-a-uuid");
+        QTest::newRow("invalid UTF-8")
+            << bytesOf(validFile()).replace("safariYouTube", "safari\xff\xfeYouTube");
+        QTest::newRow("UTF-16") << QByteArray(
+            reinterpret_cast<const char*>(QString::fromUtf8(bytesOf(validFile())).utf16()),
+            bytesOf(validFile()).size() * 2);
+        QTest::newRow("deeply nested") << QByteArray("{\"version\":") + QByteArray(200000, '[') +
+                                              QByteArray(200000, ']') + "}";
+        QByteArray huge = bytesOf(validFile());
+        huge.insert(1, "\"padding\":\"" + QByteArray(2 * 1024 * 1024, 'x') + "\",");
+        QTest::newRow("huge") << huge;
+    }
+
+    void badFilesChangeNothing() {
+        QFETCH(QByteArray, bytes);
+        auto settings = openStore();
+        setKnownState(*settings);
+        QTest::qWait(AppSettings::saveDebounceMs + 100);
+        int calls = 0;
+        settings->setOnSeekActionsChanged([&calls] { ++calls; });
+        const QByteArray before = *settings->exportSettings();
+        const QByteArray onDiskBefore = readFile(m_path);
+
+        QVERIFY(!settings->importSettings(bytes));
+        QCOMPARE(*settings->exportSettings(), before);
+        QTest::qWait(AppSettings::saveDebounceMs + 100);
+        QCOMPARE(calls, 0);
+        QCOMPARE(readFile(m_path), onDiskBefore);
+        QVERIFY(!QFile::exists(XdgAutostartLoginItem::entryPath()));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestSettingsFile)
 #include "tst_settingsfile.moc"

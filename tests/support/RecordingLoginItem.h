@@ -1,0 +1,29 @@
+#pragma once
+
+#include "platform/LoginItem.h"
+
+#include <QList>
+#include <QString>
+
+#include <memory>
+
+// Stands for the service-management login item, which exists only on macOS: records each call
+// and answers with a chosen error.
+class RecordingLoginItem final : public LoginItem {
+public:
+    struct Record {
+        QList<bool> calls;
+        QString error; // empty: every call succeeds
+    };
+
+    explicit RecordingLoginItem(std::shared_ptr<Record> record)
+        : m_record(std::move(record)) {}
+
+    QString setEnabled(bool enabled) override {
+        m_record->calls.append(enabled);
+        return m_record->error;
+    }
+
+private:
+    std::shared_ptr<Record> m_record;
+};
