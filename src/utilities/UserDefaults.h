@@ -31,7 +31,7 @@ public:
     QString fileName() const;
 
 signals:
-    // After `key` was written and flushed.
+    // After `key` was written and flushed to disk (a failed flush is logged).
     void written(const QString& key);
 
 private:
