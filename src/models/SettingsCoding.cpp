@@ -47,35 +47,35 @@ OrderedJson encodeSeekActions(const QList<SeekAction>& actions) {
     return array;
 }
 
-std::optional<QList<MediaApp>> decodeApps(const QJsonValue& value) {
+namespace {
+
+// Nothing unless every member of the array decodes.
+template <typename T, typename DecodeOne>
+std::optional<QList<T>> decodeArray(const QJsonValue& value, DecodeOne decodeOne) {
     if (!value.isArray()) {
         return std::nullopt;
     }
-    QList<MediaApp> apps;
+    QList<T> decoded;
     for (const QJsonValue member : value.toArray()) {
-        const auto app =
-            member.isString() ? MediaApp::fromRawValue(member.toString()) : std::nullopt;
-        if (!app) {
+        std::optional<T> one = decodeOne(member);
+        if (!one) {
             return std::nullopt;
         }
-        apps.append(*app);
+        decoded.append(std::move(*one));
     }
-    return apps;
+    return decoded;
+}
+
+} // namespace
+
+std::optional<QList<MediaApp>> decodeApps(const QJsonValue& value) {
+    return decodeArray<MediaApp>(value, [](const QJsonValue& member) {
+        return member.isString() ? MediaApp::fromRawValue(member.toString()) : std::nullopt;
+    });
 }
 
 std::optional<QList<SeekAction>> decodeSeekActions(const QJsonValue& value) {
-    if (!value.isArray()) {
-        return std::nullopt;
-    }
-    QList<SeekAction> actions;
-    for (const QJsonValue member : value.toArray()) {
-        auto action = SeekAction::fromJson(member);
-        if (!action) {
-            return std::nullopt;
-        }
-        actions.append(*action);
-    }
-    return actions;
+    return decodeArray<SeekAction>(value, &SeekAction::fromJson);
 }
 
 } // namespace SettingsCoding
