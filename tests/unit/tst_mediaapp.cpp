@@ -1,4 +1,176 @@
+#include "models/MediaApp.h"
+
 #include <QtTest>
-class Placeholder : public QObject { Q_OBJECT };
-QTEST_GUILESS_MAIN(Placeholder)
+
+#include <set>
+
+// Lets a failed QCOMPARE name the apps instead of printing nothing.
+static char* toString(MediaApp app) {
+    return qstrdup(app.rawValue().toUtf8().constData());
+}
+
+static char* toString(TintColor color) {
+    switch (color) {
+    case TintColor::green:
+        return qstrdup("green");
+    case TintColor::pink:
+        return qstrdup("pink");
+    case TintColor::red:
+        return qstrdup("red");
+    case TintColor::blue:
+        return qstrdup("blue");
+    }
+    return qstrdup(QByteArray::number(static_cast<int>(color)).constData());
+}
+
+namespace {
+
+struct Channels {
+    int red;
+    int green;
+    int blue;
+};
+
+Channels channels(std::uint32_t rgb) {
+    return {static_cast<int>((rgb >> 16) & 0xFF), static_cast<int>((rgb >> 8) & 0xFF),
+            static_cast<int>(rgb & 0xFF)};
+}
+
+} // namespace
+
+class TestMediaApp : public QObject {
+    Q_OBJECT
+
+private slots:
+    void allCasesAreInPriorityOrder() {
+        // The settings store falls back to this order, so a reordering would silently change
+        // which player a fresh install prefers.
+        const auto all = MediaApp::allCases();
+        QCOMPARE(all.size(), size_t{4});
+        QCOMPARE(all[0], MediaApp(MediaApp::spotify));
+        QCOMPARE(all[1], MediaApp(MediaApp::appleMusic));
+        QCOMPARE(all[2], MediaApp(MediaApp::chromeYouTube));
+        QCOMPARE(all[3], MediaApp(MediaApp::safariYouTube));
+    }
+
+    void attributes_data() {
+        QTest::addColumn<MediaApp::Value>("app");
+        QTest::addColumn<QString>("rawValue");
+        QTest::addColumn<QString>("displayName");
+        QTest::addColumn<QString>("processName");
+        QTest::addColumn<QString>("symbolName");
+        QTest::addColumn<TintColor>("tint");
+
+        QTest::newRow("spotify") << MediaApp::spotify << "spotify"
+                                 << "Spotify"
+                                 << "Spotify"
+                                 << "music.note" << TintColor::green;
+        QTest::newRow("appleMusic") << MediaApp::appleMusic << "appleMusic"
+                                    << "Apple Music"
+                                    << "Music"
+                                    << "music.quarternote.3" << TintColor::pink;
+        QTest::newRow("chromeYouTube") << MediaApp::chromeYouTube << "chromeYouTube"
+                                       << "YouTube (Chrome)"
+                                       << "Google Chrome"
+                                       << "play.rectangle" << TintColor::red;
+        QTest::newRow("safariYouTube") << MediaApp::safariYouTube << "safariYouTube"
+                                       << "YouTube (Safari)"
+                                       << "Safari"
+                                       << "safari" << TintColor::blue;
+    }
+
+    void attributes() {
+        QFETCH(MediaApp::Value, app);
+        QFETCH(QString, rawValue);
+        QFETCH(QString, displayName);
+        QFETCH(QString, processName);
+        QFETCH(QString, symbolName);
+        QFETCH(TintColor, tint);
+
+        const MediaApp mediaApp(app);
+        QCOMPARE(mediaApp.rawValue(), rawValue);
+        QCOMPARE(mediaApp.id(), rawValue);
+        QCOMPARE(mediaApp.displayName(), displayName);
+        // Matched exactly against running applications' names, so case and spaces count.
+        QCOMPARE(mediaApp.processName(), processName);
+        QCOMPARE(mediaApp.symbolName(), symbolName);
+        QCOMPARE(mediaApp.tintColor(), tint);
+    }
+
+    void fromRawValueFindsEveryCase_data() {
+        QTest::addColumn<QString>("rawValue");
+        QTest::addColumn<MediaApp::Value>("app");
+
+        QTest::newRow("spotify") << "spotify" << MediaApp::spotify;
+        QTest::newRow("appleMusic") << "appleMusic" << MediaApp::appleMusic;
+        QTest::newRow("chromeYouTube") << "chromeYouTube" << MediaApp::chromeYouTube;
+        QTest::newRow("safariYouTube") << "safariYouTube" << MediaApp::safariYouTube;
+    }
+
+    void fromRawValueFindsEveryCase() {
+        QFETCH(QString, rawValue);
+        QFETCH(MediaApp::Value, app);
+
+        const auto parsed = MediaApp::fromRawValue(rawValue);
+        QVERIFY(parsed.has_value());
+        QCOMPARE(*parsed, MediaApp(app));
+    }
+
+    void rawValueRoundTripsForAllCases() {
+        for (const MediaApp app : MediaApp::allCases()) {
+            const auto parsed = MediaApp::fromRawValue(app.rawValue());
+            QVERIFY2(parsed.has_value(), qPrintable(app.rawValue()));
+            QCOMPARE(*parsed, app);
+        }
+    }
+
+    void fromRawValueRejectsUnknownStrings_data() {
+        QTest::addColumn<QString>("rawValue");
+
+        QTest::newRow("display name casing") << "Spotify";
+        QTest::newRow("process name") << "music";
+        QTest::newRow("empty") << "";
+        QTest::newRow("all caps") << "SPOTIFY";
+        QTest::newRow("lower case") << "applemusic";
+        QTest::newRow("display name") << "Apple Music";
+        QTest::newRow("leading space") << " spotify";
+        QTest::newRow("trailing space") << "safariYouTube ";
+        QTest::newRow("prefix") << "chrome";
+    }
+
+    void fromRawValueRejectsUnknownStrings() {
+        QFETCH(QString, rawValue);
+
+        // No fallback case: a corrupted stored value must not turn into some other player.
+        QVERIFY(!MediaApp::fromRawValue(rawValue).has_value());
+    }
+
+    void tintColorsAreFourDistinctColours() {
+        std::set<std::uint32_t> colours;
+        for (const MediaApp app : MediaApp::allCases()) {
+            const std::uint32_t rgb = tintColorRgb(app.tintColor());
+            QVERIFY2(rgb <= 0xFFFFFF, qPrintable(app.rawValue()));
+            colours.insert(rgb);
+        }
+        QCOMPARE(colours.size(), size_t{4});
+    }
+
+    void tintColoursLookLikeTheirNames() {
+        const Channels green = channels(tintColorRgb(TintColor::green));
+        QVERIFY(green.green > green.red && green.green > green.blue);
+
+        const Channels red = channels(tintColorRgb(TintColor::red));
+        QVERIFY(red.red > red.green && red.red > red.blue);
+
+        const Channels blue = channels(tintColorRgb(TintColor::blue));
+        QVERIFY(blue.blue > blue.red && blue.blue > blue.green);
+
+        // Pink is a red with more blue in it than green; that is what tells it apart from red.
+        const Channels pink = channels(tintColorRgb(TintColor::pink));
+        QVERIFY(pink.red > pink.green && pink.red > pink.blue);
+        QVERIFY(pink.blue > pink.green);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestMediaApp)
 #include "tst_mediaapp.moc"
