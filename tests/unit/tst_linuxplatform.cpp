@@ -1,0 +1,84 @@
+#include "models/AppSettings.h"
+#include "platform/Platform.h"
+#include "support/TempHome.h"
+
+#include <QDir>
+#include <QFile>
+#include <QtTest>
+
+// Where the Linux build keeps its settings, and how it checks for a display.
+class TestLinuxPlatform : public QObject {
+    Q_OBJECT
+
+private slots:
+    void defaultsLiveInTheXdgConfigFolder() {
+        TempHome home;
+        QCOMPARE(Platform::openUserDefaults()->fileName(),
+                 home.configPath() + QStringLiteral("/Scrubline/Scrubline.conf"));
+        QCOMPARE(Platform::openUserDefaults()->format(), QSettings::IniFormat);
+        const QString custom = home.path() + QStringLiteral("/elsewhere");
+        qputenv("XDG_CONFIG_HOME", custom.toLocal8Bit());
+        QCOMPARE(Platform::openUserDefaults()->fileName(),
+                 custom + QStringLiteral("/Scrubline/Scrubline.conf"));
+        qunsetenv("XDG_CONFIG_HOME");
+        QCOMPARE(Platform::openUserDefaults()->fileName(),
+                 home.path() + QStringLiteral("/.config/Scrubline/Scrubline.conf"));
+    }
+
+    // Only once per process: the shared store stays bound to the folder it was opened in.
+    void sharedStoreWritesTheStandardFile() {
+        TempHome home;
+        const QString file = home.configPath() + QStringLiteral("/Scrubline/Scrubline.conf");
+        AppSettings& settings = AppSettings::shared();
+        QCOMPARE(&settings, &AppSettings::shared());
+        QVERIFY(!QFile::exists(file));
+        settings.setEnabledApps({MediaApp::appleMusic});
+        QVERIFY(QFile::exists(file));
+        QSettings stored(file, QSettings::IniFormat);
+        QCOMPARE(stored.value(AppSettings::Keys::enabledApps).toByteArray(),
+                 QByteArray(R"(["appleMusic"])"));
+    }
+
+    void displayProblems_data() {
+        QTest::addColumn<QByteArray>("platform");
+        QTest::addColumn<QByteArray>("display");
+        QTest::addColumn<QByteArray>("wayland");
+        QTest::addColumn<QString>("problem");
+        QTest::newRow("nothing") << QByteArray() << QByteArray() << QByteArray()
+                                 << "no display: DISPLAY is not set (Scrubline needs an X11 or "
+                                    "Wayland session)";
+        QTest::newRow("no X server") << QByteArray() << QByteArray(":4711") << QByteArray()
+                                     << "cannot open display \":4711\" (is an X server running "
+                                        "and may this user connect to it?)";
+        QTest::newRow("forced xcb, no server")
+            << QByteArray("xcb") << QByteArray(":4711") << QByteArray("wayland-0")
+            << "cannot open display \":4711\" (is an X "
+               "server running and may this user connect to "
+               "it?)";
+        QTest::newRow("offscreen")
+            << QByteArray("offscreen") << QByteArray() << QByteArray() << QString();
+        QTest::newRow("wayland only")
+            << QByteArray() << QByteArray() << QByteArray("wayland-0") << QString();
+    }
+
+    void displayProblems() {
+        QFETCH(QByteArray, platform);
+        QFETCH(QByteArray, display);
+        QFETCH(QByteArray, wayland);
+        QFETCH(QString, problem);
+        const auto set = [](const char* name, const QByteArray& value) {
+            if (value.isEmpty()) {
+                qunsetenv(name);
+            } else {
+                qputenv(name, value);
+            }
+        };
+        set("QT_QPA_PLATFORM", platform);
+        set("DISPLAY", display);
+        set("WAYLAND_DISPLAY", wayland);
+        QCOMPARE(Platform::displayProblem(), problem);
+    }
+};
+
+QTEST_GUILESS_MAIN(TestLinuxPlatform)
+#include "tst_linuxplatform.moc"
