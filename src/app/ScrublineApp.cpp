@@ -8,6 +8,7 @@
 
 ScrublineApp::ScrublineApp(QObject* parent)
     : QObject(parent) {
+    // Loaded now rather than on first use, so a damaged settings file is reported at start.
     AppSettings::shared();
 
     m_menu.addAction(QStringLiteral("Quit"), qApp, &QCoreApplication::quit);

@@ -4,7 +4,9 @@
 #include <QFile>
 
 TempHome::TempHome() {
-    Q_ASSERT(m_dir.isValid());
+    if (!m_dir.isValid()) {
+        qFatal("TempHome: cannot create a temporary folder: %s", qPrintable(m_dir.errorString()));
+    }
     const QString home = m_dir.path();
     QDir().mkpath(home + QStringLiteral("/.config"));
     QDir().mkpath(home + QStringLiteral("/run"));
