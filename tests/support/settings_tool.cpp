@@ -3,6 +3,7 @@
 //   settings_tool write-loop <file>   saves changes without end, saying "saved <n>" after each
 //   settings_tool label <seconds>     prints the label of a forward action of that many seconds
 #include "models/AppSettings.h"
+#include "platform/IniSettings.h"
 
 #include <QCoreApplication>
 #include <QSettings>
@@ -14,8 +15,7 @@
 namespace {
 
 std::unique_ptr<AppSettings> openStore(const QString& path) {
-    return std::make_unique<AppSettings>(
-        std::make_unique<UserDefaults>(std::make_unique<QSettings>(path, QSettings::IniFormat)));
+    return std::make_unique<AppSettings>(std::make_unique<UserDefaults>(openIniSettings(path)));
 }
 
 void say(const QByteArray& line) {

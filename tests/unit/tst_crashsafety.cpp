@@ -1,5 +1,6 @@
 #include "models/AppSettings.h"
 #include "models/SettingsCoding.h"
+#include "platform/IniSettings.h"
 #include "support/TempHome.h"
 
 #include <QProcess>
@@ -73,23 +74,35 @@ private slots:
 
         // Whatever the kill interrupted, the file is one whole state at least as new as the
         // last one confirmed.
-        QSettings file(m_path, QSettings::IniFormat);
-        QCOMPARE(file.status(), QSettings::NoError);
+        const auto file = openIniSettings(m_path);
+        QCOMPARE(file->status(), QSettings::NoError);
         bool ok = false;
-        const int duration = file.value(AppSettings::Keys::feedbackDuration).toInt(&ok);
+        const int duration = file->value(AppSettings::Keys::feedbackDuration).toInt(&ok);
         QVERIFY(ok);
         QVERIFY2(duration >= confirmed,
                  qPrintable(QStringLiteral("%1 < %2").arg(duration).arg(confirmed)));
         const auto order =
-            SettingsCoding::parse(file.value(AppSettings::Keys::enabledApps).toByteArray());
+            SettingsCoding::parse(file->value(AppSettings::Keys::enabledApps).toByteArray());
         QVERIFY(order.has_value());
         const auto apps = SettingsCoding::decodeApps(*order);
         QVERIFY(apps.has_value());
         QCOMPARE(apps->size(), 4);
 
-        AppSettings reopened(std::make_unique<UserDefaults>(
-            std::make_unique<QSettings>(m_path, QSettings::IniFormat)));
+        AppSettings reopened(std::make_unique<UserDefaults>(openIniSettings(m_path)));
         QCOMPARE(reopened.enabledApps(), *apps);
+    }
+
+    void anAbandonedLockIsCleared() {
+        // What a writer killed between creating its lock file and filling it leaves behind.
+        QDir().mkpath(QFileInfo(m_path).absolutePath());
+        QFile lock(m_path + QStringLiteral(".lock"));
+        QVERIFY(lock.open(QIODevice::WriteOnly));
+        lock.close();
+        const auto settings = openIniSettings(m_path);
+        QVERIFY(!lock.exists());
+        settings->setValue(QStringLiteral("written"), true);
+        settings->sync();
+        QCOMPARE(settings->status(), QSettings::NoError);
     }
 
     void impossibleSecondsStopTheProcessWithAMessage_data() {

@@ -1,4 +1,5 @@
 #include "XdgAutostartLoginItem.h"
+#include "platform/IniSettings.h"
 #include "platform/Platform.h"
 
 #include <QCoreApplication>
@@ -11,7 +12,7 @@ namespace Platform {
 std::unique_ptr<QSettings> openUserDefaults() {
     const QString path = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
                          QStringLiteral("/Scrubline/Scrubline.conf");
-    return std::make_unique<QSettings>(path, QSettings::IniFormat);
+    return openIniSettings(path);
 }
 
 std::unique_ptr<LoginItem> createLoginItem() {
