@@ -3,7 +3,7 @@
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-found=$(grep -rnE '^\s*#\s*(if|ifdef|ifndef|elif).*(Q_OS_|__APPLE__|__linux__|_WIN32)' src |
+found=$(grep -rnE '^[[:space:]]*#[[:space:]]*(if|ifdef|ifndef|elif).*(Q_OS_|__APPLE__|__linux__|_WIN32)' src |
         grep -v '^src/platform/' | grep -v '/main\.cpp:' || true)
 if [ -n "$found" ]; then
     echo "Platform conditionals outside src/platform/; move them behind a platform interface:" >&2

@@ -8,6 +8,8 @@
 UserDefaults::UserDefaults(std::unique_ptr<QSettings> settings, QObject* parent)
     : QObject(parent)
     , m_settings(std::move(settings)) {
+    // The file is read on first use; read it now so a damaged one is reported at once.
+    m_settings->contains(QStringLiteral("launchAtLogin"));
     if (m_settings->status() == QSettings::FormatError) {
         // The keys that could be read stay in force; what is broken is overwritten on save.
         qCCritical(Log::general(), "Settings file %s is malformed; defaults stay in force",
@@ -82,7 +84,9 @@ QString UserDefaults::fileName() const {
 void UserDefaults::write(const QString& key, const QVariant& value) {
     m_settings->setValue(key, value);
     m_settings->sync();
-    if (m_settings->status() != QSettings::NoError) {
+    // A format error stays reported after the file was read; only an access error means the
+    // write itself failed.
+    if (m_settings->status() == QSettings::AccessError) {
         qCCritical(Log::general(), "Could not save \"%s\" to %s", qUtf8Printable(key),
                    qUtf8Printable(m_settings->fileName()));
     }

@@ -1,6 +1,7 @@
 #include "models/AppSettings.h"
 #include "platform/linux/XdgAutostartLoginItem.h"
 #include "support/LogCapture.h"
+#include "support/OnDisk.h"
 #include "support/TempHome.h"
 #include "utilities/LaunchAtLogin.h"
 
@@ -37,10 +38,7 @@ private:
     }
 
     // What is on disk under `key`, read by a settings object of its own.
-    QVariant stored(const QString& key) const {
-        QSettings file(m_path, QSettings::IniFormat);
-        return file.value(key);
-    }
+    QVariant stored(const QString& key) const { return settingsOnDisk(m_path)->value(key); }
 
     void store(const QString& key, const QVariant& value) const {
         QSettings file(m_path, QSettings::IniFormat);
@@ -48,10 +46,7 @@ private:
         file.sync();
     }
 
-    QStringList storedKeys() const {
-        QSettings file(m_path, QSettings::IniFormat);
-        return file.allKeys();
-    }
+    QStringList storedKeys() const { return settingsOnDisk(m_path)->allKeys(); }
 
 private slots:
     void init() {
@@ -347,10 +342,23 @@ private slots:
         QVERIFY(file.open(QIODevice::WriteOnly));
         file.write("\x01\x02[[[General\nenabledAppsOrder=@ByteArray(\n\xff\xfe=\n=====\n");
         file.close();
+        LogCapture log;
         auto settings = openStore();
         QCOMPARE(settings->enabledApps().size(), 4);
         QCOMPARE(settings->seekActions(), SeekAction::defaults());
         QCOMPARE(settings->feedbackDuration(), 2.5);
+        QCOMPARE(log.count(generalChannel, QtCriticalMsg,
+                           QStringLiteral("Settings file %1 is malformed; defaults stay in force")
+                               .arg(m_path)),
+                 1);
+
+        log.clear();
+        settings->setFeedbackDuration(3.0);
+        QCOMPARE(stored(AppSettings::Keys::feedbackDuration).toDouble(), 3.0);
+        const auto entries = log.entries();
+        QVERIFY(std::none_of(entries.cbegin(), entries.cend(), [](const LogCapture::Entry& e) {
+            return e.message.startsWith(QStringLiteral("Could not save"));
+        }));
     }
 };
 
