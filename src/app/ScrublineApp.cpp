@@ -2,6 +2,7 @@
 
 #include "models/AppSettings.h"
 #include "utilities/Logger.h"
+#include "views/AlertBox.h"
 #include "views/Symbols.h"
 
 #include <QApplication>
@@ -10,6 +11,7 @@ ScrublineApp::ScrublineApp(QObject* parent)
     : QObject(parent) {
     // Loaded now rather than on first use, so a damaged settings file is reported at start.
     AppSettings::shared();
+    AlertBox::install();
 
     m_menu.addAction(QStringLiteral("Quit"), qApp, &QCoreApplication::quit);
     m_trayIcon.setIcon(Symbols::icon(QStringLiteral("goforward.10")));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "LoginItem.h"
+#include "ScriptEngine.h"
 
 #include <QSettings>
 #include <QString>
@@ -14,6 +15,9 @@ namespace Platform {
 std::unique_ptr<QSettings> openUserDefaults();
 
 std::unique_ptr<LoginItem> createLoginItem();
+
+// The host that runs player scripts, or null where players are not driven by scripts.
+std::shared_ptr<ScriptEngine> createScriptEngine();
 
 // Why no graphical session can be used, or an empty string when one can. Checked before the
 // toolkit starts, which would otherwise abort with a long message of its own.

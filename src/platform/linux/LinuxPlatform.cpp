@@ -22,6 +22,10 @@ std::unique_ptr<LoginItem> createLoginItem() {
         appImage.isEmpty() ? QCoreApplication::applicationFilePath() : appImage);
 }
 
+std::shared_ptr<ScriptEngine> createScriptEngine() {
+    return nullptr; // players here speak MPRIS, not scripts
+}
+
 QString displayProblem() {
     const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
     if (!platform.isEmpty() && !platform.startsWith("xcb")) {

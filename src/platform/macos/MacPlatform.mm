@@ -1,3 +1,4 @@
+#include "AppleScriptEngine.h"
 #include "SMAppServiceLoginItem.h"
 #include "platform/Platform.h"
 
@@ -11,6 +12,10 @@ std::unique_ptr<QSettings> openUserDefaults() {
 
 std::unique_ptr<LoginItem> createLoginItem() {
     return std::make_unique<SMAppServiceLoginItem>();
+}
+
+std::shared_ptr<ScriptEngine> createScriptEngine() {
+    return std::make_shared<AppleScriptEngine>();
 }
 
 QString displayProblem() {

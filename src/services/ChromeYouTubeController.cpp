@@ -1,0 +1,128 @@
+#include "ChromeYouTubeController.h"
+
+#include "AppleScriptService.h"
+#include "BrowserScript.h"
+#include "ScriptSeconds.h"
+#include "UserAlert.h"
+
+#include <QStringList>
+
+namespace {
+
+constexpr QStringView application = u"Google Chrome";
+constexpr QStringView frontTab = u"active tab";
+
+// Runs a program in the tab `t`; the programs hold no double quote or backslash, so they go
+// into the string literal as they are.
+QString executeJS(const QString& program) {
+    return QStringLiteral("execute t javascript \"") + program + QLatin1Char('"');
+}
+
+} // namespace
+
+QString ChromeYouTubeController::JS::urlCheck() {
+    static const QStringList fragments = {
+        QStringLiteral("youtube.com/watch"),
+        QStringLiteral("youtube.com/shorts/"),
+        QStringLiteral("youtu.be/"),
+        QStringLiteral("music.youtube.com"),
+    };
+    QStringList conditions;
+    for (const QString& fragment : fragments) {
+        conditions << QStringLiteral("tabURL contains \"") + fragment + QLatin1Char('"');
+    }
+    return conditions.join(QStringLiteral(" or "));
+}
+
+QString ChromeYouTubeController::JS::pausedJS() {
+    return QStringLiteral("(function(){\n"
+                          "    var v = document.querySelector('video');\n"
+                          "    if (!v) return 'novideo';\n"
+                          "    if (v.readyState < 2) return 'buffering';\n"
+                          "    return v.paused ? 'true' : 'false';\n"
+                          "})()");
+}
+
+QString ChromeYouTubeController::JS::seekJS(double seconds) {
+    return QStringLiteral("(function(){\n"
+                          "    var v = document.querySelector('video');\n"
+                          "    if (v) {\n"
+                          "        var t = Math.max(0, v.currentTime + (") +
+           scriptSeconds(seconds) +
+           QStringLiteral("));\n"
+                          "        v.currentTime = Math.min(t, v.duration);\n"
+                          "    }\n"
+                          "})()");
+}
+
+QString ChromeYouTubeController::JS::toggleJS() {
+    return QStringLiteral("(function(){\n"
+                          "    var v = document.querySelector('video');\n"
+                          "    if (!v) return 'novideo';\n"
+                          "    if (v.paused) { v.play(); } else { v.pause(); }\n"
+                          "    return 'ok';\n"
+                          "})()");
+}
+
+QString ChromeYouTubeController::JS::titleJS() {
+    return QStringLiteral("(function(){\n"
+                          "    var v = document.querySelector('video');\n"
+                          "    if (!v || v.paused) return '';\n"
+                          "    var t = document.querySelector(\n"
+                          "        'h1.ytd-watch-metadata yt-formatted-string, h1.title'\n"
+                          "    );\n"
+                          "    return t ? t.textContent.trim() : '';\n"
+                          "})()");
+}
+
+QString ChromeYouTubeController::scriptSource(double seconds) {
+    return BrowserScript::sweep(application, frontTab, JS::urlCheck(),
+                                {
+                                    QStringLiteral("set isPaused to (") +
+                                        executeJS(JS::pausedJS()) + QStringLiteral(") as text"),
+                                    QStringLiteral("if isPaused is \"false\" then"),
+                                    QStringLiteral("    ") + executeJS(JS::seekJS(seconds)),
+                                    QStringLiteral("    return \"true\""),
+                                    QStringLiteral("end if"),
+                                });
+}
+
+QString ChromeYouTubeController::playPauseScript() {
+    return BrowserScript::sweep(application, frontTab, JS::urlCheck(),
+                                {
+                                    executeJS(JS::toggleJS()),
+                                    QStringLiteral("return \"true\""),
+                                });
+}
+
+QString ChromeYouTubeController::nowPlayingScript() {
+    return BrowserScript::frontTabOnly(application, frontTab, JS::urlCheck(),
+                                       {
+                                           QStringLiteral("set info to (") +
+                                               executeJS(JS::titleJS()) +
+                                               QStringLiteral(") as text"),
+                                           QStringLiteral("if info is not \"\" then return info"),
+                                       });
+}
+
+SeekResult ChromeYouTubeController::seekIfPlaying(double seconds) {
+    const ScriptResult result =
+        AppleScriptService::execute(scriptSource(seconds), AppleScriptService::actionTimeout);
+    if (isJavaScriptOff(result)) {
+        showJSPermissionAlert();
+    }
+    return seekResultOfAnswer(result);
+}
+
+bool ChromeYouTubeController::isJavaScriptOff(const ScriptResult& result) {
+    return result.failedWith(ScriptErrorNumber::javaScriptOff);
+}
+
+void ChromeYouTubeController::showJSPermissionAlert() {
+    UserAlerts::post({
+        QStringLiteral("Chrome JavaScript Access Required"),
+        QStringLiteral("To control YouTube, enable JavaScript from Apple Events in Chrome:\n\n"
+                       "View > Developer > Allow JavaScript from Apple Events"),
+        QStringLiteral("OK"),
+    });
+}

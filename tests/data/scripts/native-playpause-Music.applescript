@@ -1,0 +1,4 @@
+tell application "Music"
+    playpause
+end tell
+return "ok"

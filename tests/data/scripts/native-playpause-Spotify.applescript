@@ -1,0 +1,4 @@
+tell application "Spotify"
+    playpause
+end tell
+return "ok"

@@ -1,0 +1,37 @@
+    tell application "Safari"
+        try
+            if (count of windows) is 0 then return "false"
+        on error
+            return "error"
+        end try
+        try
+            set t to current tab of front window
+            set tabURL to URL of t
+            if tabURL contains "youtube.com/watch" or tabURL contains "youtube.com/shorts/" or tabURL contains "youtu.be/" or tabURL contains "music.youtube.com" then
+                set isPaused to (do JavaScript "(function(){ var v = document.querySelector('video'); if (!v) return 'novideo'; return v.paused ? 'true' : 'false'; })()" in t) as text
+                if isPaused is "false" then
+                    do JavaScript "(function(){ var v = document.querySelector('video'); if (v) { v.currentTime = Math.max(0, v.currentTime + (0.1)); } })()" in t
+                    return "true"
+                end if
+            end if
+        end try
+        set windowCount to count of windows
+        repeat with i from 1 to windowCount
+            set w to window i
+            set tabCount to count of tabs of w
+            repeat with j from 1 to tabCount
+                try
+                    set t to tab j of w
+                    set tabURL to URL of t
+                    if tabURL contains "youtube.com/watch" or tabURL contains "youtube.com/shorts/" or tabURL contains "youtu.be/" or tabURL contains "music.youtube.com" then
+                        set isPaused to (do JavaScript "(function(){ var v = document.querySelector('video'); if (!v) return 'novideo'; return v.paused ? 'true' : 'false'; })()" in t) as text
+                        if isPaused is "false" then
+                            do JavaScript "(function(){ var v = document.querySelector('video'); if (v) { v.currentTime = Math.max(0, v.currentTime + (0.1)); } })()" in t
+                            return "true"
+                        end if
+                    end if
+                end try
+            end repeat
+        end repeat
+        return "false"
+    end tell
