@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <optional>
 #include <utility>
-#include <variant>
 
 // Why a script run gave no answer.
 struct AppleScriptError {
@@ -43,30 +42,36 @@ struct AppleScriptError {
 class ScriptResult {
 public:
     static ScriptResult success(std::optional<QString> text) {
-        return ScriptResult(std::move(text));
+        ScriptResult result;
+        result.m_text = std::move(text);
+        return result;
     }
-    static ScriptResult failure(AppleScriptError error) { return ScriptResult(std::move(error)); }
+    static ScriptResult failure(AppleScriptError error) {
+        ScriptResult result;
+        result.m_error = std::move(error);
+        return result;
+    }
 
-    bool isSuccess() const { return std::holds_alternative<std::optional<QString>>(m_value); }
+    bool isSuccess() const { return !m_error.has_value(); }
     // Success only.
-    const std::optional<QString>& text() const { return std::get<std::optional<QString>>(m_value); }
+    const std::optional<QString>& text() const { return m_text; }
     // Failure only.
-    const AppleScriptError& error() const { return std::get<AppleScriptError>(m_value); }
+    const AppleScriptError& error() const { return m_error.value(); }
 
     // True for a success whose text is exactly this.
-    bool answered(const QString& answer) const { return isSuccess() && text() == answer; }
+    bool answered(const QString& answer) const { return isSuccess() && m_text == answer; }
     // True for a failure that reported this error number.
     bool failedWith(std::int64_t number) const {
-        return !isSuccess() && error().isExecutionFailure(number);
+        return m_error.has_value() && m_error->isExecutionFailure(number);
     }
 
     friend bool operator==(const ScriptResult&, const ScriptResult&) = default;
 
 private:
-    explicit ScriptResult(std::variant<std::optional<QString>, AppleScriptError> value)
-        : m_value(std::move(value)) {}
+    ScriptResult() = default;
 
-    std::variant<std::optional<QString>, AppleScriptError> m_value;
+    std::optional<QString> m_text;
+    std::optional<AppleScriptError> m_error;
 };
 
 // Error numbers that the targets report and callers interpret.

@@ -52,6 +52,11 @@ int ConcurrentQueue::threadCount() const {
     return m_state->threads;
 }
 
+int ConcurrentQueue::idleThreadCount() const {
+    std::lock_guard lock(m_state->mutex);
+    return m_state->idle;
+}
+
 void ConcurrentQueue::work(const std::shared_ptr<State>& state) {
     std::unique_lock lock(state->mutex);
     for (;;) {

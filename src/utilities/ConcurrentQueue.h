@@ -24,6 +24,8 @@ public:
 
     // Threads alive now, busy or idle.
     int threadCount() const;
+    // Threads waiting for work now.
+    int idleThreadCount() const;
 
 private:
     struct State;

@@ -172,6 +172,32 @@ private slots:
         QVERIFY(SpotifyController::seekScript(15) != MusicController::seekScript(15));
     }
 
+    // The toggle's own answer ('ok' or 'novideo') is not read: a YouTube tab without a video
+    // still counts as done.
+    void playPauseIsDoneOnAnyYouTubeTab() {
+        for (const auto& [script, run] :
+             {std::pair{ChromeYouTubeController::playPauseScript(),
+                        QStringLiteral("execute t javascript \"") +
+                            ChromeYouTubeController::JS::toggleJS() + QLatin1Char('"')},
+              std::pair{SafariYouTubeController::toggleScript(),
+                        QStringLiteral("do JavaScript \"") +
+                            SafariYouTubeController::JS::toggleJS() + QStringLiteral("\" in t")}}) {
+            const QStringList lines = script.split(QLatin1Char('\n'));
+            int runs = 0;
+            for (qsizetype i = 0; i < lines.size(); ++i) {
+                if (lines[i].trimmed().startsWith(run.left(20))) {
+                    QVERIFY(script.contains(run));
+                    // The program spans lines; the line after its end is the answer.
+                    const qsizetype end = i + run.count(QLatin1Char('\n'));
+                    QCOMPARE(lines[i].trimmed(), run.split(QLatin1Char('\n')).first());
+                    QCOMPARE(lines[end + 1].trimmed(), QStringLiteral("return \"true\""));
+                    ++runs;
+                }
+            }
+            QCOMPARE(runs, 2);
+        }
+    }
+
     void allFourYouTubeAddressesAreEligible() {
         const QString check = ChromeYouTubeController::JS::urlCheck();
         for (const char* fragment :

@@ -1,0 +1,89 @@
+#include "services/ChromeYouTubeController.h"
+#include "views/AlertBox.h"
+
+#include <QAbstractButton>
+#include <QApplication>
+#include <QMessageBox>
+#include <QPointer>
+#include <QtTest>
+
+#include <thread>
+
+namespace {
+
+QList<QMessageBox*> visibleBoxes() {
+    QList<QMessageBox*> boxes;
+    for (QWidget* widget : QApplication::topLevelWidgets()) {
+        if (auto* box = qobject_cast<QMessageBox*>(widget); box != nullptr && box->isVisible()) {
+            boxes << box;
+        }
+    }
+    return boxes;
+}
+
+} // namespace
+
+class TestAlertBox : public QObject {
+    Q_OBJECT
+
+private slots:
+    void initTestCase() { AlertBox::install(); }
+
+    void cleanup() {
+        for (QMessageBox* box : visibleBoxes()) {
+            box->close();
+        }
+        QTRY_VERIFY(visibleBoxes().isEmpty());
+    }
+
+    void theChromeAlertReadsAsWritten() {
+        ChromeYouTubeController::showJSPermissionAlert();
+        QVERIFY(visibleBoxes().isEmpty()); // shown once the current event is done
+        QTRY_COMPARE(visibleBoxes().size(), 1);
+
+        QMessageBox* box = visibleBoxes().first();
+        QCOMPARE(box->text(), QStringLiteral("Chrome JavaScript Access Required"));
+        QCOMPARE(
+            box->informativeText(),
+            QStringLiteral("To control YouTube, enable JavaScript from Apple Events in "
+                           "Chrome:\n\nView > Developer > Allow JavaScript from Apple Events"));
+        QCOMPARE(box->icon(), QMessageBox::Information);
+        const QList<QAbstractButton*> buttons = box->buttons();
+        QCOMPARE(buttons.size(), 1);
+        QCOMPARE(buttons.first()->text(), QStringLiteral("OK"));
+        QCOMPARE(box->buttonRole(buttons.first()), QMessageBox::AcceptRole);
+        QCOMPARE(box->windowModality(), Qt::ApplicationModal);
+    }
+
+    // Nothing waits for the user: the call returns and events keep flowing with the box open.
+    void theAlertDoesNotBlock() {
+        ChromeYouTubeController::showJSPermissionAlert();
+        QTRY_COMPARE(visibleBoxes().size(), 1);
+        bool timerFired = false;
+        QTimer::singleShot(0, this, [&timerFired] { timerFired = true; });
+        QTRY_VERIFY(timerFired);
+        QCOMPARE(visibleBoxes().size(), 1);
+    }
+
+    void okClosesAndFreesTheBox() {
+        ChromeYouTubeController::showJSPermissionAlert();
+        QTRY_COMPARE(visibleBoxes().size(), 1);
+        QPointer<QMessageBox> box = visibleBoxes().first();
+        box->buttons().first()->click();
+        QTRY_VERIFY(box.isNull());
+    }
+
+    // No once-only guard: each refusal shows its own alert, also when asked from a worker.
+    void eachRequestShowsItsOwnAlert() {
+        std::thread seekThread([] {
+            ChromeYouTubeController::showJSPermissionAlert();
+            ChromeYouTubeController::showJSPermissionAlert();
+        });
+        seekThread.join();
+        ChromeYouTubeController::showJSPermissionAlert();
+        QTRY_COMPARE(visibleBoxes().size(), 3);
+    }
+};
+
+QTEST_MAIN(TestAlertBox)
+#include "tst_alertbox.moc"
