@@ -1,6 +1,8 @@
 #pragma once
 
 #include "LoginItem.h"
+#include "PlayerControl.h"
+#include "RunningApps.h"
 #include "ScriptEngine.h"
 
 #include <QSettings>
@@ -18,6 +20,16 @@ std::unique_ptr<LoginItem> createLoginItem();
 
 // The host that runs player scripts, or null where players are not driven by scripts.
 std::shared_ptr<ScriptEngine> createScriptEngine();
+
+// How the media apps are driven. Shared by the seek thread, the now-playing polls and the
+// permission probes.
+std::shared_ptr<PlayerControl> createPlayerControl();
+
+// The running applications, followed live. Lives on the GUI thread.
+std::unique_ptr<RunningApps> createRunningApps();
+
+// Whether the program may watch the keyboard system-wide, read once.
+bool accessibilityTrusted();
 
 // Why no graphical session can be used, or an empty string when one can. Checked before the
 // toolkit starts, which would otherwise abort with a long message of its own.

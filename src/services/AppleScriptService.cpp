@@ -6,10 +6,10 @@
 #include "utilities/Logger.h"
 
 #include <QHash>
+#include <QSemaphore>
 
-#include <chrono>
+#include <cmath>
 #include <mutex>
-#include <semaphore>
 
 namespace AppleScriptService {
 namespace {
@@ -63,20 +63,19 @@ ScriptResult resultOf(const ScriptEngine::Reply& reply) {
     return ScriptResult::success(reply.text);
 }
 
-// Shared by the waiting caller and the worker, which may outlive the caller's wait.
+// Shared by the waiting caller and the worker, which may outlive the caller's wait. Qt's
+// semaphore blocks in the kernel on every platform; some standard libraries poll instead.
 struct ResultBox {
     std::mutex lock;
     std::optional<ScriptResult> value;
-    std::binary_semaphore done{0};
+    QSemaphore done;
 };
 
-std::chrono::steady_clock::time_point deadlineAfter(double seconds) {
-    // A day stands in for longer waits, which would overflow the clock; NaN waits not at all.
+// Whole milliseconds, rounded up so that a wait never ends before the time-out. A day stands in
+// for longer waits; NaN waits not at all.
+int waitMilliseconds(double seconds) {
     constexpr double longest = 24 * 60 * 60;
-    const double wait = seconds > 0 ? std::min(seconds, longest) : 0;
-    return std::chrono::steady_clock::now() +
-           std::chrono::duration_cast<std::chrono::steady_clock::duration>(
-               std::chrono::duration<double>(wait));
+    return seconds > 0 ? static_cast<int>(std::ceil(std::min(seconds, longest) * 1000)) : 0;
 }
 
 } // namespace
@@ -92,7 +91,7 @@ ScriptResult execute(const QString& source, double timeout) {
     }
 
     auto box = std::make_shared<ResultBox>();
-    ConcurrentQueue::userInitiated().async([box, script] {
+    const bool started = ConcurrentQueue::userInitiated().async([box, script] {
         ScriptResult result = resultOf(script->run());
         {
             std::lock_guard lock(box->lock);
@@ -100,8 +99,13 @@ ScriptResult execute(const QString& source, double timeout) {
         }
         box->done.release();
     });
+    if (!started) {
+        qCCritical(Log::script(), "AppleScript not run: no thread could be started");
+        return ScriptResult::failure(
+            AppleScriptError::executionFailed(-1, QStringLiteral("Unknown error")));
+    }
 
-    if (!box->done.try_acquire_until(deadlineAfter(timeout))) {
+    if (!box->done.tryAcquire(1, waitMilliseconds(timeout))) {
         qCCritical(Log::script(), "AppleScript TIMEOUT after %.*fs", 0, timeout);
         return ScriptResult::failure(AppleScriptError::timeout());
     }

@@ -1,6 +1,6 @@
 #include "ChromeYouTubeController.h"
 
-#include "AppleScriptService.h"
+#include "AppleScriptError.h"
 #include "BrowserScript.h"
 #include "ScriptSeconds.h"
 #include "UserAlert.h"
@@ -103,15 +103,6 @@ QString ChromeYouTubeController::nowPlayingScript() {
                                                QStringLiteral(") as text"),
                                            QStringLiteral("if info is not \"\" then return info"),
                                        });
-}
-
-SeekResult ChromeYouTubeController::seekIfPlaying(double seconds) {
-    const ScriptResult result =
-        AppleScriptService::execute(scriptSource(seconds), AppleScriptService::actionTimeout);
-    if (isJavaScriptOff(result)) {
-        showJSPermissionAlert();
-    }
-    return seekResultOfAnswer(result);
 }
 
 bool ChromeYouTubeController::isJavaScriptOff(const ScriptResult& result) {

@@ -1,7 +1,5 @@
 #pragma once
 
-#include "SeekResult.h"
-
 #include <QString>
 
 class ScriptResult;
@@ -34,10 +32,6 @@ public:
     static QString playPauseScript();
     // The title of the video playing in the front tab, or "".
     static QString nowPlayingScript();
-
-    // Runs the seek script for a non-zero number of seconds, for at most the action time-out,
-    // and shows the JavaScript alert each time Chrome refuses to run JavaScript.
-    static SeekResult seekIfPlaying(double seconds);
 
     // True when the run failed because Chrome's "Allow JavaScript from Apple Events" is off.
     static bool isJavaScriptOff(const ScriptResult& result);

@@ -40,9 +40,8 @@ QString nowPlayingScript(QStringView appName) {
                           "return \"\"");
 }
 
-SeekResult seekIfPlaying(QStringView appName, double seconds) {
-    return seekResultOfAnswer(AppleScriptService::execute(seekScript(appName, seconds),
-                                                          AppleScriptService::actionTimeout));
+SeekResult seekIfPlaying(QStringView appName, double seconds, double timeout) {
+    return seekResultOfAnswer(AppleScriptService::execute(seekScript(appName, seconds), timeout));
 }
 
 } // namespace NativeScripts

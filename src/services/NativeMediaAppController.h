@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AppleScriptService.h"
 #include "SeekResult.h"
 
 #include <QString>
@@ -17,8 +18,8 @@ QString playPauseScript(QStringView appName);
 QString nowPlayingScript(QStringView appName);
 
 // Seeks the named player by a non-zero number of seconds if it is playing. Blocks for at most
-// the action time-out.
-SeekResult seekIfPlaying(QStringView appName, double seconds);
+// `timeout` seconds.
+SeekResult seekIfPlaying(QStringView appName, double seconds, double timeout);
 
 } // namespace NativeScripts
 
@@ -26,8 +27,9 @@ SeekResult seekIfPlaying(QStringView appName, double seconds);
 // names the application its scripts address.
 template <class Player>
 struct NativeMediaAppController {
-    static SeekResult seekIfPlaying(double seconds) {
-        return NativeScripts::seekIfPlaying(Player::appName, seconds);
+    static SeekResult seekIfPlaying(double seconds,
+                                    double timeout = AppleScriptService::actionTimeout) {
+        return NativeScripts::seekIfPlaying(Player::appName, seconds, timeout);
     }
     static QString seekScript(double seconds) {
         return NativeScripts::seekScript(Player::appName, seconds);

@@ -77,7 +77,6 @@ QString SafariYouTubeController::nowPlayingScript() {
                                        });
 }
 
-SeekResult SafariYouTubeController::togglePlayPause() {
-    return seekResultOfAnswer(
-        AppleScriptService::execute(toggleScript(), AppleScriptService::actionTimeout));
+SeekResult SafariYouTubeController::togglePlayPause(double timeout) {
+    return seekResultOfAnswer(AppleScriptService::execute(toggleScript(), timeout));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "AppleScriptService.h"
 #include "SeekResult.h"
 
 #include <QString>
@@ -27,6 +28,6 @@ public:
     // The title of the video playing in the front tab, or "".
     static QString nowPlayingScript();
 
-    // Runs the toggle script for at most the action time-out.
-    static SeekResult togglePlayPause();
+    // Runs the toggle script for at most `timeout` seconds.
+    static SeekResult togglePlayPause(double timeout = AppleScriptService::actionTimeout);
 };

@@ -3,6 +3,7 @@
 #include <condition_variable>
 #include <deque>
 #include <mutex>
+#include <system_error>
 #include <thread>
 
 struct ConcurrentQueue::State {
@@ -33,18 +34,25 @@ ConcurrentQueue::ConcurrentQueue(std::chrono::milliseconds idleLifetime)
 // The threads share the state, so they finish their items and end on their own.
 ConcurrentQueue::~ConcurrentQueue() = default;
 
-void ConcurrentQueue::async(std::function<void()> item) {
+bool ConcurrentQueue::async(std::function<void()> item) {
     std::unique_lock lock(m_state->mutex);
     m_state->items.push_back(std::move(item));
     // Each idle thread can take one queued item; more items than idle threads need new ones.
     if (m_state->items.size() <= static_cast<std::size_t>(m_state->idle)) {
         lock.unlock();
         m_state->wake.notify_one();
-        return;
+        return true;
+    }
+    // Started under the lock, so that on failure the item is still the last one queued.
+    try {
+        std::thread([state = m_state] { work(state); }).detach();
+    } catch (const std::system_error&) {
+        // Too many threads already (hung players, perhaps): take the item back.
+        m_state->items.pop_back();
+        return false;
     }
     ++m_state->threads;
-    lock.unlock();
-    std::thread([state = m_state] { work(state); }).detach();
+    return true;
 }
 
 int ConcurrentQueue::threadCount() const {

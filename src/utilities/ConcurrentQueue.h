@@ -20,7 +20,8 @@ public:
     // Never waits for the threads: one may be stuck in a player that never answers.
     ~ConcurrentQueue();
 
-    void async(std::function<void()> work);
+    // False (and nothing runs) only when the system refuses another thread.
+    [[nodiscard]] bool async(std::function<void()> work);
 
     // Threads alive now, busy or idle.
     int threadCount() const;

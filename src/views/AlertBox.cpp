@@ -6,7 +6,6 @@
 #include <QPushButton>
 
 namespace AlertBox {
-namespace {
 
 void show(const UserAlert& alert) {
     auto* box =
@@ -21,8 +20,6 @@ void show(const UserAlert& alert) {
     box->raise();
     box->activateWindow();
 }
-
-} // namespace
 
 void install() {
     UserAlerts::setPresenter(show);

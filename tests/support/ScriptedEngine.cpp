@@ -16,7 +16,9 @@ struct ScriptedEngine::State {
     QStringList ranSources;
     int toHold = 0;
     int inProgress = 0;
-    bool released = false;
+    // Bumped by each release; a held run waits for the number it saw to change, so a later
+    // holdNextRuns() never catches a run that was already let go.
+    int releases = 0;
 
     Reply run(const Script* script, const QString& source) {
         std::unique_lock lock(mutex);
@@ -26,7 +28,8 @@ struct ScriptedEngine::State {
         changed.notify_all();
         if (toHold > 0) {
             --toHold;
-            changed.wait(lock, [this] { return released; });
+            const int seen = releases;
+            changed.wait(lock, [this, seen] { return releases != seen; });
         }
         const Responder respond = responder;
         lock.unlock();
@@ -109,14 +112,13 @@ void ScriptedEngine::allowToBuild(const QString& source) {
 void ScriptedEngine::holdNextRuns(int count) {
     std::lock_guard lock(m_state->mutex);
     m_state->toHold = count;
-    m_state->released = false;
 }
 
 void ScriptedEngine::release() {
     {
         std::lock_guard lock(m_state->mutex);
         m_state->toHold = 0;
-        m_state->released = true;
+        ++m_state->releases;
     }
     m_state->changed.notify_all();
 }

@@ -4,6 +4,7 @@
 #include "services/SafariYouTubeController.h"
 
 #include <QJSEngine>
+#include <QRegularExpression>
 #include <QtTest>
 
 namespace {
@@ -166,6 +167,37 @@ private slots:
             QCOMPARE(tab.run(program).toString(), QStringLiteral("Never Gonna Give You Up"));
             QCOMPARE(tab.get(QStringLiteral("asked[asked.length - 1]")).toString(), titleSelector);
         }
+    }
+
+    // The AppleScript condition, read word for word as JavaScript: `tabURL contains "x"`
+    // becomes tabURL.includes("x") and `or` becomes ||. Anything else in it fails the test.
+    void whichTabsAreYouTube_data() {
+        QTest::addColumn<QString>("url");
+        QTest::addColumn<bool>("eligible");
+        QTest::newRow("watch") << "https://www.youtube.com/watch?v=dQw4w9WgXcQ" << true;
+        QTest::newRow("shorts") << "https://www.youtube.com/shorts/abc123" << true;
+        QTest::newRow("short link") << "https://youtu.be/dQw4w9WgXcQ" << true;
+        QTest::newRow("music") << "https://music.youtube.com/playlist?list=x" << true;
+        QTest::newRow("mobile watch") << "https://m.youtube.com/watch?v=x" << true;
+        QTest::newRow("home") << "https://www.youtube.com/" << false;
+        QTest::newRow("channel") << "https://www.youtube.com/@someone" << false;
+        QTest::newRow("playlist") << "https://www.youtube.com/playlist?list=x" << false;
+        QTest::newRow("other site") << "https://vimeo.com/watch/123" << false;
+        QTest::newRow("empty") << "" << false;
+    }
+    void whichTabsAreYouTube() {
+        QFETCH(QString, url);
+        QFETCH(bool, eligible);
+        QString condition = ChromeYouTubeController::JS::urlCheck();
+        static const QRegularExpression contains(QStringLiteral("tabURL contains (\"[^\"]*\")"));
+        condition.replace(contains, QStringLiteral("tabURL.includes(\\1)"));
+        condition.replace(QStringLiteral(" or "), QStringLiteral(" || "));
+        QVERIFY2(!condition.contains(QStringLiteral("contains")), qPrintable(condition));
+        QJSEngine js;
+        js.globalObject().setProperty(QStringLiteral("tabURL"), url);
+        const QJSValue result = js.evaluate(condition);
+        QVERIFY2(result.isBool(), qPrintable(result.toString()));
+        QCOMPARE(result.toBool(), eligible);
     }
 
     void aPlayingVideoWithoutATitleHasNone() {

@@ -48,16 +48,16 @@ private slots:
         };
         // Shared, so an item still returning from release() never touches a freed semaphore.
         auto meeting = std::make_shared<Meeting>();
-        queue.async([meeting] {
+        QVERIFY(queue.async([meeting] {
             meeting->first.release();
             meeting->second.acquire();
             meeting->done.release();
-        });
-        queue.async([meeting] {
+        }));
+        QVERIFY(queue.async([meeting] {
             meeting->second.release();
             meeting->first.acquire();
             meeting->done.release();
-        });
+        }));
         QVERIFY(meeting->done.try_acquire_for(10s));
         QVERIFY(meeting->done.try_acquire_for(10s));
     }
@@ -67,12 +67,12 @@ private slots:
         auto gate = std::make_shared<Gate>();
         auto ran = std::make_shared<std::counting_semaphore<21>>(0);
         for (int i = 0; i < 20; ++i) {
-            queue.async([gate, ran] {
+            QVERIFY(queue.async([gate, ran] {
                 gate->wait();
                 ran->release();
-            });
+            }));
         }
-        queue.async([ran] { ran->release(); });
+        QVERIFY(queue.async([ran] { ran->release(); }));
         QVERIFY(ran->try_acquire_for(10s));
         QCOMPARE(queue.threadCount(), 21);
         gate->open();
@@ -85,7 +85,7 @@ private slots:
         ConcurrentQueue queue(60s);
         for (int i = 0; i < 50; ++i) {
             auto ran = std::make_shared<std::binary_semaphore>(0);
-            queue.async([ran] { ran->release(); });
+            QVERIFY(queue.async([ran] { ran->release(); }));
             QVERIFY(ran->try_acquire_for(10s));
             // The item has signalled but its thread may not be idle yet; wait until it is.
             QTRY_COMPARE(queue.idleThreadCount(), 1);
@@ -98,7 +98,7 @@ private slots:
         ConcurrentQueue queue(50ms);
         auto ran = std::make_shared<std::counting_semaphore<8>>(0);
         for (int i = 0; i < 8; ++i) {
-            queue.async([ran] { ran->release(); });
+            QVERIFY(queue.async([ran] { ran->release(); }));
         }
         for (int i = 0; i < 8; ++i) {
             QVERIFY(ran->try_acquire_for(10s));
@@ -106,7 +106,7 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(queue.threadCount(), 0, 10000);
         // And new work still finds a thread.
         auto again = std::make_shared<std::binary_semaphore>(0);
-        queue.async([again] { again->release(); });
+        QVERIFY(queue.async([again] { again->release(); }));
         QVERIFY(again->try_acquire_for(10s));
     }
 
@@ -118,10 +118,10 @@ private slots:
         };
         auto count = std::make_shared<Count>();
         for (int i = 0; i < 1000; ++i) {
-            queue.async([count] {
+            QVERIFY(queue.async([count] {
                 ++count->runs;
                 count->done.release();
-            });
+            }));
         }
         for (int i = 0; i < 1000; ++i) {
             QVERIFY(count->done.try_acquire_for(10s));

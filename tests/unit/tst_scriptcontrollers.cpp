@@ -1,7 +1,9 @@
 #include "services/AppleScriptService.h"
 #include "services/ChromeYouTubeController.h"
 #include "services/NativeMediaAppController.h"
+#include "services/PermissionProbes.h"
 #include "services/SafariYouTubeController.h"
+#include "services/ScriptedPlayerControl.h"
 #include "services/SeekResult.h"
 #include "services/UserAlert.h"
 #include "support/ScriptedEngine.h"
@@ -13,6 +15,7 @@
 #include <thread>
 
 Q_DECLARE_METATYPE(ScriptEngine::Reply)
+Q_DECLARE_METATYPE(MediaApp)
 
 namespace {
 
@@ -125,8 +128,16 @@ private slots:
 
     void chromeSeek_data() { answerRows(true); }
     void chromeSeek() {
-        checkRow(ChromeYouTubeController::scriptSource(30),
-                 [] { return ChromeYouTubeController::seekIfPlaying(30); });
+        QFETCH(ScriptEngine::Reply, reply);
+        bool javaScriptOff = true;
+        checkRow(ChromeYouTubeController::scriptSource(30), [&javaScriptOff] {
+            const PlayerControl::SeekAnswer answer =
+                ScriptedPlayerControl().seekIfPlaying(MediaApp::chromeYouTube, 30, 3.0);
+            javaScriptOff = answer.javaScriptOff;
+            return answer.result;
+        });
+        // Only a refusal to run JavaScript is reported as one.
+        QCOMPARE(javaScriptOff, reply.failed && reply.errorNumber == -1728);
     }
 
     void safariToggle_data() { answerRows(true); }
@@ -183,12 +194,29 @@ private slots:
                  SeekResult::error);
     }
 
-    void theJavaScriptAlertFollowsEveryRefusal() {
+    // Reported on every refusal, so the controller can tell the user each time.
+    void everyChromeRefusalIsReported() {
         m_engine->answer(ScriptedEngine::error(-1728, QStringLiteral("Can't get JavaScript.")));
+        ScriptedPlayerControl players;
         for (int press = 0; press < 3; ++press) {
-            QCOMPARE(ChromeYouTubeController::seekIfPlaying(10), SeekResult::error);
+            QCOMPARE(players.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0),
+                     (PlayerControl::SeekAnswer{SeekResult::error, true}));
         }
-        // Shown later, on the GUI thread, never while the seek waits.
+        for (const MediaApp app :
+             {MediaApp::spotify, MediaApp::appleMusic, MediaApp::safariYouTube}) {
+            QCOMPARE(players.seekIfPlaying(app, 10, 3.0),
+                     (PlayerControl::SeekAnswer{SeekResult::error, false}));
+        }
+    }
+
+    void theAlertIsShownOnTheGuiThreadForEachRequest() {
+        std::thread seekThread([] {
+            ChromeYouTubeController::showJSPermissionAlert();
+            ChromeYouTubeController::showJSPermissionAlert();
+        });
+        seekThread.join();
+        ChromeYouTubeController::showJSPermissionAlert();
+        // Shown later, on the GUI thread, never while the caller waits.
         QVERIFY(m_alerts->shown.isEmpty());
         QTRY_COMPARE(m_alerts->shown.size(), 3);
         QCOMPARE(m_alerts->offGuiThread, 0);
@@ -202,42 +230,160 @@ private slots:
         }
     }
 
-    void theAlertIsPostedFromTheSeekThread() {
-        m_engine->answer(ScriptedEngine::error(-1728, std::nullopt));
-        SeekResult verdict = SeekResult::seeked;
-        std::thread seekThread(
-            [&verdict] { verdict = ChromeYouTubeController::seekIfPlaying(-5); });
-        seekThread.join();
-        QCOMPARE(verdict, SeekResult::error);
-        QTRY_COMPARE(m_alerts->shown.size(), 1);
-        QCOMPARE(m_alerts->offGuiThread, 0);
-    }
-
-    void noAlertForOtherFailures_data() {
+    void playPauseOfEachApp_data() {
+        QTest::addColumn<MediaApp>("app");
+        QTest::addColumn<QString>("script");
         QTest::addColumn<ScriptEngine::Reply>("reply");
-        QTest::newRow("-1743") << ScriptedEngine::error(-1743, std::nullopt);
-        QTest::newRow("-1729") << ScriptedEngine::error(-1729, std::nullopt);
-        QTest::newRow("no number") << ScriptedEngine::error(std::nullopt, std::nullopt);
-        QTest::newRow("false") << ScriptedEngine::text("false");
-        QTest::newRow("text -1728") << ScriptedEngine::text("-1728");
+        QTest::addColumn<SeekResult>("verdict");
+        const auto add = [](const char* name, MediaApp app, const QString& script,
+                            const ScriptEngine::Reply& reply, SeekResult verdict) {
+            QTest::newRow(name) << app << script << reply << verdict;
+        };
+        // Music toggles whatever its state: an idle player answers "ok" and counts as done.
+        add("music idle", MediaApp::appleMusic, MusicController::playPauseScript(),
+            ScriptedEngine::text("ok"), SeekResult::seeked);
+        add("spotify", MediaApp::spotify, SpotifyController::playPauseScript(),
+            ScriptedEngine::noText(), SeekResult::seeked);
+        add("spotify denied", MediaApp::spotify, SpotifyController::playPauseScript(),
+            ScriptedEngine::error(-1743, std::nullopt), SeekResult::permissionDenied);
+        add("chrome done", MediaApp::chromeYouTube, ChromeYouTubeController::playPauseScript(),
+            ScriptedEngine::text("true"), SeekResult::seeked);
+        add("chrome no tab", MediaApp::chromeYouTube, ChromeYouTubeController::playPauseScript(),
+            ScriptedEngine::text("false"), SeekResult::notPlaying);
+        add("chrome error", MediaApp::chromeYouTube, ChromeYouTubeController::playPauseScript(),
+            ScriptedEngine::text("error"), SeekResult::notPlaying);
+        add("safari done", MediaApp::safariYouTube, SafariYouTubeController::toggleScript(),
+            ScriptedEngine::text("true"), SeekResult::seeked);
+        add("safari failed", MediaApp::safariYouTube, SafariYouTubeController::toggleScript(),
+            ScriptedEngine::error(-1, std::nullopt), SeekResult::error);
     }
-    void noAlertForOtherFailures() {
+    void playPauseOfEachApp() {
+        QFETCH(MediaApp, app);
+        QFETCH(QString, script);
         QFETCH(ScriptEngine::Reply, reply);
+        QFETCH(SeekResult, verdict);
         m_engine->answer(reply);
-        ChromeYouTubeController::seekIfPlaying(10);
-        // A marker alert posted after the seek arrives after anything the seek posted.
-        UserAlerts::post({QStringLiteral("marker"), {}, {}});
-        QTRY_COMPARE(m_alerts->shown.size(), 1);
-        QCOMPARE(m_alerts->shown[0].messageText, QStringLiteral("marker"));
+        QCOMPARE(ScriptedPlayerControl().playPause(app, 3.0), verdict);
+        QCOMPARE(m_engine->ranSources(), QStringList{script});
     }
 
-    void safariAndNativeSeeksNeverAlert() {
-        m_engine->answer(ScriptedEngine::error(-1728, std::nullopt));
-        QCOMPARE(SpotifyController::seekIfPlaying(10), SeekResult::error);
-        QCOMPARE(SafariYouTubeController::togglePlayPause(), SeekResult::error);
-        UserAlerts::post({QStringLiteral("marker"), {}, {}});
-        QTRY_COMPARE(m_alerts->shown.size(), 1);
-        QCOMPARE(m_alerts->shown[0].messageText, QStringLiteral("marker"));
+    void seeksOfEachApp() {
+        m_engine->answer(ScriptedEngine::text("true"));
+        ScriptedPlayerControl players;
+        for (const MediaApp app : MediaApp::allCases()) {
+            QCOMPARE(players.seekIfPlaying(app, -7.5, 3.0).result, SeekResult::seeked);
+        }
+        QCOMPARE(
+            m_engine->ranSources(),
+            QStringList({SpotifyController::seekScript(-7.5), MusicController::seekScript(-7.5),
+                         ChromeYouTubeController::scriptSource(-7.5),
+                         SafariYouTubeController::scriptSource(-7.5)}));
+    }
+
+    void nowPlayingTexts() {
+        m_engine->respond([](const QString& source) {
+            return source == SpotifyController::nowPlayingScript()
+                       ? ScriptedEngine::text("Intro - Live - Band")
+                   : source == ChromeYouTubeController::nowPlayingScript()
+                       ? ScriptedEngine::error(-1743, std::nullopt)
+                       : ScriptedEngine::noText();
+        });
+        ScriptedPlayerControl players;
+        QCOMPARE(players.nowPlayingText(MediaApp::spotify, 2.0),
+                 std::optional<QString>(QStringLiteral("Intro - Live - Band")));
+        QCOMPARE(players.nowPlayingText(MediaApp::appleMusic, 2.0), std::nullopt);
+        QCOMPARE(players.nowPlayingText(MediaApp::chromeYouTube, 2.0), std::nullopt);
+        QCOMPARE(players.nowPlayingText(MediaApp::safariYouTube, 2.0), std::nullopt);
+        QCOMPARE(
+            m_engine->ranSources(),
+            QStringList({SpotifyController::nowPlayingScript(), MusicController::nowPlayingScript(),
+                         ChromeYouTubeController::nowPlayingScript(),
+                         SafariYouTubeController::nowPlayingScript()}));
+    }
+
+    // Warming keeps the exact texts a seek of that step will run, for all four apps, and runs
+    // nothing.
+    void warmingKeepsTheSeekScriptsOfAStep() {
+        ScriptedPlayerControl players;
+        players.warmSeek(15);
+        players.warmSeek(15);
+        QVERIFY(m_engine->runs().isEmpty());
+        m_engine->answer(ScriptedEngine::text("false"));
+        for (const MediaApp app : MediaApp::allCases()) {
+            players.seekIfPlaying(app, 15, 3.0);
+        }
+        for (const QString& script :
+             {SpotifyController::seekScript(15), MusicController::seekScript(15),
+              ChromeYouTubeController::scriptSource(15),
+              SafariYouTubeController::scriptSource(15)}) {
+            QCOMPARE(m_engine->builds(script), 1);
+        }
+    }
+
+    void automationProbes_data() {
+        QTest::addColumn<ScriptEngine::Reply>("reply");
+        QTest::addColumn<PermissionStatus>("status");
+        QTest::newRow("name") << ScriptedEngine::text("Spotify") << PermissionStatus::granted;
+        QTest::newRow("no text") << ScriptedEngine::noText() << PermissionStatus::granted;
+        QTest::newRow("-1743") << ScriptedEngine::error(-1743, std::nullopt)
+                               << PermissionStatus::denied;
+        QTest::newRow("-1728") << ScriptedEngine::error(-1728, std::nullopt)
+                               << PermissionStatus::unknown;
+        QTest::newRow("-600") << ScriptedEngine::error(-600, std::nullopt)
+                              << PermissionStatus::unknown;
+    }
+    void automationProbes() {
+        QFETCH(ScriptEngine::Reply, reply);
+        QFETCH(PermissionStatus, status);
+        m_engine->answer(reply);
+        for (const PermissionItem& item : PermissionItem::all()) {
+            if (item.kind == PermissionItem::Kind::automation) {
+                QCOMPARE(ScriptedPlayerControl().probe(item, 3.0), status);
+            }
+        }
+        QCOMPARE(m_engine->ranSources(),
+                 QStringList({QStringLiteral("    tell application \"Spotify\" to return name"),
+                              QStringLiteral("    tell application \"Music\" to return name"),
+                              QStringLiteral("    tell application \"Google Chrome\" to return "
+                                             "name"),
+                              QStringLiteral("    tell application \"Safari\" to return name")}));
+    }
+
+    void chromeJavaScriptProbe_data() {
+        QTest::addColumn<ScriptEngine::Reply>("reply");
+        QTest::addColumn<PermissionStatus>("status");
+        // Allowed, with a window open to try it in.
+        QTest::newRow("ok") << ScriptedEngine::text("ok") << PermissionStatus::granted;
+        QTest::newRow("no text") << ScriptedEngine::noText() << PermissionStatus::granted;
+        QTest::newRow("no window") << ScriptedEngine::text("nowindow") << PermissionStatus::unknown;
+        QTest::newRow("-1728") << ScriptedEngine::error(-1728, std::nullopt)
+                               << PermissionStatus::denied;
+        QTest::newRow("-1743") << ScriptedEngine::error(-1743, std::nullopt)
+                               << PermissionStatus::denied;
+        QTest::newRow("-1") << ScriptedEngine::error(std::nullopt, std::nullopt)
+                            << PermissionStatus::unknown;
+    }
+    void chromeJavaScriptProbe() {
+        QFETCH(ScriptEngine::Reply, reply);
+        QFETCH(PermissionStatus, status);
+        m_engine->answer(reply);
+        const PermissionItem chromeJS = PermissionItem::all().at(3);
+        QCOMPARE(chromeJS.kind, PermissionItem::Kind::chromeJS);
+        QCOMPARE(ScriptedPlayerControl().probe(chromeJS, 3.0), status);
+        QCOMPARE(m_engine->ranSources(), QStringList{PermissionProbes::chromeJavaScriptProbe()});
+    }
+
+    void aHungProbeIsUnknown() {
+        m_engine->holdNextRuns(1);
+        QCOMPARE(ScriptedPlayerControl().probe(PermissionItem::all().first(), 0.2),
+                 PermissionStatus::unknown);
+    }
+
+    void accessibilityIsNeverProbed() {
+        PermissionItem item = PermissionItem::all().first();
+        item.kind = PermissionItem::Kind::accessibility;
+        QCOMPARE(ScriptedPlayerControl().probe(item, 3.0), PermissionStatus::unknown);
+        QVERIFY(m_engine->runs().isEmpty());
     }
 
     void isJavaScriptOffOnlyFor1728() {

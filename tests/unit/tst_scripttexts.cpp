@@ -1,5 +1,6 @@
 #include "services/ChromeYouTubeController.h"
 #include "services/NativeMediaAppController.h"
+#include "services/PermissionProbes.h"
 #include "services/SafariYouTubeController.h"
 
 #include <QFile>
@@ -71,6 +72,14 @@ private slots:
             << SafariYouTubeController::toggleScript() << "safari-toggle.applescript";
         QTest::newRow("safari title")
             << SafariYouTubeController::nowPlayingScript() << "safari-title.applescript";
+        for (const char* app : {"Spotify", "Music", "Google Chrome", "Safari"}) {
+            QTest::newRow(QByteArray("automation probe ") + app)
+                << PermissionProbes::automationProbe(QString::fromLatin1(app))
+                << "probe-automation-" + QString::fromLatin1(app).remove(QLatin1Char(' ')) +
+                       ".applescript";
+        }
+        QTest::newRow("chrome javascript probe")
+            << PermissionProbes::chromeJavaScriptProbe() << "probe-chrome-js.applescript";
         QTest::newRow("chrome url check")
             << ChromeYouTubeController::JS::urlCheck() << "chrome-urlcheck.txt";
     }

@@ -1,11 +1,22 @@
 #include "XdgAutostartLoginItem.h"
 #include "platform/IniSettings.h"
 #include "platform/Platform.h"
+#include "services/ScriptedPlayerControl.h"
 
 #include <QCoreApplication>
 #include <QStandardPaths>
 
 #include <xcb/xcb.h>
+
+namespace {
+
+// Media players are not followed here yet: none is ever seen running.
+class NoRunningApps : public RunningApps {
+public:
+    QSet<QString> runningNames() const override { return {}; }
+};
+
+} // namespace
 
 namespace Platform {
 
@@ -20,6 +31,19 @@ std::unique_ptr<LoginItem> createLoginItem() {
     const QString appImage = qEnvironmentVariable("APPIMAGE");
     return std::make_unique<XdgAutostartLoginItem>(
         appImage.isEmpty() ? QCoreApplication::applicationFilePath() : appImage);
+}
+
+std::shared_ptr<PlayerControl> createPlayerControl() {
+    return std::make_shared<ScriptedPlayerControl>();
+}
+
+std::unique_ptr<RunningApps> createRunningApps() {
+    return std::make_unique<NoRunningApps>();
+}
+
+bool accessibilityTrusted() {
+    // Any X11 client may grab keys on the root window.
+    return displayProblem().isEmpty() && !qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
 }
 
 std::shared_ptr<ScriptEngine> createScriptEngine() {

@@ -4,6 +4,15 @@
 
 namespace {
 
+// An NSNumber holding an integer; booleans and floating-point numbers are not error numbers.
+bool isInteger(id value) {
+    if (![value isKindOfClass:[NSNumber class]]) {
+        return false;
+    }
+    CFNumberRef number = (__bridge CFNumberRef)value;
+    return CFGetTypeID(number) == CFNumberGetTypeID() && !CFNumberIsFloatType(number);
+}
+
 class AppleScriptObject : public ScriptEngine::Script {
 public:
     explicit AppleScriptObject(NSAppleScript* script)
@@ -19,7 +28,7 @@ public:
             if (error != nil) {
                 reply.failed = true;
                 id number = error[NSAppleScriptErrorNumber];
-                if ([number isKindOfClass:[NSNumber class]]) {
+                if (isInteger(number)) {
                     reply.errorNumber = [static_cast<NSNumber*>(number) longLongValue];
                 }
                 id message = error[NSAppleScriptErrorMessage];

@@ -1,6 +1,10 @@
 #include "AppleScriptEngine.h"
 #include "SMAppServiceLoginItem.h"
+#include "WorkspaceRunningApps.h"
+#include "services/ScriptedPlayerControl.h"
+
 #include "platform/Platform.h"
+#include <ApplicationServices/ApplicationServices.h>
 
 namespace Platform {
 
@@ -12,6 +16,18 @@ std::unique_ptr<QSettings> openUserDefaults() {
 
 std::unique_ptr<LoginItem> createLoginItem() {
     return std::make_unique<SMAppServiceLoginItem>();
+}
+
+std::shared_ptr<PlayerControl> createPlayerControl() {
+    return std::make_shared<ScriptedPlayerControl>();
+}
+
+std::unique_ptr<RunningApps> createRunningApps() {
+    return std::make_unique<WorkspaceRunningApps>();
+}
+
+bool accessibilityTrusted() {
+    return AXIsProcessTrusted();
 }
 
 std::shared_ptr<ScriptEngine> createScriptEngine() {

@@ -1,0 +1,190 @@
+#include "MediaController.h"
+
+#include "AppleScriptService.h"
+#include "ChromeYouTubeController.h"
+#include "models/AppSettings.h"
+#include "platform/Platform.h"
+#include "platform/PlayerControl.h"
+#include "platform/RunningApps.h"
+#include "utilities/Logger.h"
+
+MediaController& MediaController::shared() {
+    // Never destroyed: the seek thread may be waiting for a player when the process exits.
+    static auto* controller = new MediaController(
+        Platform::createPlayerControl(), Platform::createRunningApps(), AppSettings::shared());
+    return *controller;
+}
+
+MediaController::MediaController(std::shared_ptr<PlayerControl> players,
+                                 std::unique_ptr<RunningApps> running, AppSettings& settings,
+                                 QObject* parent)
+    : QObject(parent)
+    , m_players(std::move(players))
+    , m_runningApps(std::move(running))
+    , m_settings(settings)
+    , m_seekWorker(new QObject) {
+    m_runningProcessNames = m_runningApps->runningNames();
+    connect(m_runningApps.get(), &RunningApps::launched, this, &MediaController::appDidLaunch);
+    connect(m_runningApps.get(), &RunningApps::terminated, this, &MediaController::appDidTerminate);
+
+    m_seekThread.setObjectName(QStringLiteral("com.scrubline.seek"));
+    m_seekWorker->moveToThread(&m_seekThread);
+    connect(&m_seekThread, &QThread::finished, m_seekWorker, &QObject::deleteLater);
+    m_seekThread.start(QThread::HighPriority);
+}
+
+MediaController::~MediaController() {
+    m_seekThread.quit();
+    m_seekThread.wait();
+}
+
+void MediaController::enqueueSeek(double seconds) {
+    if (QThread::currentThread() != thread()) {
+        // Requests from one thread keep their order: queued calls are delivered in order.
+        QMetaObject::invokeMethod(
+            this, [this, seconds] { enqueueSeek(seconds); }, Qt::QueuedConnection);
+        return;
+    }
+    m_seekQueue.push_back(seconds);
+    scheduleNextSeek();
+}
+
+// The next request starts from the event loop, never from inside the one before, so a long
+// burst neither deepens the stack nor holds up the interface.
+void MediaController::scheduleNextSeek() {
+    if (m_nextSeekScheduled || m_trialInFlight || m_seekQueue.empty()) {
+        return;
+    }
+    m_nextSeekScheduled = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            m_nextSeekScheduled = false;
+            if (m_trialInFlight || m_seekQueue.empty()) {
+                return;
+            }
+            const double seconds = m_seekQueue.front();
+            m_seekQueue.pop_front();
+            executeSeek(seconds);
+        },
+        Qt::QueuedConnection);
+}
+
+QList<MediaApp> MediaController::runningActiveApps() const {
+    QList<MediaApp> candidates;
+    for (const MediaApp app : m_settings.activeApps()) {
+        if (m_runningProcessNames.contains(app.processName())) {
+            candidates << app;
+        }
+    }
+    return candidates;
+}
+
+void MediaController::executeSeek(double seconds) {
+    QElapsedTimer clock;
+    clock.start();
+    QList<MediaApp> candidates = runningActiveApps();
+    if (candidates.isEmpty()) {
+        showStatus(QStringLiteral("No media apps running"));
+        emit seekFinished(seconds);
+        scheduleNextSeek();
+        return;
+    }
+    // The app that answered last is the likeliest to be playing still.
+    if (m_lastSuccessfulApp) {
+        const qsizetype at = candidates.indexOf(*m_lastSuccessfulApp);
+        if (at > 0) {
+            candidates.move(at, 0);
+        }
+    }
+
+    m_trialInFlight = true;
+    QMetaObject::invokeMethod(
+        m_seekWorker,
+        [this, players = m_players, candidates, seconds, clock] {
+            const std::optional<Outcome> outcome = tryApps(*players, candidates, seconds);
+            // The controller waits for this thread before it goes, so it is still here.
+            QMetaObject::invokeMethod(
+                this, [this, seconds, clock, outcome] { finishSeek(seconds, clock, outcome); },
+                Qt::QueuedConnection);
+        },
+        Qt::QueuedConnection);
+}
+
+std::optional<MediaController::Outcome> MediaController::tryApps(PlayerControl& players,
+                                                                 const QList<MediaApp>& candidates,
+                                                                 double seconds) {
+    std::optional<MediaApp> lastErrorApp;
+    for (const MediaApp app : candidates) {
+        SeekResult verdict = SeekResult::error;
+        if (seconds != 0) {
+            const PlayerControl::SeekAnswer answer =
+                players.seekIfPlaying(app, seconds, AppleScriptService::actionTimeout);
+            if (answer.javaScriptOff) {
+                ChromeYouTubeController::showJSPermissionAlert();
+            }
+            verdict = answer.result;
+        } else {
+            verdict = players.playPause(app, AppleScriptService::actionTimeout);
+        }
+        switch (verdict) {
+        case SeekResult::seeked:
+        case SeekResult::permissionDenied:
+            return Outcome{verdict, app};
+        case SeekResult::notPlaying:
+            break;
+        case SeekResult::error:
+            lastErrorApp = app;
+            break;
+        }
+    }
+    if (lastErrorApp) {
+        return Outcome{SeekResult::error, *lastErrorApp};
+    }
+    return std::nullopt;
+}
+
+void MediaController::finishSeek(double seconds, const QElapsedTimer& clock,
+                                 std::optional<Outcome> outcome) {
+    qCInfo(Log::seek(), "Seek %.*fs: %.*fms", 1, seconds, 1,
+           static_cast<double>(clock.nsecsElapsed()) / 1e6);
+    m_trialInFlight = false;
+
+    if (outcome) {
+        const MediaApp app = outcome->app;
+        switch (outcome->result) {
+        case SeekResult::permissionDenied:
+            showStatus(QStringLiteral("Grant ") + app.displayName() +
+                       QStringLiteral(" permission in System Settings > Privacy > Automation"));
+            break;
+        case SeekResult::error:
+            showStatus(app.displayName() + QStringLiteral(" returned an error"));
+            break;
+        case SeekResult::seeked:
+            if (m_lastActiveApp != app) {
+                m_lastActiveApp = app;
+                emit lastActiveAppChanged();
+            }
+            m_lastSuccessfulApp = app;
+            showFeedback(app, seconds > 0   ? FeedbackKind::forward
+                              : seconds < 0 ? FeedbackKind::backward
+                                            : FeedbackKind::playPause);
+            break;
+        case SeekResult::notPlaying:
+            break; // never an outcome: the next app is tried instead
+        }
+    }
+    emit seekFinished(seconds);
+    scheduleNextSeek();
+}
+
+void MediaController::appDidLaunch(const QString& name) {
+    m_runningProcessNames.insert(name);
+}
+
+void MediaController::appDidTerminate(const QString& name) {
+    m_runningProcessNames.remove(name);
+    if (m_lastSuccessfulApp && m_lastSuccessfulApp->processName() == name) {
+        m_lastSuccessfulApp.reset();
+    }
+}

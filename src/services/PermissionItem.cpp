@@ -1,0 +1,23 @@
+#include "PermissionItem.h"
+
+const QList<PermissionItem>& PermissionItem::all() {
+    // Accessibility is not probed: it is read from the platform directly.
+    static const QList<PermissionItem> items = {
+        {QStringLiteral("automation-spotify"), QStringLiteral("Automation"),
+         QStringLiteral("Spotify"), QStringLiteral("Spotify"), QStringLiteral("music.note"),
+         Kind::automation},
+        {QStringLiteral("automation-music"), QStringLiteral("Automation"),
+         QStringLiteral("Apple Music"), QStringLiteral("Music"),
+         QStringLiteral("music.quarternote.3"), Kind::automation},
+        {QStringLiteral("automation-chrome"), QStringLiteral("Automation"),
+         QStringLiteral("Google Chrome"), QStringLiteral("Google Chrome"), QStringLiteral("globe"),
+         Kind::automation},
+        {QStringLiteral("chrome-js"), QStringLiteral("JavaScript from Apple Events"),
+         QStringLiteral("Google Chrome"), QStringLiteral("Google Chrome"),
+         QStringLiteral("curlybraces"), Kind::chromeJS},
+        {QStringLiteral("automation-safari"), QStringLiteral("Automation"),
+         QStringLiteral("Safari"), QStringLiteral("Safari"), QStringLiteral("safari"),
+         Kind::automation},
+    };
+    return items;
+}

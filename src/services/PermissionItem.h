@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+// What is known of one permission.
+enum class PermissionStatus { unknown, granted, denied, appNotRunning, checking };
+
+// One permission a media target needs, as the Permissions tab lists it.
+struct PermissionItem {
+    enum class Kind { automation, chromeJS, accessibility };
+
+    QString id;
+    QString name;        // the permission's title
+    QString targetApp;   // the application as the user knows it
+    QString processName; // the running application's name, also the one the probe addresses
+    QString systemImage;
+    Kind kind = Kind::automation;
+
+    // The permissions that are probed, in the order they are shown and probed.
+    static const QList<PermissionItem>& all();
+
+    friend bool operator==(const PermissionItem&, const PermissionItem&) = default;
+};

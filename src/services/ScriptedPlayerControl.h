@@ -1,0 +1,15 @@
+#pragma once
+
+#include "platform/PlayerControl.h"
+
+// Drives the players with AppleScript through the script runner: the native scripts for
+// Spotify and Music, JavaScript in a YouTube tab for Chrome and Safari.
+class ScriptedPlayerControl : public PlayerControl {
+public:
+    SeekAnswer seekIfPlaying(MediaApp app, double seconds, double timeout) override;
+    SeekResult playPause(MediaApp app, double timeout) override;
+    std::optional<QString> nowPlayingText(MediaApp app, double timeout) override;
+    PermissionStatus probe(const PermissionItem& item, double timeout) override;
+    // Keeps the seek scripts of all four apps for this step.
+    void warmSeek(double seconds) override;
+};

@@ -1,0 +1,1 @@
+    tell application "Safari" to return name

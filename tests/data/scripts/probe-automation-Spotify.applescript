@@ -1,0 +1,1 @@
+    tell application "Spotify" to return name

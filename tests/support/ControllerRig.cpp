@@ -1,0 +1,44 @@
+#include "ControllerRig.h"
+
+#include "utilities/UserDefaults.h"
+
+#include <QEventLoop>
+#include <QSettings>
+#include <QTimer>
+
+ControllerRig::ControllerRig()
+    : m_settings(
+          std::make_unique<AppSettings>(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+              m_home.path() + QStringLiteral("/settings.conf"), QSettings::IniFormat))))
+    , m_players(std::make_shared<FakePlayers>()) {}
+
+ControllerRig::~ControllerRig() {
+    m_players->openGate();
+    m_controller.reset();
+}
+
+void ControllerRig::start(const QSet<QString>& running) {
+    auto apps = std::make_unique<FakeRunningApps>(running);
+    m_running = apps.get();
+    m_controller = std::make_unique<MediaController>(m_players, std::move(apps), *m_settings);
+}
+
+qsizetype ControllerRig::seek(const QList<double>& requests, int timeoutMs) {
+    qsizetype served = 0;
+    QEventLoop loop;
+    const auto connection = QObject::connect(m_controller.get(), &MediaController::seekFinished,
+                                             &loop, [&served, &loop, &requests] {
+                                                 if (++served == requests.size()) {
+                                                     loop.quit();
+                                                 }
+                                             });
+    QTimer::singleShot(timeoutMs, &loop, &QEventLoop::quit);
+    for (const double seconds : requests) {
+        m_controller->enqueueSeek(seconds);
+    }
+    if (served < requests.size()) {
+        loop.exec();
+    }
+    QObject::disconnect(connection);
+    return served;
+}

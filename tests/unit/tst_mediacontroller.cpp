@@ -1,0 +1,328 @@
+#include "services/UserAlert.h"
+#include "support/ControllerRig.h"
+#include "support/LogCapture.h"
+
+#include <QElapsedTimer>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QtTest>
+
+namespace {
+
+const QString seekChannel = QStringLiteral("com.scrubline.app.seek");
+using Call = FakePlayers::Call;
+using Answer = PlayerControl::SeekAnswer;
+
+const QString spotify = QStringLiteral("spotify");
+const QString music = QStringLiteral("appleMusic");
+const QString chrome = QStringLiteral("chromeYouTube");
+
+} // namespace
+
+class TestMediaController : public QObject {
+    Q_OBJECT
+
+private:
+    std::unique_ptr<ControllerRig> m_rig;
+    QList<UserAlert> m_alerts;
+
+    void start(const QSet<QString>& running) { m_rig->start(running); }
+    void seek(const QList<double>& requests, int timeoutMs = 20000) {
+        QCOMPARE(m_rig->seek(requests, timeoutMs), requests.size());
+    }
+    QStringList tried() const { return m_rig->players().subjects(Call::seek); }
+
+private slots:
+    void init() {
+        m_rig = std::make_unique<ControllerRig>();
+        m_alerts.clear();
+        UserAlerts::setPresenter([this](const UserAlert& alert) { m_alerts << alert; });
+    }
+
+    void cleanup() {
+        m_rig.reset();
+        UserAlerts::setPresenter(nullptr);
+    }
+
+    void theAppThatSeekedIsTriedFirstNextTime() {
+        start({QStringLiteral("Spotify"), QStringLiteral("Music")});
+        m_rig->players().setSeekAnswer(MediaApp::appleMusic, {SeekResult::seeked});
+        seek({10});
+        QCOMPARE(tried(), QStringList({spotify, music}));
+        QCOMPARE(m_rig->controller().lastSuccessfulApp(),
+                 std::optional<MediaApp>(MediaApp::appleMusic));
+        seek({-10});
+        QCOMPARE(tried(), QStringList({spotify, music, music}));
+    }
+
+    void playPauseTogglesTheFirstNativePlayer() {
+        start({QStringLiteral("Spotify"), QStringLiteral("Music")});
+        m_rig->players().setSeekAnswer(MediaApp::appleMusic, {SeekResult::seeked});
+        // Music plays, but play/pause acts on Spotify, first in the order...
+        seek({0});
+        QCOMPARE(m_rig->players().subjects(Call::playPause), QStringList{spotify});
+        QCOMPARE(m_rig->controller().seekFeedback()->kind, FeedbackKind::playPause);
+        QCOMPARE(m_rig->controller().seekFeedback()->app, MediaApp(MediaApp::spotify));
+        // ...unless Music seeked last.
+        m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::notPlaying});
+        seek({5});
+        seek({0});
+        QCOMPARE(m_rig->players().subjects(Call::playPause), QStringList({spotify, music}));
+    }
+
+    void aQuitPlayerIsNoLongerTriedFirst() {
+        start({QStringLiteral("Spotify"), QStringLiteral("Music")});
+        m_rig->players().setSeekAnswer(MediaApp::appleMusic, {SeekResult::seeked});
+        seek({10});
+        QCOMPARE(m_rig->controller().lastSuccessfulApp(),
+                 std::optional<MediaApp>(MediaApp::appleMusic));
+        m_rig->running().quit(QStringLiteral("Music"));
+        QCOMPARE(m_rig->controller().lastSuccessfulApp(), std::nullopt);
+        QVERIFY(!m_rig->controller().runningProcessNames().contains(QStringLiteral("Music")));
+        m_rig->running().launch(QStringLiteral("Music"));
+        seek({10});
+        QCOMPARE(tried(), QStringList({spotify, music, spotify, music}));
+    }
+
+    void anotherAppQuittingKeepsTheLastSuccessfulOne() {
+        start({QStringLiteral("Spotify"), QStringLiteral("Music"), QStringLiteral("Finder")});
+        m_rig->players().setSeekAnswer(MediaApp::appleMusic, {SeekResult::seeked});
+        seek({10});
+        m_rig->running().quit(QStringLiteral("Spotify"));
+        m_rig->running().quit(QStringLiteral("Finder"));
+        QCOMPARE(m_rig->controller().lastSuccessfulApp(),
+                 std::optional<MediaApp>(MediaApp::appleMusic));
+    }
+
+    void aLaunchedPlayerBecomesACandidate() {
+        start({});
+        m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
+        seek({10});
+        QVERIFY(tried().isEmpty());
+        m_rig->running().launch(QStringLiteral("Spotify"));
+        seek({10});
+        QCOMPARE(tried(), QStringList{spotify});
+    }
+
+    void aDisabledAppIsNeverTried() {
+        m_rig->settings().setDisabledApps({MediaApp::appleMusic});
+        start({QStringLiteral("Spotify"), QStringLiteral("Music")});
+        m_rig->players().setSeekAnswer(MediaApp::appleMusic, {SeekResult::seeked});
+        QSignalSpy status(&m_rig->controller(), &MediaController::statusMessageChanged);
+        seek({10, 0});
+        QCOMPARE(tried(), QStringList{spotify});
+        QCOMPARE(m_rig->players().subjects(Call::playPause), QStringList{spotify});
+        QCOMPARE(status.size(), 0); // nothing played: silence
+    }
+
+    void thePriorityOrderIsTheUsers() {
+        m_rig->settings().setEnabledApps({MediaApp::chromeYouTube, MediaApp::appleMusic,
+                                          MediaApp::spotify, MediaApp::safariYouTube});
+        start({QStringLiteral("Spotify"), QStringLiteral("Music"), QStringLiteral("Google Chrome"),
+               QStringLiteral("Safari")});
+        seek({10});
+        QCOMPARE(tried(), QStringList({chrome, music, spotify, QStringLiteral("safariYouTube")}));
+    }
+
+    void noAppRunning() {
+        start({QStringLiteral("Finder"), QStringLiteral("spotify")}); // names match exactly
+        LogCapture log;
+        seek({10});
+        QCOMPARE(m_rig->controller().statusMessage(),
+                 std::optional<QString>(QStringLiteral("No media apps running")));
+        QVERIFY(m_rig->players().records().isEmpty());
+        for (const auto& entry : log.entries()) {
+            QVERIFY2(entry.category != seekChannel, qPrintable(entry.message));
+        }
+        QCOMPARE(m_rig->controller().seekFeedback(), std::nullopt);
+    }
+
+    void aRefusedPermissionStopsTheTrial() {
+        start({QStringLiteral("Spotify"), QStringLiteral("Music")});
+        m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::permissionDenied});
+        m_rig->players().setSeekAnswer(MediaApp::appleMusic, {SeekResult::seeked});
+        seek({10});
+        QCOMPARE(tried(), QStringList{spotify});
+        QCOMPARE(m_rig->controller().statusMessage(),
+                 std::optional<QString>(QStringLiteral(
+                     "Grant Spotify permission in System Settings > Privacy > Automation")));
+        QCOMPARE(m_rig->controller().lastSuccessfulApp(), std::nullopt);
+    }
+
+    void anErrorIsShownOnlyWhenNothingSeeked() {
+        start({QStringLiteral("Spotify"), QStringLiteral("Music"), QStringLiteral("Safari")});
+        m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::error});
+        m_rig->players().setSeekAnswer(MediaApp::appleMusic, {SeekResult::seeked});
+        seek({10});
+        QCOMPARE(m_rig->controller().statusMessage(), std::nullopt);
+        // Spotify and Safari fail, Music plays nothing: the last failing app is named.
+        m_rig->players().setSeekAnswer(MediaApp::appleMusic, {SeekResult::notPlaying});
+        m_rig->players().setSeekAnswer(MediaApp::safariYouTube, {SeekResult::error});
+        seek({10});
+        QCOMPARE(m_rig->controller().statusMessage(),
+                 std::optional<QString>(QStringLiteral("YouTube (Safari) returned an error")));
+    }
+
+    void chromeWithJavaScriptOff() {
+        start({QStringLiteral("Spotify"), QStringLiteral("Google Chrome")});
+        m_rig->players().setSeekAnswer(MediaApp::chromeYouTube, {SeekResult::error, true});
+        seek({10});
+        QCOMPARE(tried(), QStringList({spotify, chrome}));
+        QCOMPARE(m_rig->controller().statusMessage(),
+                 std::optional<QString>(QStringLiteral("YouTube (Chrome) returned an error")));
+        QTRY_COMPARE(m_alerts.size(), 1);
+        QCOMPARE(m_alerts[0].messageText, QStringLiteral("Chrome JavaScript Access Required"));
+        // Again on every such failure.
+        seek({10, -10});
+        QTRY_COMPARE(m_alerts.size(), 3);
+    }
+
+    void aFailureWithoutRefusalShowsNoAlert() {
+        start({QStringLiteral("Google Chrome")});
+        m_rig->players().setSeekAnswer(MediaApp::chromeYouTube, {SeekResult::error, false});
+        seek({10});
+        UserAlerts::post({QStringLiteral("marker"), {}, {}});
+        QTRY_COMPARE(m_alerts.size(), 1);
+        QCOMPARE(m_alerts[0].messageText, QStringLiteral("marker"));
+    }
+
+    void aSeekIsLoggedWithItsTime() {
+        start({QStringLiteral("Spotify")});
+        m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
+        LogCapture log;
+        seek({-10, 2.25, 0});
+        QStringList lines;
+        for (const auto& entry : log.entries()) {
+            if (entry.category == seekChannel) {
+                QCOMPARE(entry.type, QtInfoMsg);
+                lines << entry.message;
+            }
+        }
+        QCOMPARE(lines.size(), 3);
+        QVERIFY2(QRegularExpression(QStringLiteral("^Seek -10\\.0s: \\d+\\.\\dms$"))
+                     .match(lines[0])
+                     .hasMatch(),
+                 qPrintable(lines[0]));
+        QVERIFY2(lines[1].startsWith(QStringLiteral("Seek 2.2s: ")) ||
+                     lines[1].startsWith(QStringLiteral("Seek 2.3s: ")),
+                 qPrintable(lines[1]));
+        QVERIFY2(lines[2].startsWith(QStringLiteral("Seek 0.0s: ")), qPrintable(lines[2]));
+    }
+
+    void nothingPlayingIsSilentButLogged() {
+        start({QStringLiteral("Spotify")});
+        LogCapture log;
+        QSignalSpy status(&m_rig->controller(), &MediaController::statusMessageChanged);
+        QSignalSpy feedback(&m_rig->controller(), &MediaController::seekFeedbackChanged);
+        seek({10});
+        QCOMPARE(status.size(), 0);
+        QCOMPARE(feedback.size(), 0);
+        QCOMPARE(log.entries().size(), 1);
+    }
+
+    void theActiveAppIsPublishedOnlyWhenItChanges() {
+        start({QStringLiteral("Spotify"), QStringLiteral("Music")});
+        m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
+        QSignalSpy changed(&m_rig->controller(), &MediaController::lastActiveAppChanged);
+        seek({10, 10, -10});
+        QCOMPARE(changed.size(), 1);
+        QCOMPARE(m_rig->controller().lastActiveApp(), std::optional<MediaApp>(MediaApp::spotify));
+        m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::notPlaying});
+        m_rig->players().setSeekAnswer(MediaApp::appleMusic, {SeekResult::seeked});
+        seek({10});
+        QCOMPARE(changed.size(), 2);
+        QCOMPARE(m_rig->controller().lastActiveApp(),
+                 std::optional<MediaApp>(MediaApp::appleMusic));
+    }
+
+    void feedbackKindFollowsTheSign() {
+        start({QStringLiteral("Spotify")});
+        m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
+        seek({0.5});
+        QCOMPARE(m_rig->controller().seekFeedback()->kind, FeedbackKind::forward);
+        seek({-0.5});
+        QCOMPARE(m_rig->controller().seekFeedback()->kind, FeedbackKind::backward);
+        seek({0});
+        QCOMPARE(m_rig->controller().seekFeedback()->kind, FeedbackKind::playPause);
+    }
+
+    void requestsAreServedOneAfterAnotherInOrder() {
+        start({QStringLiteral("Spotify")});
+        m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
+        m_rig->players().setCallDuration(
+            20); // time enough for a second trial to overlap, if it could
+        seek({1, 2, 3, 4, 5});
+        const QList<FakePlayers::Record> records = m_rig->players().records();
+        QCOMPARE(records.size(), 10);
+        for (int i = 0; i < 5; ++i) {
+            QCOMPARE(records[2 * i].finished, false);
+            QCOMPARE(records[2 * i].seconds, double(i + 1));
+            QCOMPARE(records[2 * i + 1].finished, true);
+            QCOMPARE(records[2 * i + 1].seconds, double(i + 1));
+        }
+        QCOMPARE(m_rig->players().mostAtOnce(), 1);
+    }
+
+    void aBurstOfTenThousandIsServedInOrder() {
+        start({QStringLiteral("Spotify")});
+        m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
+        QList<double> burst;
+        for (int i = 1; i <= 10000; ++i) {
+            burst << (i % 2 == 0 ? i : -i);
+        }
+        seek(burst, 120000);
+        QCOMPARE(m_rig->players().seekSeconds(), burst);
+        QCOMPARE(m_rig->players().mostAtOnce(), 1);
+    }
+
+    void requestsFromOtherThreadsAreKept() {
+        start({QStringLiteral("Spotify")});
+        m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
+        QSignalSpy finished(&m_rig->controller(), &MediaController::seekFinished);
+        std::thread producer([this] {
+            for (int i = 1; i <= 100; ++i) {
+                m_rig->controller().enqueueSeek(i);
+            }
+        });
+        producer.join();
+        QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 100, 20000);
+        QList<double> expected;
+        for (int i = 1; i <= 100; ++i) {
+            expected << i;
+        }
+        QCOMPARE(m_rig->players().seekSeconds(), expected);
+    }
+
+    // A player that never answers costs its full time-out on the seek thread, and the GUI
+    // thread goes on meanwhile: timers fire and new requests queue up.
+    void aHungTrialLeavesTheGuiThreadFree() {
+        start({QStringLiteral("Spotify"), QStringLiteral("Music")});
+        m_rig->players().hang(MediaApp::spotify);
+        m_rig->players().setSeekAnswer(MediaApp::appleMusic, {SeekResult::seeked});
+        int ticks = 0;
+        QTimer ticker;
+        ticker.setInterval(10);
+        connect(&ticker, &QTimer::timeout, this, [&ticks] { ++ticks; });
+        ticker.start();
+
+        QSignalSpy finished(&m_rig->controller(), &MediaController::seekFinished);
+        QElapsedTimer clock;
+        clock.start();
+        m_rig->controller().enqueueSeek(10);
+        QTRY_VERIFY(m_rig->players().waitForCallsInProgress(1, 0));
+        // Well inside the hung call, the GUI thread still runs its timers...
+        QTRY_VERIFY(ticks >= 20);
+        QVERIFY(m_rig->players().waitForCallsInProgress(1, 0));
+        QCOMPARE(finished.size(), 0);
+        // ...and takes new requests at once.
+        m_rig->controller().enqueueSeek(-10);
+        QTRY_COMPARE_WITH_TIMEOUT(finished.size(), 2, 20000);
+        QVERIFY(clock.elapsed() >= 2900);
+        QCOMPARE(m_rig->controller().lastSuccessfulApp(),
+                 std::optional<MediaApp>(MediaApp::appleMusic));
+        QCOMPARE(tried(), QStringList({spotify, music, music}));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestMediaController)
+#include "tst_mediacontroller.moc"

@@ -1,0 +1,246 @@
+#include "support/ControllerRig.h"
+
+#include <QElapsedTimer>
+#include <QSignalSpy>
+#include <QtTest>
+
+namespace {
+
+using Call = FakePlayers::Call;
+
+// When a value changed, by the controller's own signal, on one clock.
+class ChangeLog {
+public:
+    template <class Signal>
+    ChangeLog(MediaController& controller, Signal signal) {
+        m_clock.start();
+        QObject::connect(&controller, signal, &controller,
+                         [this] { m_times << m_clock.elapsed(); });
+    }
+    qsizetype count() const { return m_times.size(); }
+    qint64 at(qsizetype i) const { return m_times.at(i); }
+    qint64 now() const { return m_clock.elapsed(); }
+
+private:
+    QElapsedTimer m_clock;
+    QList<qint64> m_times;
+};
+
+} // namespace
+
+// Timers are checked by what happens and in which order; the only timing asserted is that
+// nothing expires early, which holds however loaded the machine is.
+class TestMediaFeedback : public QObject {
+    Q_OBJECT
+
+private:
+    std::unique_ptr<ControllerRig> m_rig;
+
+    MediaController& controller() { return m_rig->controller(); }
+
+private slots:
+    void init() {
+        m_rig = std::make_unique<ControllerRig>();
+        m_rig->start({QStringLiteral("Spotify"), QStringLiteral("Music")});
+    }
+    void cleanup() { m_rig.reset(); }
+
+    void eachSuccessRestartsTheFeedbackTime() {
+        m_rig->settings().setFeedbackDuration(0.3);
+        ChangeLog changes(controller(), &MediaController::seekFeedbackChanged);
+        controller().showFeedback(MediaApp::spotify, FeedbackKind::forward);
+        const SeekFeedback first = *controller().seekFeedback();
+        QTest::qWait(120);
+        controller().showFeedback(MediaApp::spotify, FeedbackKind::forward);
+        const qint64 second = changes.now();
+        const SeekFeedback again = *controller().seekFeedback();
+        // Two equal actions are still two values.
+        QCOMPARE(again.app, first.app);
+        QCOMPARE(again.kind, first.kind);
+        QVERIFY(again.id != first.id);
+        QVERIFY(!again.id.isNull());
+
+        QTRY_COMPARE(changes.count(), 3);
+        QCOMPARE(controller().seekFeedback(), std::nullopt);
+        // Cleared once, by the newer timer: not before its full time after the second.
+        QVERIFY2(changes.at(2) - second >= 295,
+                 qPrintable(QString::number(changes.at(2) - second)));
+        QTest::qWait(400);
+        QCOMPARE(changes.count(), 3);
+    }
+
+    void theFeedbackTimeFollowsTheSetting() {
+        m_rig->settings().setFeedbackDuration(0.1);
+        ChangeLog changes(controller(), &MediaController::seekFeedbackChanged);
+        controller().showFeedback(MediaApp::appleMusic, FeedbackKind::backward);
+        QTRY_COMPARE(changes.count(), 2);
+        QVERIFY(changes.at(1) - changes.at(0) >= 95);
+
+        m_rig->settings().setFeedbackDuration(0.7);
+        const qint64 shown = changes.now();
+        controller().showFeedback(MediaApp::appleMusic, FeedbackKind::backward);
+        QTest::qWait(300);
+        QVERIFY(controller().seekFeedback().has_value()); // the old 0.1 s no longer applies
+        QTRY_COMPARE(changes.count(), 4);
+        QVERIFY(changes.at(3) - shown >= 695);
+    }
+
+    void aSuccessHidesAProblemAtOnce() {
+        controller().showStatus(QStringLiteral("No media apps running"));
+        QSignalSpy status(&controller(), &MediaController::statusMessageChanged);
+        controller().showFeedback(MediaApp::spotify, FeedbackKind::playPause);
+        QCOMPARE(status.size(), 1);
+        QCOMPARE(controller().statusMessage(), std::nullopt);
+    }
+
+    void aRepeatedProblemStaysFiveSecondsAfterTheLast() {
+        ChangeLog changes(controller(), &MediaController::statusMessageChanged);
+        const QString text = QStringLiteral("YouTube (Chrome) returned an error");
+        controller().showStatus(text);
+        QTest::qWait(1500);
+        controller().showStatus(text);
+        const qint64 second = changes.now();
+        QCOMPARE(changes.count(), 1); // the same text is not published again
+        QTRY_COMPARE_WITH_TIMEOUT(changes.count(), 2, 15000);
+        QCOMPARE(controller().statusMessage(), std::nullopt);
+        QVERIFY2(changes.at(1) - second >= 4995,
+                 qPrintable(QString::number(changes.at(1) - second)));
+    }
+
+    // The timer of an older problem never clears a newer one.
+    void aNewProblemReplacesTheOld() {
+        ChangeLog changes(controller(), &MediaController::statusMessageChanged);
+        controller().showStatus(QStringLiteral("No media apps running"));
+        controller().showStatus(QStringLiteral("Spotify returned an error"));
+        QCOMPARE(changes.count(), 2);
+        QCOMPARE(controller().statusMessage(),
+                 std::optional<QString>(QStringLiteral("Spotify returned an error")));
+        QTRY_COMPARE_WITH_TIMEOUT(changes.count(), 3, 15000);
+        QVERIFY(changes.at(2) - changes.at(1) >= 4995);
+    }
+
+    void titleAndArtistAreSplitAtTheFirstDash() {
+        m_rig->players().setNowPlayingText(MediaApp::spotify,
+                                           QStringLiteral("Intro - Live - Band"));
+        QSignalSpy changed(&controller(), &MediaController::nowPlayingChanged);
+        controller().pollNowPlaying();
+        QTRY_COMPARE(changed.size(), 1);
+        QCOMPARE(controller().nowPlaying(),
+                 std::optional<NowPlaying>(
+                     {QStringLiteral("Intro"), QStringLiteral("Live - Band"), MediaApp::spotify}));
+    }
+
+    void splitRule_data() {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QString>("artist");
+        QTest::newRow("song - band") << "Song - Band"
+                                     << "Song"
+                                     << "Band";
+        QTest::newRow("no separator") << "Just a title"
+                                      << "Just a title"
+                                      << "";
+        QTest::newRow("hyphen only") << "Song-Band"
+                                     << "Song-Band"
+                                     << "";
+        QTest::newRow("empty artist") << "Song - "
+                                      << "Song - "
+                                      << "";
+        QTest::newRow("empty title") << " - Band"
+                                     << " - Band"
+                                     << "";
+        QTest::newRow("only separator") << " - "
+                                        << " - "
+                                        << "";
+        QTest::newRow("two dashes") << "A - B - C"
+                                    << "A"
+                                    << "B - C";
+        QTest::newRow("spaces kept") << "  A  -  B "
+                                     << "  A "
+                                     << " B ";
+    }
+    void splitRule() {
+        QFETCH(QString, text);
+        QFETCH(QString, title);
+        QFETCH(QString, artist);
+        const NowPlaying nowPlaying = NowPlaying::fromText(MediaApp::chromeYouTube, text);
+        QCOMPARE(nowPlaying.title, title);
+        QCOMPARE(nowPlaying.artist, artist);
+        QCOMPARE(nowPlaying.app, MediaApp(MediaApp::chromeYouTube));
+    }
+
+    void theFirstPlayingAppInOrderIsShown() {
+        m_rig->players().setNowPlayingText(MediaApp::spotify, QString()); // nothing playing
+        m_rig->players().setNowPlayingText(MediaApp::appleMusic, QStringLiteral("Blue - Joni"));
+        m_rig->running().launch(QStringLiteral("Safari"));
+        QSignalSpy changed(&controller(), &MediaController::nowPlayingChanged);
+        controller().pollNowPlaying();
+        QTRY_COMPARE(changed.size(), 1);
+        QCOMPARE(controller().nowPlaying()->app, MediaApp(MediaApp::appleMusic));
+        // Asked in order, stopping at the first that plays.
+        QCOMPARE(m_rig->players().subjects(Call::nowPlaying),
+                 QStringList({QStringLiteral("spotify"), QStringLiteral("appleMusic")}));
+    }
+
+    void nothingPlayingClearsTheLineAtTheNextPoll() {
+        m_rig->players().setNowPlayingText(MediaApp::spotify, QStringLiteral("Intro - Band"));
+        QSignalSpy changed(&controller(), &MediaController::nowPlayingChanged);
+        controller().pollNowPlaying();
+        QTRY_COMPARE(changed.size(), 1);
+        m_rig->players().setNowPlayingText(MediaApp::spotify, std::nullopt);
+        controller().pollNowPlaying();
+        QTRY_COMPARE(changed.size(), 2);
+        QCOMPARE(controller().nowPlaying(), std::nullopt);
+    }
+
+    // A player that hangs costs its own time-out and the next one is asked.
+    void aHungPlayerYieldsNothing() {
+        m_rig->players().hang(MediaApp::spotify);
+        m_rig->players().setNowPlayingText(MediaApp::appleMusic, QStringLiteral("Blue - Joni"));
+        QSignalSpy changed(&controller(), &MediaController::nowPlayingChanged);
+        QElapsedTimer clock;
+        clock.start();
+        controller().pollNowPlaying();
+        QTRY_COMPARE_WITH_TIMEOUT(changed.size(), 1, 15000);
+        QVERIFY(clock.elapsed() >= 1995); // the now-playing time-out is two seconds
+        QCOMPARE(controller().nowPlaying()->title, QStringLiteral("Blue"));
+    }
+
+    void pollingStartsAtOnceAndStopsWithThePanel() {
+        QVERIFY(!controller().isPollingNowPlaying());
+        controller().startNowPlayingPolling();
+        QVERIFY(controller().isPollingNowPlaying());
+        QTRY_COMPARE(m_rig->players().subjects(Call::nowPlaying).size(), 2);
+        // The next poll is ten seconds away.
+        QTest::qWait(500);
+        QCOMPARE(m_rig->players().subjects(Call::nowPlaying).size(), 2);
+        controller().stopNowPlayingPolling();
+        QVERIFY(!controller().isPollingNowPlaying());
+        // Starting again polls at once again.
+        controller().startNowPlayingPolling();
+        QTRY_COMPARE(m_rig->players().subjects(Call::nowPlaying).size(), 4);
+        controller().stopNowPlayingPolling();
+    }
+
+    void theLastValueStaysAfterPollingStops() {
+        m_rig->players().setNowPlayingText(MediaApp::spotify, QStringLiteral("Intro - Band"));
+        QSignalSpy changed(&controller(), &MediaController::nowPlayingChanged);
+        controller().startNowPlayingPolling();
+        QTRY_COMPARE(changed.size(), 1);
+        controller().stopNowPlayingPolling();
+        QCOMPARE(controller().nowPlaying()->title, QStringLiteral("Intro"));
+    }
+
+    void noRunningPlayerMeansNothingPlaying() {
+        m_rig->running().quit(QStringLiteral("Spotify"));
+        m_rig->running().quit(QStringLiteral("Music"));
+        controller().pollNowPlaying();
+        QSignalSpy changed(&controller(), &MediaController::nowPlayingChanged);
+        QTest::qWait(100);
+        QCOMPARE(controller().nowPlaying(), std::nullopt);
+        QVERIFY(m_rig->players().subjects(Call::nowPlaying).isEmpty());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestMediaFeedback)
+#include "tst_mediafeedback.moc"
