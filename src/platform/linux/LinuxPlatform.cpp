@@ -1,22 +1,14 @@
+#include "MprisPlayerControl.h"
+#include "MprisPlayerRegistry.h"
+#include "MprisRunningApps.h"
 #include "XdgAutostartLoginItem.h"
 #include "platform/IniSettings.h"
 #include "platform/Platform.h"
-#include "services/ScriptedPlayerControl.h"
 
 #include <QCoreApplication>
 #include <QStandardPaths>
 
 #include <xcb/xcb.h>
-
-namespace {
-
-// Media players are not followed here yet: none is ever seen running.
-class NoRunningApps : public RunningApps {
-public:
-    QSet<QString> runningNames() const override { return {}; }
-};
-
-} // namespace
 
 namespace Platform {
 
@@ -34,11 +26,11 @@ std::unique_ptr<LoginItem> createLoginItem() {
 }
 
 std::shared_ptr<PlayerControl> createPlayerControl() {
-    return std::make_shared<ScriptedPlayerControl>();
+    return std::make_shared<MprisPlayerControl>(MprisPlayerRegistry::shared());
 }
 
 std::unique_ptr<RunningApps> createRunningApps() {
-    return std::make_unique<NoRunningApps>();
+    return std::make_unique<MprisRunningApps>(MprisPlayerRegistry::shared());
 }
 
 bool accessibilityTrusted() {

@@ -1,0 +1,167 @@
+#include "MprisClient.h"
+
+#include <QDBusArgument>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDBusVariant>
+#include <QDeadlineTimer>
+#include <QRegularExpression>
+#include <QVariantMap>
+
+#include <algorithm>
+#include <cmath>
+
+namespace MprisClient {
+namespace {
+
+const QString objectPath = QStringLiteral("/org/mpris/MediaPlayer2");
+const QString playerInterface = QStringLiteral("org.mpris.MediaPlayer2.Player");
+// The MPRIS way of saying there is no track.
+const QString noTrack = QStringLiteral("/org/mpris/MediaPlayer2/TrackList/NoTrack");
+
+QVariant unwrap(const QVariant& value) {
+    if (value.canConvert<QDBusVariant>() && value.userType() == qMetaTypeId<QDBusVariant>()) {
+        return value.value<QDBusVariant>().variant();
+    }
+    return value;
+}
+
+QVariantMap toMap(const QVariant& value) {
+    const QVariant plain = unwrap(value);
+    if (plain.userType() == qMetaTypeId<QDBusArgument>()) {
+        return qdbus_cast<QVariantMap>(plain.value<QDBusArgument>());
+    }
+    return plain.toMap();
+}
+
+// Integers come typed x or t (and from careless players as i or u).
+std::optional<qint64> toInteger(const QVariant& value) {
+    const QVariant plain = unwrap(value);
+    switch (plain.metaType().id()) {
+    case QMetaType::LongLong:
+    case QMetaType::Int:
+        return plain.toLongLong();
+    case QMetaType::ULongLong:
+    case QMetaType::UInt:
+        return static_cast<qint64>(std::min<qulonglong>(plain.toULongLong(), LLONG_MAX));
+    case QMetaType::Double:
+        return static_cast<qint64>(plain.toDouble());
+    default:
+        return std::nullopt;
+    }
+}
+
+std::optional<QString> toTrackId(const QVariant& value) {
+    const QVariant plain = unwrap(value);
+    if (plain.userType() == qMetaTypeId<QDBusObjectPath>()) {
+        return plain.value<QDBusObjectPath>().path();
+    }
+    if (plain.metaType().id() == QMetaType::QString) {
+        return plain.toString();
+    }
+    return std::nullopt;
+}
+
+QStringList toStrings(const QVariant& value) {
+    const QVariant plain = unwrap(value);
+    if (plain.userType() == qMetaTypeId<QDBusArgument>()) {
+        return qdbus_cast<QStringList>(plain.value<QDBusArgument>());
+    }
+    if (plain.metaType().id() == QMetaType::QString) {
+        return {plain.toString()};
+    }
+    return plain.toStringList();
+}
+
+// SetPosition takes the track as an object path; a track id that is not one cannot be used.
+bool isObjectPath(const QString& text) {
+    static const QRegularExpression path(QStringLiteral("^(/|(/[A-Za-z0-9_]+)+)$"));
+    return path.match(text).hasMatch();
+}
+
+int remaining(const QDeadlineTimer& deadline) {
+    return static_cast<int>(std::max<qint64>(1, deadline.remainingTime()));
+}
+
+bool succeeded(const QDBusMessage& reply) {
+    return reply.type() == QDBusMessage::ReplyMessage;
+}
+
+} // namespace
+
+std::optional<State> readState(const QDBusConnection& bus, const QString& service, int timeoutMs) {
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        service, objectPath, QStringLiteral("org.freedesktop.DBus.Properties"),
+        QStringLiteral("GetAll"));
+    call << playerInterface;
+    const QDBusMessage reply = bus.call(call, QDBus::Block, timeoutMs);
+    if (!succeeded(reply) || reply.arguments().isEmpty()) {
+        return std::nullopt;
+    }
+    const QVariantMap properties = toMap(reply.arguments().constFirst());
+    const QVariantMap metadata = toMap(properties.value(QStringLiteral("Metadata")));
+    State state;
+    state.playbackStatus = unwrap(properties.value(QStringLiteral("PlaybackStatus"))).toString();
+    state.positionUs = toInteger(properties.value(QStringLiteral("Position")));
+    state.trackId = toTrackId(metadata.value(QStringLiteral("mpris:trackid")));
+    state.lengthUs = toInteger(metadata.value(QStringLiteral("mpris:length")));
+    state.title = unwrap(metadata.value(QStringLiteral("xesam:title"))).toString();
+    state.artists = toStrings(metadata.value(QStringLiteral("xesam:artist")));
+    state.artists.removeAll(QString());
+    return state;
+}
+
+SeekResult seekIfPlaying(const QDBusConnection& bus, const QString& service, double seconds,
+                         int timeoutMs) {
+    const QDeadlineTimer deadline(timeoutMs);
+    const std::optional<State> state = readState(bus, service, timeoutMs);
+    if (!state) {
+        return SeekResult::error;
+    }
+    return seekFrom(bus, service, *state, seconds, remaining(deadline));
+}
+
+SeekResult seekFrom(const QDBusConnection& bus, const QString& service, const State& state,
+                    double seconds, int timeoutMs) {
+    if (!state.isPlaying()) {
+        return SeekResult::notPlaying;
+    }
+    const auto delta = static_cast<qint64>(std::llround(seconds * 1e6));
+    const bool knowsTrack = state.trackId && *state.trackId != noTrack &&
+                            isObjectPath(*state.trackId) && state.lengthUs && *state.lengthUs > 0 &&
+                            state.positionUs;
+    QDBusMessage call;
+    if (knowsTrack) {
+        // Kept between the start and the end of the track, as the other players' scripts do.
+        const qint64 target = std::clamp<qint64>(*state.positionUs + delta, 0, *state.lengthUs);
+        call = QDBusMessage::createMethodCall(service, objectPath, playerInterface,
+                                              QStringLiteral("SetPosition"));
+        call << QVariant::fromValue(QDBusObjectPath(*state.trackId))
+             << QVariant::fromValue<qlonglong>(target);
+    } else {
+        call = QDBusMessage::createMethodCall(service, objectPath, playerInterface,
+                                              QStringLiteral("Seek"));
+        call << QVariant::fromValue<qlonglong>(delta);
+    }
+    return succeeded(bus.call(call, QDBus::Block, timeoutMs)) ? SeekResult::seeked
+                                                              : SeekResult::error;
+}
+
+SeekResult playPause(const QDBusConnection& bus, const QString& service, int timeoutMs) {
+    const QDBusMessage call = QDBusMessage::createMethodCall(service, objectPath, playerInterface,
+                                                             QStringLiteral("PlayPause"));
+    return succeeded(bus.call(call, QDBus::Block, timeoutMs)) ? SeekResult::seeked
+                                                              : SeekResult::error;
+}
+
+QString nowPlayingText(const State& state) {
+    if (!state.isPlaying() || state.title.isEmpty()) {
+        return {};
+    }
+    if (state.artists.isEmpty()) {
+        return state.title;
+    }
+    return state.title + QStringLiteral(" - ") + state.artists.join(QStringLiteral(", "));
+}
+
+} // namespace MprisClient

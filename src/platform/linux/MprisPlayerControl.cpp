@@ -1,0 +1,107 @@
+#include "MprisPlayerControl.h"
+
+#include "MprisClient.h"
+#include "MprisPlayerRegistry.h"
+
+#include <QDeadlineTimer>
+
+#include <cmath>
+
+namespace {
+
+int milliseconds(double seconds) {
+    return seconds > 0 ? static_cast<int>(std::ceil(std::min(seconds, 86400.0) * 1000)) : 1;
+}
+
+int remaining(const QDeadlineTimer& deadline) {
+    return static_cast<int>(std::max<qint64>(1, deadline.remainingTime()));
+}
+
+std::optional<MediaApp> appNamed(const QString& processName) {
+    for (const MediaApp app : MediaApp::allCases()) {
+        if (app.processName() == processName) {
+            return app;
+        }
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+MprisPlayerControl::MprisPlayerControl(MprisPlayerRegistry& registry)
+    : m_registry(registry) {}
+
+PlayerControl::SeekAnswer MprisPlayerControl::seekIfPlaying(MediaApp app, double seconds,
+                                                            double timeout) {
+    const QDeadlineTimer deadline(milliseconds(timeout));
+    bool failed = false;
+    for (const QString& player : m_registry.playersOf(app)) {
+        const std::optional<MprisClient::State> state =
+            MprisClient::readState(m_registry.bus(), player, remaining(deadline));
+        if (!state) {
+            failed = true;
+            continue;
+        }
+        if (state->isPlaying()) {
+            m_registry.markActive(player);
+            return {MprisClient::seekFrom(m_registry.bus(), player, *state, seconds,
+                                          remaining(deadline))};
+        }
+    }
+    return {failed ? SeekResult::error : SeekResult::notPlaying};
+}
+
+SeekResult MprisPlayerControl::playPause(MediaApp app, double timeout) {
+    const QDeadlineTimer deadline(milliseconds(timeout));
+    const QStringList players = m_registry.playersOf(app);
+    if (players.isEmpty()) {
+        return SeekResult::error;
+    }
+    QString target = players.constFirst(); // the most recently active, unless one plays
+    if (players.size() > 1) {
+        for (const QString& player : players) {
+            const auto state =
+                MprisClient::readState(m_registry.bus(), player, remaining(deadline));
+            if (state && state->isPlaying()) {
+                target = player;
+                break;
+            }
+        }
+    }
+    m_registry.markActive(target);
+    return MprisClient::playPause(m_registry.bus(), target, remaining(deadline));
+}
+
+std::optional<QString> MprisPlayerControl::nowPlayingText(MediaApp app, double timeout) {
+    const QDeadlineTimer deadline(milliseconds(timeout));
+    for (const QString& player : m_registry.playersOf(app)) {
+        const auto state = MprisClient::readState(m_registry.bus(), player, remaining(deadline));
+        if (state && state->isPlaying()) {
+            return MprisClient::nowPlayingText(*state);
+        }
+    }
+    return QString();
+}
+
+PermissionStatus MprisPlayerControl::probe(const PermissionItem& item, double timeout) {
+    const std::optional<MediaApp> app = appNamed(item.processName);
+    if (!app) {
+        return PermissionStatus::unknown;
+    }
+    const QStringList players = m_registry.playersOf(*app);
+    switch (item.kind) {
+    case PermissionItem::Kind::automation:
+        if (!players.isEmpty() &&
+            MprisClient::readState(m_registry.bus(), players.constFirst(), milliseconds(timeout))) {
+            return PermissionStatus::granted;
+        }
+        return PermissionStatus::unknown;
+    case PermissionItem::Kind::chromeJS:
+        return players.isEmpty() ? PermissionStatus::unknown : PermissionStatus::granted;
+    case PermissionItem::Kind::accessibility:
+        break;
+    }
+    return PermissionStatus::unknown;
+}
+
+void MprisPlayerControl::warmSeek(double /*seconds*/) {}

@@ -1,0 +1,24 @@
+#pragma once
+
+#include "platform/PlayerControl.h"
+
+class MprisPlayerRegistry;
+
+// Drives the media apps' MPRIS players. Where an app has several players (two Chrome-family
+// browsers), the playing one is used, else the most recently active.
+class MprisPlayerControl : public PlayerControl {
+public:
+    explicit MprisPlayerControl(MprisPlayerRegistry& registry);
+
+    SeekAnswer seekIfPlaying(MediaApp app, double seconds, double timeout) override;
+    SeekResult playPause(MediaApp app, double timeout) override;
+    std::optional<QString> nowPlayingText(MediaApp app, double timeout) override;
+    // Automation: the app's player answers a property read in time. Chrome's JavaScript: Chrome
+    // has a player at all (without one its media integration is off).
+    PermissionStatus probe(const PermissionItem& item, double timeout) override;
+    // Nothing to prepare: there are no scripts to build.
+    void warmSeek(double seconds) override;
+
+private:
+    MprisPlayerRegistry& m_registry;
+};

@@ -1,0 +1,181 @@
+#include "MprisPlayerRegistry.h"
+
+#include "utilities/Logger.h"
+
+#include <QDBusConnectionInterface>
+#include <QDBusMessage>
+#include <QFileInfo>
+#include <QSet>
+
+#include <algorithm>
+
+namespace {
+
+// The programs of Google Chrome and Chromium as their packages install them.
+const QSet<QString> chromeExecutables = {
+    QStringLiteral("chrome"),
+    QStringLiteral("chromium"),
+    QStringLiteral("chromium-browser"),
+    QStringLiteral("google-chrome"),
+    QStringLiteral("google-chrome-stable"),
+    QStringLiteral("google-chrome-beta"),
+    QStringLiteral("google-chrome-unstable"),
+};
+
+} // namespace
+
+MprisPlayerRegistry& MprisPlayerRegistry::shared() {
+    static auto* registry = new MprisPlayerRegistry(QDBusConnection::sessionBus());
+    return *registry;
+}
+
+MprisPlayerRegistry::MprisPlayerRegistry(QDBusConnection bus, QObject* parent)
+    : QObject(parent)
+    , m_bus(std::move(bus)) {
+    if (!m_bus.isConnected()) {
+        qCCritical(Log::general(), "No D-Bus session bus, so no media player can be reached: %s",
+                   qUtf8Printable(m_bus.lastError().message()));
+        return;
+    }
+    m_bus.connect(QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+                  QStringLiteral("org.freedesktop.DBus"), QStringLiteral("NameOwnerChanged"), this,
+                  SLOT(nameOwnerChanged(QString, QString, QString)));
+    m_bus.connect(QString(), QStringLiteral("/org/mpris/MediaPlayer2"),
+                  QStringLiteral("org.freedesktop.DBus.Properties"),
+                  QStringLiteral("PropertiesChanged"), this,
+                  SLOT(propertiesChanged(QString, QVariantMap, QStringList, QDBusMessage)));
+    // Subscribed first, listed second: a player that appears in between is seen either way.
+    const QStringList names = m_bus.interface()->registeredServiceNames().value();
+    for (const QString& name : names) {
+        if (name.startsWith(namePrefix)) {
+            add(name, m_bus.interface()->serviceOwner(name).value());
+        }
+    }
+}
+
+std::optional<MediaApp> MprisPlayerRegistry::classify(const QString& busName,
+                                                      const QString& ownerExecutable) {
+    if (!busName.startsWith(namePrefix)) {
+        return std::nullopt;
+    }
+    const QString player = busName.mid(namePrefix.size());
+    const auto is = [&player](QLatin1String name) {
+        return player == name || player.startsWith(name + QLatin1Char('.'));
+    };
+    if (is(QLatin1String("spotify"))) {
+        return MediaApp::spotify;
+    }
+    if ((is(QLatin1String("chromium")) || is(QLatin1String("chrome"))) &&
+        chromeExecutables.contains(QFileInfo(ownerExecutable).fileName())) {
+        return MediaApp::chromeYouTube;
+    }
+    return std::nullopt;
+}
+
+QString MprisPlayerRegistry::executableOf(const QString& uniqueName) const {
+    const QDBusReply<uint> pid = m_bus.interface()->servicePid(uniqueName);
+    if (!pid.isValid()) {
+        return {};
+    }
+    return QFileInfo(QStringLiteral("/proc/%1/exe").arg(pid.value())).symLinkTarget();
+}
+
+void MprisPlayerRegistry::add(const QString& busName, const QString& owner) {
+    std::optional<MediaApp> app = classify(busName, QString());
+    if (!app && (busName.startsWith(namePrefix + QLatin1String("chrom")))) {
+        app = classify(busName, executableOf(owner));
+    }
+    if (!app) {
+        return;
+    }
+    QMutexLocker lock(&m_mutex);
+    const bool first = countOf(*app) == 0;
+    m_players.insert(busName, Player{*app, owner, ++m_activity});
+    lock.unlock();
+    if (first) {
+        emit appAppeared(*app);
+    }
+}
+
+void MprisPlayerRegistry::remove(const QString& busName) {
+    QMutexLocker lock(&m_mutex);
+    const auto found = m_players.constFind(busName);
+    if (found == m_players.cend()) {
+        return;
+    }
+    const MediaApp app = found->app;
+    m_players.erase(found);
+    const bool last = countOf(app) == 0;
+    lock.unlock();
+    if (last) {
+        emit appVanished(app);
+    }
+}
+
+int MprisPlayerRegistry::countOf(MediaApp app) const {
+    return static_cast<int>(std::count_if(m_players.cbegin(), m_players.cend(),
+                                          [app](const Player& p) { return p.app == app; }));
+}
+
+QStringList MprisPlayerRegistry::playersOf(MediaApp app) const {
+    QMutexLocker lock(&m_mutex);
+    QList<std::pair<quint64, QString>> found;
+    for (auto it = m_players.cbegin(); it != m_players.cend(); ++it) {
+        if (it->app == app) {
+            found.append({it->lastActive, it.key()});
+        }
+    }
+    std::sort(found.begin(), found.end(), std::greater<>());
+    QStringList names;
+    for (const auto& [active, name] : found) {
+        names << name;
+    }
+    return names;
+}
+
+QList<MediaApp> MprisPlayerRegistry::runningApps() const {
+    QMutexLocker lock(&m_mutex);
+    QList<MediaApp> apps;
+    for (const MediaApp app : MediaApp::allCases()) {
+        if (countOf(app) > 0) {
+            apps << app;
+        }
+    }
+    return apps;
+}
+
+void MprisPlayerRegistry::markActive(const QString& busName) {
+    QMutexLocker lock(&m_mutex);
+    if (auto found = m_players.find(busName); found != m_players.end()) {
+        found->lastActive = ++m_activity;
+    }
+}
+
+void MprisPlayerRegistry::nameOwnerChanged(const QString& name, const QString& oldOwner,
+                                           const QString& newOwner) {
+    if (!name.startsWith(namePrefix)) {
+        return;
+    }
+    if (!oldOwner.isEmpty()) {
+        remove(name);
+    }
+    if (!newOwner.isEmpty()) {
+        add(name, newOwner);
+    }
+}
+
+void MprisPlayerRegistry::propertiesChanged(const QString& interface, const QVariantMap& changed,
+                                            const QStringList& /*invalidated*/,
+                                            const QDBusMessage& message) {
+    if (interface != QLatin1String("org.mpris.MediaPlayer2.Player") ||
+        changed.value(QStringLiteral("PlaybackStatus")).toString() != QLatin1String("Playing")) {
+        return;
+    }
+    const QString sender = message.service();
+    QMutexLocker lock(&m_mutex);
+    for (auto it = m_players.begin(); it != m_players.end(); ++it) {
+        if (it->owner == sender) {
+            it->lastActive = ++m_activity;
+        }
+    }
+}

@@ -1,0 +1,69 @@
+#pragma once
+
+#include "models/MediaApp.h"
+
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QHash>
+#include <QMutex>
+#include <QObject>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+// Every MPRIS player on the session bus that stands for one of the media apps, followed live
+// as players come and go. Lives on the GUI thread; the queries may come from any thread.
+class MprisPlayerRegistry : public QObject {
+    Q_OBJECT
+
+public:
+    static constexpr QLatin1String namePrefix{"org.mpris.MediaPlayer2."};
+
+    // The registry of the session bus, made on first use (on the GUI thread).
+    static MprisPlayerRegistry& shared();
+
+    explicit MprisPlayerRegistry(QDBusConnection bus, QObject* parent = nullptr);
+
+    QDBusConnection bus() const { return m_bus; }
+
+    // The bus names of the app's players, the most recently active first.
+    QStringList playersOf(MediaApp app) const;
+    // The apps with at least one player now.
+    QList<MediaApp> runningApps() const;
+    // Notes that a player was just acted on or started playing.
+    void markActive(const QString& busName);
+
+    // Which app a player stands for: Spotify by its name; Chrome by its name and by the
+    // program that owns it, since Electron apps and other Chromium-based browsers take the
+    // same names. Absent for every other player.
+    static std::optional<MediaApp> classify(const QString& busName, const QString& ownerExecutable);
+    // The program a bus connection belongs to, by the process the bus knows for it.
+    QString executableOf(const QString& uniqueName) const;
+
+signals:
+    // An app got its first player, or lost its last one.
+    void appAppeared(MediaApp app);
+    void appVanished(MediaApp app);
+
+private slots:
+    void nameOwnerChanged(const QString& name, const QString& oldOwner, const QString& newOwner);
+    void propertiesChanged(const QString& interface, const QVariantMap& changed,
+                           const QStringList& invalidated, const QDBusMessage& message);
+
+private:
+    struct Player {
+        MediaApp app;
+        QString owner; // the unique connection name
+        quint64 lastActive = 0;
+    };
+
+    void add(const QString& busName, const QString& owner);
+    void remove(const QString& busName);
+    int countOf(MediaApp app) const; // with m_mutex held
+
+    QDBusConnection m_bus;
+    mutable QMutex m_mutex;
+    QHash<QString, Player> m_players;
+    quint64 m_activity = 0;
+};

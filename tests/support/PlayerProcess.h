@@ -1,0 +1,45 @@
+#pragma once
+
+#include <QProcess>
+#include <QString>
+#include <QStringList>
+#include <QTemporaryDir>
+
+#include <memory>
+
+// A real media player process on the session bus, started by a test: mpv with its MPRIS
+// plugin, or our fake player (optionally under another program name).
+class PlayerProcess {
+public:
+    // mpv playing `file` in a loop, without sound or picture.
+    static std::unique_ptr<PlayerProcess> mpv(const QString& file);
+    // The fake player with these arguments; `programName`, when given, is the name of the
+    // program file it runs as (a copy made for the purpose).
+    static std::unique_ptr<PlayerProcess> fake(const QStringList& arguments,
+                                               const QString& programName = QString());
+
+    ~PlayerProcess();
+    PlayerProcess(const PlayerProcess&) = delete;
+    PlayerProcess& operator=(const PlayerProcess&) = delete;
+
+    // Waits until the bus name is taken; false when the process died or time ran out.
+    bool waitForBusName(const QString& busName, int timeoutMs = 20000);
+    qint64 pid() const { return m_process.processId(); }
+
+    // The calls the fake player printed so far, one line each.
+    QStringList calls();
+
+    void stop();   // SIGSTOP: the process still owns its name but answers nothing
+    void resume(); // SIGCONT
+    void kill();   // SIGKILL, waited for
+
+    // A sine tone of `seconds`, made with ffmpeg once per test run.
+    static QString generatedAudio(int seconds = 60);
+
+private:
+    PlayerProcess() = default;
+
+    QProcess m_process;
+    QStringList m_lines;
+    std::unique_ptr<QTemporaryDir> m_programDir;
+};

@@ -1,0 +1,168 @@
+// A media player of our own on the session bus, for what no real player here does: Spotify's
+// ways (a track id typed as a string, a length typed t, a position that is never signalled)
+// and any bus name, owned by a process with any program name (copy this program to a file
+// named "chromium" and it passes for Chromium). Like Chromium's, its introspection is empty.
+//
+// Every call it takes is printed on standard output, one line each ("SetPosition /t 12000000",
+// "Seek -10000000", "PlayPause", "Get Position", "GetAll").
+#include <QCommandLineParser>
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusMessage>
+#include <QDBusObjectPath>
+#include <QDBusVariant>
+#include <QDBusVirtualObject>
+#include <QElapsedTimer>
+#include <QTextStream>
+
+#include <algorithm>
+#include <cstdio>
+
+namespace {
+
+const QString playerInterface = QStringLiteral("org.mpris.MediaPlayer2.Player");
+
+class FakePlayer : public QDBusVirtualObject {
+public:
+    QString busName;
+    QString trackId = QStringLiteral("/org/scrubline/track/1");
+    bool trackIdAsString = false;
+    bool lengthUnsigned = false;
+    qint64 lengthUs = 240'000'000;
+    QString title = QStringLiteral("Intro");
+    QStringList artists = {QStringLiteral("Band")};
+    bool silent = false;
+
+    void start(bool playing, qint64 positionUs) {
+        m_playing = playing;
+        m_baseUs = positionUs;
+        m_clock.start();
+    }
+
+    QString introspect(const QString&) const override { return {}; }
+
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
+        const QString member = message.member();
+        const QVariantList args = message.arguments();
+        QString line = member;
+        for (const QVariant& arg : args) {
+            line += QLatin1Char(' ') + (arg.userType() == qMetaTypeId<QDBusObjectPath>()
+                                            ? arg.value<QDBusObjectPath>().path()
+                                            : arg.toString());
+        }
+        std::printf("%s\n", qPrintable(line));
+        std::fflush(stdout);
+        if (silent) {
+            return true; // taken, never answered: the caller waits out its time-out
+        }
+        if (member == QLatin1String("Get") && args.size() == 2) {
+            const QVariantMap all = properties();
+            const QString name = args[1].toString();
+            if (!all.contains(name)) {
+                return bus.send(message.createErrorReply(
+                    QStringLiteral("org.freedesktop.DBus.Error.InvalidArgs"), name));
+            }
+            return bus.send(
+                message.createReply(QVariant::fromValue(QDBusVariant(all.value(name)))));
+        }
+        if (member == QLatin1String("GetAll")) {
+            return bus.send(message.createReply(properties()));
+        }
+        if (member == QLatin1String("PlayPause")) {
+            start(!m_playing, positionUs());
+            return bus.send(message.createReply());
+        }
+        if (member == QLatin1String("Seek") && args.size() == 1) {
+            start(m_playing, std::max<qint64>(0, positionUs() + args[0].toLongLong()));
+            return bus.send(message.createReply());
+        }
+        if (member == QLatin1String("SetPosition") && args.size() == 2) {
+            const qint64 target = args[1].toLongLong();
+            if (target >= 0 && target <= lengthUs) {
+                start(m_playing, target);
+            }
+            return bus.send(message.createReply());
+        }
+        return bus.send(message.createErrorReply(
+            QStringLiteral("org.freedesktop.DBus.Error.UnknownMethod"), member));
+    }
+
+private:
+    qint64 positionUs() const { return m_baseUs + (m_playing ? m_clock.nsecsElapsed() / 1000 : 0); }
+
+    QVariantMap properties() const {
+        QVariantMap metadata;
+        metadata.insert(QStringLiteral("mpris:trackid"),
+                        trackIdAsString ? QVariant(trackId)
+                                        : QVariant::fromValue(QDBusObjectPath(trackId)));
+        metadata.insert(QStringLiteral("mpris:length"),
+                        lengthUnsigned ? QVariant::fromValue<qulonglong>(lengthUs)
+                                       : QVariant::fromValue<qlonglong>(lengthUs));
+        metadata.insert(QStringLiteral("xesam:title"), title);
+        metadata.insert(QStringLiteral("xesam:artist"), artists);
+        return {
+            {QStringLiteral("PlaybackStatus"),
+             m_playing ? QStringLiteral("Playing") : QStringLiteral("Paused")},
+            {QStringLiteral("Metadata"), metadata},
+            {QStringLiteral("Position"), QVariant::fromValue<qlonglong>(positionUs())},
+            {QStringLiteral("CanSeek"), true},
+        };
+    }
+
+    bool m_playing = true;
+    qint64 m_baseUs = 0;
+    QElapsedTimer m_clock;
+};
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication app(argc, argv);
+    QCommandLineParser options;
+    options.addHelpOption();
+    options.addOptions({
+        {QStringLiteral("name"), QStringLiteral("Bus name after org.mpris.MediaPlayer2."),
+         QStringLiteral("name")},
+        {QStringLiteral("paused"), QStringLiteral("Start paused.")},
+        {QStringLiteral("position"), QStringLiteral("Start position in seconds."),
+         QStringLiteral("seconds"), QStringLiteral("0")},
+        {QStringLiteral("length"), QStringLiteral("Track length in seconds (0: unknown)."),
+         QStringLiteral("seconds"), QStringLiteral("240")},
+        {QStringLiteral("spotify"), QStringLiteral("Track id as a string, length typed t.")},
+        {QStringLiteral("track"), QStringLiteral("The track id."), QStringLiteral("id")},
+        {QStringLiteral("title"), QStringLiteral("Track title."), QStringLiteral("title")},
+        {QStringLiteral("artist"), QStringLiteral("An artist (repeatable)."),
+         QStringLiteral("artist")},
+        {QStringLiteral("silent"), QStringLiteral("Take calls but never answer them.")},
+    });
+    options.process(app);
+
+    FakePlayer player;
+    player.busName =
+        QStringLiteral("org.mpris.MediaPlayer2.") + options.value(QStringLiteral("name"));
+    player.trackIdAsString = player.lengthUnsigned = options.isSet(QStringLiteral("spotify"));
+    if (options.isSet(QStringLiteral("track"))) {
+        player.trackId = options.value(QStringLiteral("track"));
+    }
+    player.lengthUs = static_cast<qint64>(options.value(QStringLiteral("length")).toDouble() * 1e6);
+    if (options.isSet(QStringLiteral("title"))) {
+        player.title = options.value(QStringLiteral("title"));
+    }
+    if (options.isSet(QStringLiteral("artist"))) {
+        player.artists = options.values(QStringLiteral("artist"));
+    }
+    player.silent = options.isSet(QStringLiteral("silent"));
+    player.start(!options.isSet(QStringLiteral("paused")),
+                 static_cast<qint64>(options.value(QStringLiteral("position")).toDouble() * 1e6));
+
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (!bus.registerVirtualObject(QStringLiteral("/org/mpris/MediaPlayer2"), &player) ||
+        !bus.registerService(player.busName)) {
+        std::fprintf(stderr, "fake player: cannot take %s: %s\n", qPrintable(player.busName),
+                     qPrintable(bus.lastError().message()));
+        return 1;
+    }
+    std::printf("ready\n");
+    std::fflush(stdout);
+    return QCoreApplication::exec();
+}
