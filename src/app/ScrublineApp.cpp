@@ -1,6 +1,7 @@
 #include "ScrublineApp.h"
 
 #include "models/AppSettings.h"
+#include "services/MediaController.h"
 #include "utilities/Logger.h"
 #include "views/AlertBox.h"
 #include "views/Symbols.h"
@@ -11,6 +12,8 @@ ScrublineApp::ScrublineApp(QObject* parent)
     : QObject(parent) {
     // Loaded now rather than on first use, so a damaged settings file is reported at start.
     AppSettings::shared();
+    // Made now so that it follows the players from the start.
+    MediaController::shared();
     AlertBox::install();
 
     m_menu.addAction(QStringLiteral("Quit"), qApp, &QCoreApplication::quit);

@@ -96,6 +96,25 @@ private slots:
         QVERIFY2(error.startsWith(QStringLiteral("scrubline: ")), qPrintable(error));
         QVERIFY2(error.contains(named), qPrintable(error));
     }
+
+    // Players cannot be reached, which is said once; the program itself carries on.
+    void withoutASessionBusItKeepsRunning() {
+        QProcess app;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
+                           QStringLiteral("unix:path=/nonexistent/bus"));
+        app.setProcessEnvironment(environment);
+        app.start(binary, {});
+        QVERIFY(app.waitForStarted());
+        QByteArray error;
+        QTRY_VERIFY_WITH_TIMEOUT((error += app.readAllStandardError()).contains("No D-Bus"), 20000);
+        QTest::qWait(500);
+        error += app.readAllStandardError();
+        QCOMPARE(error.count("No D-Bus session bus, so no media player can be reached: "), 1);
+        QCOMPARE(app.state(), QProcess::Running);
+        app.terminate();
+        QVERIFY(app.waitForFinished(10000));
+    }
 };
 
 QTEST_GUILESS_MAIN(TestTrayApp)

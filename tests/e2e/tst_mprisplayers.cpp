@@ -1,0 +1,242 @@
+// Player discovery and control through the session bus: which players stand for which app,
+// running names as players come and go, and which of several players is acted on.
+#include "models/AppSettings.h"
+#include "platform/linux/MprisPlayerControl.h"
+#include "platform/linux/MprisPlayerRegistry.h"
+#include "platform/linux/MprisRunningApps.h"
+#include "services/MediaController.h"
+#include "support/PlayerProcess.h"
+#include "support/TempHome.h"
+#include "utilities/UserDefaults.h"
+
+#include <QDBusConnection>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QtTest>
+
+namespace {
+
+const QString prefix = QStringLiteral("org.mpris.MediaPlayer2.");
+
+// A fake player under a bus name and a program name.
+std::unique_ptr<PlayerProcess> player(const QString& name, const QString& program,
+                                      const QStringList& extra = {}) {
+    auto process =
+        PlayerProcess::fake(QStringList{QStringLiteral("--name"), name} + extra, program);
+    if (!process->waitForBusName(prefix + name)) {
+        qFatal("The fake player %s did not start", qPrintable(name));
+    }
+    return process;
+}
+
+QString chromium(qint64 pid) {
+    return QStringLiteral("chromium.instance%1").arg(pid);
+}
+
+} // namespace
+
+class TestMprisPlayers : public QObject {
+    Q_OBJECT
+
+private slots:
+    void classification_data() {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("program");
+        QTest::addColumn<int>("app"); // -1: not a media app
+        QTest::newRow("spotify") << "org.mpris.MediaPlayer2.spotify"
+                                 << "/usr/bin/spotify" << 0;
+        QTest::newRow("spotify instance") << "org.mpris.MediaPlayer2.spotify.instance7"
+                                          << "" << 0;
+        QTest::newRow("chromium") << "org.mpris.MediaPlayer2.chromium.instance42"
+                                  << "/usr/lib/chromium/chromium" << 2;
+        QTest::newRow("chrome") << "org.mpris.MediaPlayer2.chrome.instance42"
+                                << "/opt/google/chrome/chrome" << 2;
+        QTest::newRow("electron app") << "org.mpris.MediaPlayer2.chromium.instance42"
+                                      << "/usr/lib/slack/slack" << -1;
+        QTest::newRow("other browser") << "org.mpris.MediaPlayer2.chromium.instance42"
+                                       << "/opt/brave.com/brave/brave" << -1;
+        QTest::newRow("unknown owner") << "org.mpris.MediaPlayer2.chromium.instance42"
+                                       << "" << -1;
+        QTest::newRow("mpv") << "org.mpris.MediaPlayer2.mpv"
+                             << "/usr/bin/mpv" << -1;
+        QTest::newRow("spotifyd-like") << "org.mpris.MediaPlayer2.spotifyd"
+                                       << "" << -1;
+        QTest::newRow("not mpris") << "org.example.spotify"
+                                   << "" << -1;
+    }
+    void classification() {
+        QFETCH(QString, name);
+        QFETCH(QString, program);
+        QFETCH(int, app);
+        const std::optional<MediaApp> found = MprisPlayerRegistry::classify(name, program);
+        QCOMPARE(found.has_value(), app >= 0);
+        if (found) {
+            QCOMPARE(static_cast<int>(found->value()), app);
+        }
+    }
+
+    void playersAreFollowedAsTheyComeAndGo() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisRunningApps running(registry);
+        QSignalSpy launched(&running, &RunningApps::launched);
+        QSignalSpy terminated(&running, &RunningApps::terminated);
+        QVERIFY(running.runningNames().isEmpty());
+
+        auto spotify = player(QStringLiteral("spotify"), QString(), {QStringLiteral("--spotify")});
+        QTRY_COMPARE(launched.size(), 1);
+        QCOMPARE(launched[0][0].toString(), QStringLiteral("Spotify"));
+        QCOMPARE(running.runningNames(), QSet<QString>{QStringLiteral("Spotify")});
+        QCOMPARE(registry.playersOf(MediaApp::spotify), QStringList{prefix + "spotify"});
+
+        // Not media apps: never reported.
+        auto mpvLike = player(QStringLiteral("mpv"), QString());
+        auto electron = player(chromium(1), QStringLiteral("slack"));
+        QTest::qWait(300);
+        QCOMPARE(launched.size(), 1);
+
+        spotify->kill();
+        QTRY_COMPARE(terminated.size(), 1);
+        QCOMPARE(terminated[0][0].toString(), QStringLiteral("Spotify"));
+        QVERIFY(running.runningNames().isEmpty());
+    }
+
+    void playersAlreadyThereAreFound() {
+        auto spotify = player(QStringLiteral("spotify"), QString());
+        auto browser = player(chromium(2), QStringLiteral("chromium"));
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisRunningApps running(registry);
+        QCOMPARE(running.runningNames(),
+                 QSet<QString>({QStringLiteral("Spotify"), QStringLiteral("Google Chrome")}));
+    }
+
+    // Chrome stays running until its last player goes.
+    void twoChromeFamilyBrowsers() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisRunningApps running(registry);
+        QSignalSpy launched(&running, &RunningApps::launched);
+        QSignalSpy terminated(&running, &RunningApps::terminated);
+        auto first = player(chromium(3), QStringLiteral("chromium"));
+        auto second = player(QStringLiteral("chrome.instance4"), QStringLiteral("chrome"));
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 2);
+        QCOMPARE(launched.size(), 1);
+        first->kill();
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
+        QCOMPARE(terminated.size(), 0);
+        QCOMPARE(running.runningNames(), QSet<QString>{QStringLiteral("Google Chrome")});
+        second->kill();
+        QTRY_COMPARE(terminated.size(), 1);
+        QCOMPARE(terminated[0][0].toString(), QStringLiteral("Google Chrome"));
+    }
+
+    // Of two browsers, the one that plays is sought; play/pause goes to the most recently
+    // active when none plays.
+    void thePlayingPlayerIsActedOn() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto paused = player(chromium(5), QStringLiteral("chromium"), {QStringLiteral("--paused")});
+        auto playing = player(chromium(6), QStringLiteral("chromium"));
+        auto later = player(chromium(7), QStringLiteral("chromium"), {QStringLiteral("--paused")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 3);
+
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+                 SeekResult::seeked);
+        const auto seeks = [](PlayerProcess& p) {
+            return p.calls().filter(QStringLiteral("SetPosition")).size();
+        };
+        QCOMPARE(seeks(*playing), 1);
+        QCOMPARE(seeks(*paused) + seeks(*later), 0);
+
+        QCOMPARE(control.playPause(MediaApp::chromeYouTube, 3.0), SeekResult::seeked);
+        QVERIFY(playing->calls().contains(QStringLiteral("PlayPause")));
+        // Now none plays: the one acted on last is the most recently active.
+        QCOMPARE(control.playPause(MediaApp::chromeYouTube, 3.0), SeekResult::seeked);
+        QCOMPARE(playing->calls().filter(QStringLiteral("PlayPause")).size(), 2);
+        QVERIFY(!later->calls().contains(QStringLiteral("PlayPause")));
+    }
+
+    void nothingPlayingIsNotPlaying() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        QCOMPARE(control.seekIfPlaying(MediaApp::spotify, 10, 3.0).result, SeekResult::notPlaying);
+        auto paused = player(QStringLiteral("spotify"), QString(), {QStringLiteral("--paused")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::spotify).size(), 1);
+        QCOMPARE(control.seekIfPlaying(MediaApp::spotify, 10, 3.0).result, SeekResult::notPlaying);
+        QCOMPARE(control.nowPlayingText(MediaApp::spotify, 2.0), std::optional<QString>(QString()));
+        QCOMPARE(control.seekIfPlaying(MediaApp::spotify, 10, 3.0).javaScriptOff, false);
+    }
+
+    void nowPlayingOfThePlayingPlayer() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto spotify = player(QStringLiteral("spotify"), QString(),
+                              {QStringLiteral("--title"), QStringLiteral("Intro - Live"),
+                               QStringLiteral("--artist"), QStringLiteral("Band")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::spotify).size(), 1);
+        QCOMPARE(control.nowPlayingText(MediaApp::spotify, 2.0),
+                 std::optional<QString>(QStringLiteral("Intro - Live - Band")));
+    }
+
+    void probes() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        const QList<PermissionItem>& items = PermissionItem::all();
+        const PermissionItem& spotifyItem = items[0];
+        const PermissionItem& chromeItem = items[2];
+        const PermissionItem& chromeJS = items[3];
+        QCOMPARE(control.probe(spotifyItem, 3.0), PermissionStatus::unknown);
+        QCOMPARE(control.probe(chromeJS, 3.0), PermissionStatus::unknown);
+
+        auto browser = player(chromium(8), QStringLiteral("chromium"));
+        auto silent = player(QStringLiteral("spotify"), QString(), {QStringLiteral("--silent")});
+        QTRY_COMPARE(registry.runningApps().size(), 2);
+        QCOMPARE(control.probe(chromeItem, 3.0), PermissionStatus::granted);
+        QCOMPARE(control.probe(chromeJS, 3.0), PermissionStatus::granted);
+        // A player that does not answer in time tells nothing either way.
+        QCOMPARE(control.probe(spotifyItem, 0.3), PermissionStatus::unknown);
+        // Music and Safari have no players here.
+        QCOMPARE(control.probe(items[1], 3.0), PermissionStatus::unknown);
+        QCOMPARE(control.probe(items[4], 3.0), PermissionStatus::unknown);
+    }
+
+    // The whole path: a request through the controller reaches the playing player.
+    void aRequestReachesThePlayer() {
+        TempHome home;
+        AppSettings settings(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+            home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)));
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        auto spotify = player(QStringLiteral("spotify"), QString(), {QStringLiteral("--spotify")});
+        QTRY_COMPARE(registry.runningApps().size(), 1);
+        MediaController controller(std::make_shared<MprisPlayerControl>(registry),
+                                   std::make_unique<MprisRunningApps>(registry), settings);
+        QSignalSpy finished(&controller, &MediaController::seekFinished);
+        controller.enqueueSeek(-10);
+        QTRY_COMPARE(finished.size(), 1);
+        QCOMPARE(controller.seekFeedback()->app, MediaApp(MediaApp::spotify));
+        QCOMPARE(controller.seekFeedback()->kind, FeedbackKind::backward);
+        QCOMPARE(spotify->calls().filter(QStringLiteral("SetPosition")).size(), 1);
+    }
+
+    // Without a session bus nothing is running, and a request says so.
+    void withoutABus() {
+        TempHome home;
+        AppSettings settings(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+            home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)));
+        const QDBusConnection none = QDBusConnection::connectToBus(
+            QStringLiteral("unix:path=/nonexistent/bus"), QStringLiteral("nowhere"));
+        QVERIFY(!none.isConnected());
+        QTest::ignoreMessage(QtCriticalMsg,
+                             QRegularExpression(QStringLiteral(
+                                 "^No D-Bus session bus, so no media player can be reached: ")));
+        MprisPlayerRegistry registry(none);
+        MediaController controller(std::make_shared<MprisPlayerControl>(registry),
+                                   std::make_unique<MprisRunningApps>(registry), settings);
+        QSignalSpy finished(&controller, &MediaController::seekFinished);
+        controller.enqueueSeek(10);
+        QTRY_COMPARE(finished.size(), 1);
+        QCOMPARE(controller.statusMessage(),
+                 std::optional<QString>(QStringLiteral("No media apps running")));
+    }
+};
+
+QTEST_GUILESS_MAIN(TestMprisPlayers)
+#include "tst_mprisplayers.moc"
