@@ -1,0 +1,138 @@
+// YouTube in Chrome, played for real: Chromium under the test's X server plays an audible video
+// from a local page, and Scrubline finds, seeks and toggles it over MPRIS.
+#include "platform/linux/MprisClient.h"
+#include "platform/linux/MprisPlayerControl.h"
+#include "platform/linux/MprisPlayerRegistry.h"
+#include "platform/linux/MprisRunningApps.h"
+#include "support/ChromiumPage.h"
+
+#include <QDBusConnection>
+#include <QSignalSpy>
+#include <QtTest>
+
+namespace {
+
+QDBusConnection bus() {
+    return QDBusConnection::sessionBus();
+}
+
+} // namespace
+
+class TestChromium : public QObject {
+    Q_OBJECT
+
+private:
+    std::unique_ptr<ChromiumPage> m_page;
+    std::unique_ptr<MprisPlayerRegistry> m_registry;
+    std::unique_ptr<MprisPlayerControl> m_control;
+    int m_seeked = 0;
+
+    double position() {
+        const auto state = MprisClient::readState(bus(), m_page->busName(), 3000);
+        return state && state->positionUs ? static_cast<double>(*state->positionUs) / 1e6 : -1;
+    }
+
+    // Seeks through the control and waits for the player's own word that it did.
+    double seekAndSettle(double seconds) {
+        const int before = m_seeked;
+        const PlayerControl::SeekAnswer answer =
+            m_control->seekIfPlaying(MediaApp::chromeYouTube, seconds, 3.0);
+        if (answer.result != SeekResult::seeked) {
+            return -100;
+        }
+        if (!QTest::qWaitFor([this, before] { return m_seeked > before; }, 20000)) {
+            return -200;
+        }
+        return position();
+    }
+
+private slots:
+    // One browser for all: each start costs seconds. The tests run in this order, the ones
+    // that end the video or the browser last.
+    void initTestCase() {
+        m_page = std::make_unique<ChromiumPage>();
+        QString problem;
+        QVERIFY2(m_page->start(&problem), qPrintable(problem));
+        QVERIFY2(m_page->waitUntilPlaying(), "Chromium published no playing player");
+        m_registry = std::make_unique<MprisPlayerRegistry>(bus());
+        m_control = std::make_unique<MprisPlayerControl>(*m_registry);
+        QTRY_COMPARE(m_registry->playersOf(MediaApp::chromeYouTube),
+                     QStringList{m_page->busName()});
+        m_seeked = 0;
+        bus().connect(m_page->busName(), QStringLiteral("/org/mpris/MediaPlayer2"),
+                      QStringLiteral("org.mpris.MediaPlayer2.Player"), QStringLiteral("Seeked"),
+                      this, SLOT(onSeeked()));
+    }
+
+    void cleanupTestCase() {
+        m_control.reset();
+        m_registry.reset();
+        m_page.reset();
+    }
+
+    void seeksForwardAndBack() {
+        QTRY_VERIFY_WITH_TIMEOUT(position() > 1, 20000);
+        const double start = position();
+        QElapsedTimer clock;
+        clock.start();
+        const double ahead = seekAndSettle(10);
+        QVERIFY2(ahead >= start + 9.5 && ahead <= start + 10.5 + clock.elapsed() / 1000.0,
+                 qPrintable(QStringLiteral("%1 -> %2").arg(start).arg(ahead)));
+        clock.restart();
+        const double back = seekAndSettle(-5);
+        QVERIFY2(back >= ahead - 5.5 && back <= ahead - 4.5 + clock.elapsed() / 1000.0,
+                 qPrintable(QStringLiteral("%1 -> %2").arg(ahead).arg(back)));
+    }
+
+    void clampsAtTheStart() {
+        QElapsedTimer clock;
+        clock.start();
+        const double at = seekAndSettle(-1000);
+        QVERIFY2(at >= 0 && at <= 0.5 + clock.elapsed() / 1000.0, qPrintable(QString::number(at)));
+    }
+
+    void togglesPlayPause() {
+        QCOMPARE(m_control->playPause(MediaApp::chromeYouTube, 3.0), SeekResult::seeked);
+        QTRY_COMPARE(MprisClient::readState(bus(), m_page->busName(), 3000)->playbackStatus,
+                     QStringLiteral("Paused"));
+        QCOMPARE(m_control->seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+                 SeekResult::notPlaying);
+        QCOMPARE(m_control->nowPlayingText(MediaApp::chromeYouTube, 2.0),
+                 std::optional<QString>(QString()));
+        QCOMPARE(m_control->playPause(MediaApp::chromeYouTube, 3.0), SeekResult::seeked);
+        QTRY_VERIFY(MprisClient::readState(bus(), m_page->busName(), 3000)->isPlaying());
+    }
+
+    void tellsWhatIsPlaying() {
+        QCOMPARE(m_control->nowPlayingText(MediaApp::chromeYouTube, 2.0),
+                 std::optional<QString>(QStringLiteral("%1 - %2").arg(
+                     QLatin1String(ChromiumPage::title), QLatin1String(ChromiumPage::artist))));
+    }
+
+    void probesAnswer() {
+        QCOMPARE(m_control->probe(PermissionItem::all()[2], 3.0), PermissionStatus::granted);
+        QCOMPARE(m_control->probe(PermissionItem::all()[3], 3.0), PermissionStatus::granted);
+    }
+
+    void clampsAtTheEnd() {
+        const double at = seekAndSettle(1000);
+        QVERIFY2(at >= ChromiumPage::videoSeconds - 1 && at <= ChromiumPage::videoSeconds + 0.5,
+                 qPrintable(QString::number(at)));
+    }
+
+    void isRunningUntilTheBrowserQuits() {
+        MprisRunningApps running(*m_registry);
+        QCOMPARE(running.runningNames(), QSet<QString>{QStringLiteral("Google Chrome")});
+        QSignalSpy terminated(&running, &RunningApps::terminated);
+        m_page->quit();
+        QTRY_COMPARE_WITH_TIMEOUT(terminated.size(), 1, 20000);
+        QCOMPARE(terminated[0][0].toString(), QStringLiteral("Google Chrome"));
+        QVERIFY(running.runningNames().isEmpty());
+    }
+
+public slots:
+    void onSeeked() { ++m_seeked; }
+};
+
+QTEST_GUILESS_MAIN(TestChromium)
+#include "tst_chromium.moc"
