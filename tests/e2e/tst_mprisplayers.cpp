@@ -154,6 +154,69 @@ private slots:
         QVERIFY(!later->calls().contains(QStringLiteral("PlayPause")));
     }
 
+    // Once a player's state is known and kept up to date by its signals, a seek well inside
+    // the track is one relative Seek, with no read before it.
+    void aKnownPlayerIsSeekedInOneCall() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto browser = player(chromium(9), QStringLiteral("chromium"),
+                              {QStringLiteral("--position"), QStringLiteral("100"),
+                               QStringLiteral("--length"), QStringLiteral("240")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+                 SeekResult::seeked);
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, -5, 3.0).result,
+                 SeekResult::seeked);
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 2.5, 3.0).result,
+                 SeekResult::seeked);
+        const QStringList calls = browser->calls();
+        QCOMPARE(calls.size(), 4);
+        QCOMPARE(calls[0], QStringLiteral("GetAll org.mpris.MediaPlayer2.Player"));
+        QVERIFY(calls[1].startsWith(QStringLiteral("SetPosition /org/scrubline/track/1 110")));
+        QCOMPARE(calls[2], QStringLiteral("Seek -5000000"));
+        QCOMPARE(calls[3], QStringLiteral("Seek 2500000"));
+    }
+
+    // Near an end, the position is read and the target kept inside the track.
+    void nearTheEndTheTargetIsClamped() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto browser = player(chromium(10), QStringLiteral("chromium"),
+                              {QStringLiteral("--position"), QStringLiteral("230"),
+                               QStringLiteral("--length"), QStringLiteral("240")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, -1, 3.0).result,
+                 SeekResult::seeked);
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 30, 3.0).result,
+                 SeekResult::seeked);
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, -300, 3.0).result,
+                 SeekResult::seeked);
+        const QStringList calls = browser->calls();
+        QCOMPARE(calls.filter(QStringLiteral("GetAll")).size(), 3);
+        QCOMPARE(calls.filter(QStringLiteral("Seek ")).size(), 0);
+        QVERIFY(calls.contains(QStringLiteral("SetPosition /org/scrubline/track/1 240000000")));
+        QVERIFY(calls.contains(QStringLiteral("SetPosition /org/scrubline/track/1 0")));
+    }
+
+    // A pause the player announces is heeded: the next request reads and leaves it alone.
+    void anAnnouncedPauseIsHeeded() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto browser = player(chromium(11), QStringLiteral("chromium"),
+                              {QStringLiteral("--position"), QStringLiteral("100")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+                 SeekResult::seeked);
+        const QString name = prefix + chromium(11);
+        QVERIFY(registry.canSeekRelatively(name, 10'000'000));
+        QCOMPARE(control.playPause(MediaApp::chromeYouTube, 3.0), SeekResult::seeked);
+        QTRY_VERIFY(!registry.canSeekRelatively(name, 10'000'000));
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+                 SeekResult::notPlaying);
+        QCOMPARE(browser->calls().filter(QStringLiteral("Seek ")).size(), 0);
+        QCOMPARE(browser->calls().filter(QStringLiteral("SetPosition")).size(), 1);
+    }
+
     void nothingPlayingIsNotPlaying() {
         MprisPlayerRegistry registry(QDBusConnection::sessionBus());
         MprisPlayerControl control(registry);

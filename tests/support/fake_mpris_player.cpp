@@ -32,6 +32,7 @@ public:
     QString title = QStringLiteral("Intro");
     QStringList artists = {QStringLiteral("Band")};
     bool silent = false;
+    bool signalsSeeks = true; // Spotify tells no one of its position
 
     void start(bool playing, qint64 positionUs) {
         m_playing = playing;
@@ -70,24 +71,49 @@ public:
         }
         if (member == QLatin1String("PlayPause")) {
             start(!m_playing, positionUs());
-            return bus.send(message.createReply());
+            bus.send(message.createReply());
+            return announce(bus, {{QStringLiteral("PlaybackStatus"), status()}});
         }
         if (member == QLatin1String("Seek") && args.size() == 1) {
             start(m_playing, std::max<qint64>(0, positionUs() + args[0].toLongLong()));
-            return bus.send(message.createReply());
+            bus.send(message.createReply());
+            return announceSeek(bus);
         }
         if (member == QLatin1String("SetPosition") && args.size() == 2) {
             const qint64 target = args[1].toLongLong();
             if (target >= 0 && target <= lengthUs) {
                 start(m_playing, target);
             }
-            return bus.send(message.createReply());
+            bus.send(message.createReply());
+            return announceSeek(bus);
         }
         return bus.send(message.createErrorReply(
             QStringLiteral("org.freedesktop.DBus.Error.UnknownMethod"), member));
     }
 
 private:
+    QString status() const {
+        return m_playing ? QStringLiteral("Playing") : QStringLiteral("Paused");
+    }
+
+    bool announce(const QDBusConnection& bus, const QVariantMap& changed) {
+        QDBusMessage signal = QDBusMessage::createSignal(
+            QStringLiteral("/org/mpris/MediaPlayer2"),
+            QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("PropertiesChanged"));
+        signal << playerInterface << changed << QStringList();
+        return bus.send(signal);
+    }
+
+    bool announceSeek(const QDBusConnection& bus) {
+        if (!signalsSeeks) {
+            return true;
+        }
+        QDBusMessage signal = QDBusMessage::createSignal(QStringLiteral("/org/mpris/MediaPlayer2"),
+                                                         playerInterface, QStringLiteral("Seeked"));
+        signal << QVariant::fromValue<qlonglong>(positionUs());
+        return bus.send(signal);
+    }
+
     qint64 positionUs() const { return m_baseUs + (m_playing ? m_clock.nsecsElapsed() / 1000 : 0); }
 
     QVariantMap properties() const {
@@ -101,8 +127,7 @@ private:
         metadata.insert(QStringLiteral("xesam:title"), title);
         metadata.insert(QStringLiteral("xesam:artist"), artists);
         return {
-            {QStringLiteral("PlaybackStatus"),
-             m_playing ? QStringLiteral("Playing") : QStringLiteral("Paused")},
+            {QStringLiteral("PlaybackStatus"), status()},
             {QStringLiteral("Metadata"), metadata},
             {QStringLiteral("Position"), QVariant::fromValue<qlonglong>(positionUs())},
             {QStringLiteral("CanSeek"), true},
@@ -128,7 +153,8 @@ int main(int argc, char** argv) {
          QStringLiteral("seconds"), QStringLiteral("0")},
         {QStringLiteral("length"), QStringLiteral("Track length in seconds (0: unknown)."),
          QStringLiteral("seconds"), QStringLiteral("240")},
-        {QStringLiteral("spotify"), QStringLiteral("Track id as a string, length typed t.")},
+        {QStringLiteral("spotify"),
+         QStringLiteral("Track id as a string, length typed t, no Seeked signal.")},
         {QStringLiteral("track"), QStringLiteral("The track id."), QStringLiteral("id")},
         {QStringLiteral("title"), QStringLiteral("Track title."), QStringLiteral("title")},
         {QStringLiteral("artist"), QStringLiteral("An artist (repeatable)."),
@@ -141,6 +167,7 @@ int main(int argc, char** argv) {
     player.busName =
         QStringLiteral("org.mpris.MediaPlayer2.") + options.value(QStringLiteral("name"));
     player.trackIdAsString = player.lengthUnsigned = options.isSet(QStringLiteral("spotify"));
+    player.signalsSeeks = !options.isSet(QStringLiteral("spotify"));
     if (options.isSet(QStringLiteral("track"))) {
         player.trackId = options.value(QStringLiteral("track"));
     }

@@ -89,6 +89,35 @@ bool succeeded(const QDBusMessage& reply) {
 
 } // namespace
 
+void apply(State& state, const QVariantMap& properties) {
+    const auto has = [&properties](const char* name) {
+        return properties.contains(QLatin1String(name));
+    };
+    if (has("PlaybackStatus")) {
+        state.playbackStatus =
+            unwrap(properties.value(QStringLiteral("PlaybackStatus"))).toString();
+    }
+    if (has("Position")) {
+        state.positionUs = toInteger(properties.value(QStringLiteral("Position")));
+    }
+    if (has("Rate")) {
+        const QVariant rate = unwrap(properties.value(QStringLiteral("Rate")));
+        state.rate = rate.toDouble() > 0 ? rate.toDouble() : 1.0;
+    }
+    if (has("Metadata")) {
+        const QVariantMap metadata = toMap(properties.value(QStringLiteral("Metadata")));
+        state.trackId = toTrackId(metadata.value(QStringLiteral("mpris:trackid")));
+        state.lengthUs = toInteger(metadata.value(QStringLiteral("mpris:length")));
+        state.title = unwrap(metadata.value(QStringLiteral("xesam:title"))).toString();
+        state.artists = toStrings(metadata.value(QStringLiteral("xesam:artist")));
+        state.artists.removeAll(QString());
+    }
+}
+
+bool isUsableTrack(const std::optional<QString>& trackId) {
+    return trackId && *trackId != noTrack && isObjectPath(*trackId);
+}
+
 std::optional<State> readState(const QDBusConnection& bus, const QString& service, int timeoutMs) {
     QDBusMessage call = QDBusMessage::createMethodCall(
         service, objectPath, QStringLiteral("org.freedesktop.DBus.Properties"),
@@ -98,16 +127,8 @@ std::optional<State> readState(const QDBusConnection& bus, const QString& servic
     if (!succeeded(reply) || reply.arguments().isEmpty()) {
         return std::nullopt;
     }
-    const QVariantMap properties = toMap(reply.arguments().constFirst());
-    const QVariantMap metadata = toMap(properties.value(QStringLiteral("Metadata")));
     State state;
-    state.playbackStatus = unwrap(properties.value(QStringLiteral("PlaybackStatus"))).toString();
-    state.positionUs = toInteger(properties.value(QStringLiteral("Position")));
-    state.trackId = toTrackId(metadata.value(QStringLiteral("mpris:trackid")));
-    state.lengthUs = toInteger(metadata.value(QStringLiteral("mpris:length")));
-    state.title = unwrap(metadata.value(QStringLiteral("xesam:title"))).toString();
-    state.artists = toStrings(metadata.value(QStringLiteral("xesam:artist")));
-    state.artists.removeAll(QString());
+    apply(state, toMap(reply.arguments().constFirst()));
     return state;
 }
 
@@ -139,10 +160,17 @@ SeekResult seekFrom(const QDBusConnection& bus, const QString& service, const St
         call << QVariant::fromValue(QDBusObjectPath(*state.trackId))
              << QVariant::fromValue<qlonglong>(target);
     } else {
-        call = QDBusMessage::createMethodCall(service, objectPath, playerInterface,
-                                              QStringLiteral("Seek"));
-        call << QVariant::fromValue<qlonglong>(delta);
+        return seekRelative(bus, service, delta, timeoutMs);
     }
+    return succeeded(bus.call(call, QDBus::Block, timeoutMs)) ? SeekResult::seeked
+                                                              : SeekResult::error;
+}
+
+SeekResult seekRelative(const QDBusConnection& bus, const QString& service, qint64 deltaUs,
+                        int timeoutMs) {
+    QDBusMessage call = QDBusMessage::createMethodCall(service, objectPath, playerInterface,
+                                                       QStringLiteral("Seek"));
+    call << QVariant::fromValue<qlonglong>(deltaUs);
     return succeeded(bus.call(call, QDBus::Block, timeoutMs)) ? SeekResult::seeked
                                                               : SeekResult::error;
 }

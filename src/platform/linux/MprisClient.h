@@ -22,9 +22,16 @@ struct State {
     std::optional<qint64> positionUs; // absent when the player does not report it
     QString title;
     QStringList artists;
+    double rate = 1.0;
 
     bool isPlaying() const { return playbackStatus == QLatin1String("Playing"); }
 };
+
+// Takes what a property map (all of the player's, or the changed ones of a signal) says.
+void apply(State& state, const QVariantMap& properties);
+
+// Whether SetPosition can be given this track: a real track, as an object path.
+bool isUsableTrack(const std::optional<QString>& trackId);
 
 // Absent when the player answers with an error or not in time.
 std::optional<State> readState(const QDBusConnection& bus, const QString& service, int timeoutMs);
@@ -36,6 +43,10 @@ SeekResult seekIfPlaying(const QDBusConnection& bus, const QString& service, dou
 // Moves the player with a state already read, within what is left of the time-out.
 SeekResult seekFrom(const QDBusConnection& bus, const QString& service, const State& state,
                     double seconds, int timeoutMs);
+
+// Moves the player by a signed number of microseconds from wherever it is, in one round trip.
+SeekResult seekRelative(const QDBusConnection& bus, const QString& service, qint64 deltaUs,
+                        int timeoutMs);
 
 // Toggles play/pause; any answer but an error is seeked.
 SeekResult playPause(const QDBusConnection& bus, const QString& service, int timeoutMs);

@@ -34,18 +34,35 @@ MprisPlayerControl::MprisPlayerControl(MprisPlayerRegistry& registry)
 PlayerControl::SeekAnswer MprisPlayerControl::seekIfPlaying(MediaApp app, double seconds,
                                                             double timeout) {
     const QDeadlineTimer deadline(milliseconds(timeout));
+    const auto deltaUs = static_cast<qint64>(std::llround(seconds * 1e6));
     bool failed = false;
     for (const QString& player : m_registry.playersOf(app)) {
+        // Known to be playing well inside its track: one round trip, from wherever it is.
+        if (m_registry.canSeekRelatively(player, deltaUs)) {
+            m_registry.markActive(player);
+            const SeekResult result =
+                MprisClient::seekRelative(m_registry.bus(), player, deltaUs, remaining(deadline));
+            if (result == SeekResult::seeked) {
+                m_registry.movedBy(player, deltaUs);
+            }
+            return {result};
+        }
+        // Otherwise read first, and move to a position kept inside the track.
         const std::optional<MprisClient::State> state =
             MprisClient::readState(m_registry.bus(), player, remaining(deadline));
         if (!state) {
             failed = true;
             continue;
         }
+        m_registry.remember(player, *state);
         if (state->isPlaying()) {
             m_registry.markActive(player);
-            return {MprisClient::seekFrom(m_registry.bus(), player, *state, seconds,
-                                          remaining(deadline))};
+            const SeekResult result = MprisClient::seekFrom(m_registry.bus(), player, *state,
+                                                            seconds, remaining(deadline));
+            if (result == SeekResult::seeked) {
+                m_registry.movedBy(player, deltaUs);
+            }
+            return {result};
         }
     }
     return {failed ? SeekResult::error : SeekResult::notPlaying};

@@ -32,6 +32,7 @@ MprisPlayerRegistry& MprisPlayerRegistry::shared() {
 MprisPlayerRegistry::MprisPlayerRegistry(QDBusConnection bus, QObject* parent)
     : QObject(parent)
     , m_bus(std::move(bus)) {
+    m_clock.start();
     if (!m_bus.isConnected()) {
         qCCritical(Log::general(), "No D-Bus session bus, so no media player can be reached: %s",
                    qUtf8Printable(m_bus.lastError().message()));
@@ -44,6 +45,9 @@ MprisPlayerRegistry::MprisPlayerRegistry(QDBusConnection bus, QObject* parent)
                   QStringLiteral("org.freedesktop.DBus.Properties"),
                   QStringLiteral("PropertiesChanged"), this,
                   SLOT(propertiesChanged(QString, QVariantMap, QStringList, QDBusMessage)));
+    m_bus.connect(QString(), QStringLiteral("/org/mpris/MediaPlayer2"),
+                  QStringLiteral("org.mpris.MediaPlayer2.Player"), QStringLiteral("Seeked"), this,
+                  SLOT(seeked(qlonglong, QDBusMessage)));
     // Subscribed first, listed second: a player that appears in between is seen either way.
     const QStringList names = m_bus.interface()->registeredServiceNames().value();
     for (const QString& name : names) {
@@ -90,7 +94,7 @@ void MprisPlayerRegistry::add(const QString& busName, const QString& owner) {
     }
     QMutexLocker lock(&m_mutex);
     const bool first = countOf(*app) == 0;
-    m_players.insert(busName, Player{*app, owner, ++m_activity});
+    m_players.insert(busName, Player{*app, owner, ++m_activity, std::nullopt, 0});
     lock.unlock();
     if (first) {
         emit appAppeared(*app);
@@ -167,15 +171,93 @@ void MprisPlayerRegistry::nameOwnerChanged(const QString& name, const QString& o
 void MprisPlayerRegistry::propertiesChanged(const QString& interface, const QVariantMap& changed,
                                             const QStringList& /*invalidated*/,
                                             const QDBusMessage& message) {
-    if (interface != QLatin1String("org.mpris.MediaPlayer2.Player") ||
-        changed.value(QStringLiteral("PlaybackStatus")).toString() != QLatin1String("Playing")) {
+    if (interface != QLatin1String("org.mpris.MediaPlayer2.Player")) {
         return;
     }
-    const QString sender = message.service();
+    const bool playing =
+        changed.value(QStringLiteral("PlaybackStatus")).toString() == QLatin1String("Playing");
     QMutexLocker lock(&m_mutex);
-    for (auto it = m_players.begin(); it != m_players.end(); ++it) {
-        if (it->owner == sender) {
-            it->lastActive = ++m_activity;
+    for (Player& player : m_players) {
+        if (player.owner != message.service()) {
+            continue;
+        }
+        if (playing) {
+            player.lastActive = ++m_activity;
+        }
+        if (!player.known) {
+            continue; // nothing to keep up to date until the player was read once
+        }
+        // The position so far runs at the old state; from here on at the new one.
+        reanchor(player);
+        const std::optional<QString> track = player.known->trackId;
+        MprisClient::apply(*player.known, changed);
+        if (player.known->trackId != track && !changed.contains(QStringLiteral("Position"))) {
+            player.known->positionUs.reset(); // a new track, at a position not told
         }
     }
+}
+
+void MprisPlayerRegistry::seeked(qlonglong positionUs, const QDBusMessage& message) {
+    QMutexLocker lock(&m_mutex);
+    for (Player& player : m_players) {
+        if (player.owner == message.service() && player.known) {
+            player.known->positionUs = positionUs;
+            player.knownAtNs = m_clock.nsecsElapsed();
+        }
+    }
+}
+
+void MprisPlayerRegistry::remember(const QString& busName, const MprisClient::State& state) {
+    QMutexLocker lock(&m_mutex);
+    if (auto found = m_players.find(busName); found != m_players.end()) {
+        found->known = state;
+        found->knownAtNs = m_clock.nsecsElapsed();
+    }
+}
+
+void MprisPlayerRegistry::movedBy(const QString& busName, qint64 deltaUs) {
+    QMutexLocker lock(&m_mutex);
+    if (auto found = m_players.find(busName);
+        found != m_players.end() && found->known && found->known->positionUs) {
+        reanchor(*found);
+        *found->known->positionUs += deltaUs;
+    }
+}
+
+bool MprisPlayerRegistry::canSeekRelatively(const QString& busName, qint64 deltaUs) const {
+    QMutexLocker lock(&m_mutex);
+    const auto found = m_players.constFind(busName);
+    if (found == m_players.cend() || !found->known) {
+        return false;
+    }
+    const MprisClient::State& state = *found->known;
+    if (!state.isPlaying() || !MprisClient::isUsableTrack(state.trackId) || !state.lengthUs ||
+        *state.lengthUs <= 0 || !state.positionUs) {
+        return false;
+    }
+    const qint64 ageUs = (m_clock.nsecsElapsed() - found->knownAtNs) / 1000;
+    constexpr qint64 oldest = 60'000'000;
+    if (ageUs > oldest) {
+        return false;
+    }
+    // Stalls and rate changes make a guess drift; keep well away from both ends.
+    const qint64 margin = 2'000'000 + ageUs / 10;
+    const qint64 target = estimatedPositionUs(*found) + deltaUs;
+    return target >= margin && target <= *state.lengthUs - margin;
+}
+
+qint64 MprisPlayerRegistry::estimatedPositionUs(const Player& player) const {
+    const qint64 base = player.known->positionUs.value_or(0);
+    if (!player.known->isPlaying()) {
+        return base;
+    }
+    const double elapsedUs = static_cast<double>(m_clock.nsecsElapsed() - player.knownAtNs) / 1000;
+    return base + static_cast<qint64>(elapsedUs * player.known->rate);
+}
+
+void MprisPlayerRegistry::reanchor(Player& player) {
+    if (player.known->positionUs) {
+        player.known->positionUs = estimatedPositionUs(player);
+    }
+    player.knownAtNs = m_clock.nsecsElapsed();
 }

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "MprisClient.h"
 #include "models/MediaApp.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
+#include <QElapsedTimer>
 #include <QHash>
 #include <QMutex>
 #include <QObject>
@@ -34,6 +36,15 @@ public:
     // Notes that a player was just acted on or started playing.
     void markActive(const QString& busName);
 
+    // What is known of a player's state: the last full read, kept up to date by its signals.
+    // A seek then needs no read first where the player is known to be playing, in a known
+    // track, well away from both ends of it.
+    void remember(const QString& busName, const MprisClient::State& state);
+    void movedBy(const QString& busName, qint64 deltaUs);
+    // True when a relative seek by this much is known to stay inside the track, by a margin
+    // that grows with the time since the position was last known for sure.
+    bool canSeekRelatively(const QString& busName, qint64 deltaUs) const;
+
     // Which app a player stands for: Spotify by its name; Chrome by its name and by the
     // program that owns it, since Electron apps and other Chromium-based browsers take the
     // same names. Absent for every other player.
@@ -50,13 +61,19 @@ private slots:
     void nameOwnerChanged(const QString& name, const QString& oldOwner, const QString& newOwner);
     void propertiesChanged(const QString& interface, const QVariantMap& changed,
                            const QStringList& invalidated, const QDBusMessage& message);
+    void seeked(qlonglong positionUs, const QDBusMessage& message);
 
 private:
     struct Player {
         MediaApp app;
         QString owner; // the unique connection name
         quint64 lastActive = 0;
+        std::optional<MprisClient::State> known;
+        qint64 knownAtNs = 0; // when known->positionUs was the position
     };
+
+    qint64 estimatedPositionUs(const Player& player) const; // with m_mutex held
+    void reanchor(Player& player);                          // with m_mutex held
 
     void add(const QString& busName, const QString& owner);
     void remove(const QString& busName);
@@ -66,4 +83,5 @@ private:
     mutable QMutex m_mutex;
     QHash<QString, Player> m_players;
     quint64 m_activity = 0;
+    QElapsedTimer m_clock;
 };
