@@ -7,6 +7,9 @@
 #include "platform/PlayerControl.h"
 #include "platform/RunningApps.h"
 #include "utilities/Logger.h"
+#include "utilities/SerialQueue.h"
+
+#include <QThread>
 
 MediaController& MediaController::shared() {
     // Never destroyed: the seek thread may be waiting for a player when the process exits.
@@ -22,20 +25,14 @@ MediaController::MediaController(std::shared_ptr<PlayerControl> players,
     , m_players(std::move(players))
     , m_runningApps(std::move(running))
     , m_settings(settings)
-    , m_seekWorker(new QObject) {
+    , m_seekDispatchQueue(std::make_unique<SerialQueue>(QStringLiteral("com.scrubline.seek"))) {
     m_runningProcessNames = m_runningApps->runningNames();
     connect(m_runningApps.get(), &RunningApps::launched, this, &MediaController::appDidLaunch);
     connect(m_runningApps.get(), &RunningApps::terminated, this, &MediaController::appDidTerminate);
-
-    m_seekThread.setObjectName(QStringLiteral("com.scrubline.seek"));
-    m_seekWorker->moveToThread(&m_seekThread);
-    connect(&m_seekThread, &QThread::finished, m_seekWorker, &QObject::deleteLater);
-    m_seekThread.start(QThread::HighPriority);
 }
 
 MediaController::~MediaController() {
-    m_seekThread.quit();
-    m_seekThread.wait();
+    m_seekDispatchQueue.reset();
 }
 
 void MediaController::enqueueSeek(double seconds) {
@@ -43,6 +40,11 @@ void MediaController::enqueueSeek(double seconds) {
         // Requests from one thread keep their order: queued calls are delivered in order.
         QMetaObject::invokeMethod(
             this, [this, seconds] { enqueueSeek(seconds); }, Qt::QueuedConnection);
+        return;
+    }
+    if (!m_trialInFlight && !m_nextSeekScheduled && m_seekQueue.empty()) {
+        // Nothing waits: start now. This only hands the trial to the seek thread.
+        executeSeek(seconds);
         return;
     }
     m_seekQueue.push_back(seconds);
@@ -99,16 +101,13 @@ void MediaController::executeSeek(double seconds) {
     }
 
     m_trialInFlight = true;
-    QMetaObject::invokeMethod(
-        m_seekWorker,
-        [this, players = m_players, candidates, seconds, clock] {
-            const std::optional<Outcome> outcome = tryApps(*players, candidates, seconds);
-            // The controller waits for this thread before it goes, so it is still here.
-            QMetaObject::invokeMethod(
-                this, [this, seconds, clock, outcome] { finishSeek(seconds, clock, outcome); },
-                Qt::QueuedConnection);
-        },
-        Qt::QueuedConnection);
+    m_seekDispatchQueue->async([this, players = m_players, candidates, seconds, clock] {
+        const std::optional<Outcome> outcome = tryApps(*players, candidates, seconds);
+        // The controller waits for this thread before it goes, so it is still here.
+        QMetaObject::invokeMethod(
+            this, [this, seconds, clock, outcome] { finishSeek(seconds, clock, outcome); },
+            Qt::QueuedConnection);
+    });
 }
 
 std::optional<MediaController::Outcome> MediaController::tryApps(PlayerControl& players,

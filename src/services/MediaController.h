@@ -8,7 +8,6 @@
 #include <QObject>
 #include <QSet>
 #include <QString>
-#include <QThread>
 #include <QTimer>
 
 #include <deque>
@@ -16,6 +15,7 @@
 #include <optional>
 
 class AppSettings;
+class SerialQueue;
 class PlayerControl;
 class RunningApps;
 
@@ -118,7 +118,6 @@ private:
     std::deque<double> m_seekQueue;
     bool m_trialInFlight = false;
     bool m_nextSeekScheduled = false;
-    // The serial seek thread and the object whose event loop runs the trials on it.
-    QThread m_seekThread;
-    QObject* m_seekWorker;
+    // The serial seek thread; declared last, so it is gone before anything a trial reads.
+    std::unique_ptr<SerialQueue> m_seekDispatchQueue;
 };
