@@ -3,6 +3,7 @@
 //
 // Run with bench/run.sh, which gives it an X server and a private session bus.
 #include "models/AppSettings.h"
+#include "platform/linux/DirectBusCalls.h"
 #include "platform/linux/MprisClient.h"
 #include "platform/linux/MprisPlayerControl.h"
 #include "platform/linux/MprisPlayerRegistry.h"
@@ -43,8 +44,24 @@ double since(const QElapsedTimer& clock) {
     return static_cast<double>(clock.nsecsElapsed()) / 1e6;
 }
 
-// One Seek method call on one connection, waited for.
+// One Seek method call on one libdbus connection, waited for: the floor of any seek.
 Figures rawRoundTrips(const QString& service, int count) {
+    Figures figures;
+    for (int i = 0; i < count; ++i) {
+        QElapsedTimer clock;
+        clock.start();
+        const auto outcome =
+            DirectBusCalls::seek(service, i % 2 == 0 ? 10'000'000 : -10'000'000, 3000);
+        figures.ms << since(clock);
+        if (outcome != DirectBusCalls::Outcome::replied) {
+            std::fprintf(stderr, "raw Seek failed\n");
+        }
+    }
+    return figures;
+}
+
+// The same call through QtDBus, which hands it to a thread of its own and back.
+Figures qtRoundTrips(const QString& service, int count) {
     Figures figures;
     for (int i = 0; i < count; ++i) {
         QDBusMessage call = QDBusMessage::createMethodCall(
@@ -148,18 +165,21 @@ int main(int argc, char** argv) {
     Figures ours;
     Figures direct;
     Figures raw;
+    Figures qt;
     Figures tool;
     constexpr int rounds = 10;
     for (int round = 0; round < rounds; ++round) {
         ours.ms << trials(controller, seeks / rounds).ms;
         direct.ms << controlCalls(*control, seeks / rounds).ms;
         raw.ms << rawRoundTrips(page.busName(), seeks / rounds).ms;
+        qt.ms << qtRoundTrips(page.busName(), seeks / rounds).ms;
         tool.ms << playerctl(page.busName(), processes / rounds).ms;
     }
     std::printf("Chromium playing an audible video (the YouTube in Chrome target):\n");
     print("Scrubline trial (request->verdict)", ours);
     print("  of which the player control call", direct);
     print("raw D-Bus Seek round trip", raw);
+    print("the same call through QtDBus", qt);
     print("playerctl position 10+ (process)", tool);
     std::printf("  trial / round trip: %.2f    playerctl / trial: %.1f\n",
                 ours.median() / raw.median(), tool.median() / ours.median());

@@ -17,7 +17,7 @@ bool makeVideo(const QString& file, QString* problem) {
     ffmpeg.start(QStringLiteral("ffmpeg"),
                  {QStringLiteral("-loglevel"), QStringLiteral("error"), QStringLiteral("-y"),
                   QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
-                  QStringLiteral("testsrc=size=160x120:rate=10:duration=") + seconds,
+                  QStringLiteral("testsrc=size=64x48:rate=2:duration=") + seconds,
                   QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
                   QStringLiteral("sine=frequency=440:duration=") + seconds, QStringLiteral("-c:v"),
                   QStringLiteral("libvpx"), QStringLiteral("-b:v"), QStringLiteral("40k"),

@@ -1,5 +1,7 @@
 #include "MprisClient.h"
 
+#include "DirectBusCalls.h"
+
 #include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
@@ -10,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <functional>
 
 namespace MprisClient {
 namespace {
@@ -87,6 +90,24 @@ bool succeeded(const QDBusMessage& reply) {
     return reply.type() == QDBusMessage::ReplyMessage;
 }
 
+// Sends a player command: straight through libdbus on the session bus (one round trip), else
+// through QtDBus.
+SeekResult command(const QDBusConnection& bus, const QDBusMessage& call,
+                   const std::function<DirectBusCalls::Outcome()>& direct, int timeoutMs) {
+    if (bus.name() == QDBusConnection::sessionBus().name()) {
+        switch (direct()) {
+        case DirectBusCalls::Outcome::replied:
+            return SeekResult::seeked;
+        case DirectBusCalls::Outcome::failed:
+            return SeekResult::error;
+        case DirectBusCalls::Outcome::unavailable:
+            break;
+        }
+    }
+    return succeeded(bus.call(call, QDBus::Block, timeoutMs)) ? SeekResult::seeked
+                                                              : SeekResult::error;
+}
+
 } // namespace
 
 void apply(State& state, const QVariantMap& properties) {
@@ -159,11 +180,12 @@ SeekResult seekFrom(const QDBusConnection& bus, const QString& service, const St
                                               QStringLiteral("SetPosition"));
         call << QVariant::fromValue(QDBusObjectPath(*state.trackId))
              << QVariant::fromValue<qlonglong>(target);
-    } else {
-        return seekRelative(bus, service, delta, timeoutMs);
+        return command(
+            bus, call,
+            [&] { return DirectBusCalls::setPosition(service, *state.trackId, target, timeoutMs); },
+            timeoutMs);
     }
-    return succeeded(bus.call(call, QDBus::Block, timeoutMs)) ? SeekResult::seeked
-                                                              : SeekResult::error;
+    return seekRelative(bus, service, delta, timeoutMs);
 }
 
 SeekResult seekRelative(const QDBusConnection& bus, const QString& service, qint64 deltaUs,
@@ -171,15 +193,15 @@ SeekResult seekRelative(const QDBusConnection& bus, const QString& service, qint
     QDBusMessage call = QDBusMessage::createMethodCall(service, objectPath, playerInterface,
                                                        QStringLiteral("Seek"));
     call << QVariant::fromValue<qlonglong>(deltaUs);
-    return succeeded(bus.call(call, QDBus::Block, timeoutMs)) ? SeekResult::seeked
-                                                              : SeekResult::error;
+    return command(
+        bus, call, [&] { return DirectBusCalls::seek(service, deltaUs, timeoutMs); }, timeoutMs);
 }
 
 SeekResult playPause(const QDBusConnection& bus, const QString& service, int timeoutMs) {
     const QDBusMessage call = QDBusMessage::createMethodCall(service, objectPath, playerInterface,
                                                              QStringLiteral("PlayPause"));
-    return succeeded(bus.call(call, QDBus::Block, timeoutMs)) ? SeekResult::seeked
-                                                              : SeekResult::error;
+    return command(
+        bus, call, [&] { return DirectBusCalls::playPause(service, timeoutMs); }, timeoutMs);
 }
 
 QString nowPlayingText(const State& state) {
