@@ -113,6 +113,9 @@ private slots:
         QCOMPARE(MprisClient::seekIfPlaying(bus(), mpvName, 10, 500), SeekResult::error);
         QVERIFY(clock.elapsed() >= 450);
         QCOMPARE(MprisClient::playPause(bus(), mpvName, 300), SeekResult::error);
+        clock.restart();
+        QCOMPARE(MprisClient::seekRelative(bus(), mpvName, 1'000'000, 400), SeekResult::error);
+        QVERIFY(clock.elapsed() >= 350);
         QVERIFY(!MprisClient::readState(bus(), mpvName, 300).has_value());
         m_mpv->resume();
         QTRY_VERIFY(MprisClient::readState(bus(), mpvName, 3000).has_value());
@@ -193,6 +196,23 @@ private slots:
         clock.start();
         QCOMPARE(MprisClient::seekIfPlaying(bus(), spotifyName, 10, 400), SeekResult::error);
         QVERIFY(clock.elapsed() >= 350);
+    }
+
+    // On a connection other than the default one, commands go through QtDBus instead.
+    void anotherConnectionWorksAlike() {
+        startMpv();
+        const QDBusConnection other =
+            QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("other"));
+        QVERIFY(other.isConnected());
+        const double before = positionOf(mpvName);
+        QCOMPARE(MprisClient::seekRelative(other, mpvName, 20'000'000, 3000), SeekResult::seeked);
+        QTRY_VERIFY(positionOf(mpvName) >= before + 19.5);
+        QCOMPARE(MprisClient::playPause(other, mpvName, 3000), SeekResult::seeked);
+        QTRY_VERIFY(!MprisClient::readState(bus(), mpvName, 3000)->isPlaying());
+        QCOMPARE(MprisClient::seekRelative(other, QStringLiteral("org.mpris.MediaPlayer2.none"), 1,
+                                           3000),
+                 SeekResult::error);
+        QDBusConnection::disconnectFromBus(QStringLiteral("other"));
     }
 
     void noSuchPlayerIsAnError() {
