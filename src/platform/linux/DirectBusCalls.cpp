@@ -58,8 +58,7 @@ Outcome call(const QString& service, const char* member,
     }
     DBusError error;
     dbus_error_init(&error);
-    DBusMessage* reply =
-        dbus_connection_send_with_reply_and_block(bus, message, timeoutMs, &error);
+    DBusMessage* reply = dbus_connection_send_with_reply_and_block(bus, message, timeoutMs, &error);
     dbus_message_unref(message);
     dbus_error_free(&error);
     if (reply == nullptr) {
@@ -76,8 +75,8 @@ Outcome seek(const QString& service, std::int64_t offsetUs, int timeoutMs) {
         service, "Seek",
         [offsetUs](DBusMessage* message) {
             const dbus_int64_t offset = offsetUs;
-            return dbus_message_append_args(message, DBUS_TYPE_INT64, &offset,
-                                            DBUS_TYPE_INVALID) != 0;
+            return dbus_message_append_args(message, DBUS_TYPE_INT64, &offset, DBUS_TYPE_INVALID) !=
+                   0;
         },
         timeoutMs);
 }
@@ -90,8 +89,8 @@ Outcome setPosition(const QString& service, const QString& trackId, std::int64_t
         [&path, positionUs](DBusMessage* message) {
             const char* track = path.constData();
             const dbus_int64_t position = positionUs;
-            return dbus_message_append_args(message, DBUS_TYPE_OBJECT_PATH, &track,
-                                            DBUS_TYPE_INT64, &position, DBUS_TYPE_INVALID) != 0;
+            return dbus_message_append_args(message, DBUS_TYPE_OBJECT_PATH, &track, DBUS_TYPE_INT64,
+                                            &position, DBUS_TYPE_INVALID) != 0;
         },
         timeoutMs);
 }
