@@ -42,6 +42,27 @@ Lines frontTabPart(QStringView application, QStringView frontTab, const QString&
 
 } // namespace
 
+Action seekAction(RunProgram run, const QString& pausedJS, const QString& seekJS) {
+    return {
+        QStringLiteral("set isPaused to (") + run(pausedJS) + QStringLiteral(") as text"),
+        QStringLiteral("if isPaused is \"false\" then"),
+        QStringLiteral("    ") + run(seekJS),
+        QStringLiteral("    return \"true\""),
+        QStringLiteral("end if"),
+    };
+}
+
+Action toggleAction(RunProgram run, const QString& toggleJS) {
+    return {run(toggleJS), QStringLiteral("return \"true\"")};
+}
+
+Action titleAction(RunProgram run, const QString& titleJS) {
+    return {
+        QStringLiteral("set info to (") + run(titleJS) + QStringLiteral(") as text"),
+        QStringLiteral("if info is not \"\" then return info"),
+    };
+}
+
 QString sweep(QStringView application, QStringView frontTab, const QString& urlCheck,
               const Action& action) {
     const QString no = QStringLiteral("\"false\"");

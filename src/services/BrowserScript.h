@@ -15,6 +15,16 @@ namespace BrowserScript {
 // line feeds of its own; only the first of its lines is indented.
 using Action = QStringList;
 
+// How a browser runs a JavaScript program in the tab `t`, as one line of AppleScript.
+using RunProgram = QString (*)(const QString& program);
+
+// Seeks the tab's video when the paused test answers 'false', and returns "true".
+Action seekAction(RunProgram run, const QString& pausedJS, const QString& seekJS);
+// Runs the toggle whatever it answers, and returns "true".
+Action toggleAction(RunProgram run, const QString& toggleJS);
+// Returns the title program's answer unless it is empty.
+Action titleAction(RunProgram run, const QString& titleJS);
+
 // Tries the front tab first and then every tab of every window in order, and runs `action` on
 // the first tab whose URL passes `urlCheck`. The action returns "true" when it is done; the
 // script returns "false" when no tab did it, and "error" when the windows cannot be counted.

@@ -76,33 +76,19 @@ QString ChromeYouTubeController::JS::titleJS() {
 }
 
 QString ChromeYouTubeController::scriptSource(double seconds) {
-    return BrowserScript::sweep(application, frontTab, JS::urlCheck(),
-                                {
-                                    QStringLiteral("set isPaused to (") +
-                                        executeJS(JS::pausedJS()) + QStringLiteral(") as text"),
-                                    QStringLiteral("if isPaused is \"false\" then"),
-                                    QStringLiteral("    ") + executeJS(JS::seekJS(seconds)),
-                                    QStringLiteral("    return \"true\""),
-                                    QStringLiteral("end if"),
-                                });
+    return BrowserScript::sweep(
+        application, frontTab, JS::urlCheck(),
+        BrowserScript::seekAction(executeJS, JS::pausedJS(), JS::seekJS(seconds)));
 }
 
 QString ChromeYouTubeController::playPauseScript() {
     return BrowserScript::sweep(application, frontTab, JS::urlCheck(),
-                                {
-                                    executeJS(JS::toggleJS()),
-                                    QStringLiteral("return \"true\""),
-                                });
+                                BrowserScript::toggleAction(executeJS, JS::toggleJS()));
 }
 
 QString ChromeYouTubeController::nowPlayingScript() {
     return BrowserScript::frontTabOnly(application, frontTab, JS::urlCheck(),
-                                       {
-                                           QStringLiteral("set info to (") +
-                                               executeJS(JS::titleJS()) +
-                                               QStringLiteral(") as text"),
-                                           QStringLiteral("if info is not \"\" then return info"),
-                                       });
+                                       BrowserScript::titleAction(executeJS, JS::titleJS()));
 }
 
 bool ChromeYouTubeController::isJavaScriptOff(const ScriptResult& result) {

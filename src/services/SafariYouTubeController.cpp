@@ -48,33 +48,19 @@ QString SafariYouTubeController::JS::titleJS() {
 }
 
 QString SafariYouTubeController::scriptSource(double seconds) {
-    return BrowserScript::sweep(application, frontTab, urlCheck(),
-                                {
-                                    QStringLiteral("set isPaused to (") +
-                                        doJavaScript(JS::pausedJS()) + QStringLiteral(") as text"),
-                                    QStringLiteral("if isPaused is \"false\" then"),
-                                    QStringLiteral("    ") + doJavaScript(JS::seekJS(seconds)),
-                                    QStringLiteral("    return \"true\""),
-                                    QStringLiteral("end if"),
-                                });
+    return BrowserScript::sweep(
+        application, frontTab, urlCheck(),
+        BrowserScript::seekAction(doJavaScript, JS::pausedJS(), JS::seekJS(seconds)));
 }
 
 QString SafariYouTubeController::toggleScript() {
     return BrowserScript::sweep(application, frontTab, urlCheck(),
-                                {
-                                    doJavaScript(JS::toggleJS()),
-                                    QStringLiteral("return \"true\""),
-                                });
+                                BrowserScript::toggleAction(doJavaScript, JS::toggleJS()));
 }
 
 QString SafariYouTubeController::nowPlayingScript() {
     return BrowserScript::frontTabOnly(application, frontTab, urlCheck(),
-                                       {
-                                           QStringLiteral("set info to (") +
-                                               doJavaScript(JS::titleJS()) +
-                                               QStringLiteral(") as text"),
-                                           QStringLiteral("if info is not \"\" then return info"),
-                                       });
+                                       BrowserScript::titleAction(doJavaScript, JS::titleJS()));
 }
 
 SeekResult SafariYouTubeController::togglePlayPause(double timeout) {
