@@ -12,7 +12,7 @@ Linux)
     packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-svg-dev qt6-qpa-plugins
               libgl-dev libxcb1-dev libdbus-1-dev fonts-dejavu-core)
     if $want_tests; then
-        packages+=(xvfb dbus trayer xdotool x11-utils clang-format qt6-declarative-dev
+        packages+=(git xvfb dbus trayer xdotool x11-utils clang-format qt6-declarative-dev
                   mpv mpv-mpris ffmpeg chromium playerctl)
     fi
     missing=()

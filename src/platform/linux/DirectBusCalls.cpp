@@ -46,6 +46,12 @@ Outcome call(const QString& service, const char* member,
     if (bus == nullptr) {
         return Outcome::unavailable;
     }
+    // Nothing else reads this connection: drop what came in since the last call (the late
+    // answer to a call that timed out, the bus's greeting), so it never piles up.
+    dbus_connection_read_write(bus, 0);
+    while (DBusMessage* stale = dbus_connection_pop_message(bus)) {
+        dbus_message_unref(stale);
+    }
     const QByteArray destination = service.toUtf8();
     DBusMessage* message =
         dbus_message_new_method_call(destination.constData(), "/org/mpris/MediaPlayer2",

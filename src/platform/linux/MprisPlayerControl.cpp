@@ -40,12 +40,9 @@ PlayerControl::SeekAnswer MprisPlayerControl::seekIfPlaying(MediaApp app, double
         // Known to be playing well inside its track: one round trip, from wherever it is.
         if (m_registry.canSeekRelatively(player, deltaUs)) {
             m_registry.markActive(player);
-            const SeekResult result =
-                MprisClient::seekRelative(m_registry.bus(), player, deltaUs, remaining(deadline));
-            if (result == SeekResult::seeked) {
-                m_registry.movedBy(player, deltaUs);
-            }
-            return {result};
+            m_registry.expectSeeked(player);
+            return {
+                MprisClient::seekRelative(m_registry.bus(), player, deltaUs, remaining(deadline))};
         }
         // Otherwise read first, and move to a position kept inside the track.
         const std::optional<MprisClient::State> state =
@@ -57,12 +54,9 @@ PlayerControl::SeekAnswer MprisPlayerControl::seekIfPlaying(MediaApp app, double
         m_registry.remember(player, *state);
         if (state->isPlaying()) {
             m_registry.markActive(player);
-            const SeekResult result = MprisClient::seekFrom(m_registry.bus(), player, *state,
-                                                            seconds, remaining(deadline));
-            if (result == SeekResult::seeked) {
-                m_registry.movedBy(player, deltaUs);
-            }
-            return {result};
+            m_registry.expectSeeked(player);
+            return {MprisClient::seekFrom(m_registry.bus(), player, *state, seconds,
+                                          remaining(deadline))};
         }
     }
     return {failed ? SeekResult::error : SeekResult::notPlaying};

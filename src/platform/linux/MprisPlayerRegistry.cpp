@@ -5,6 +5,7 @@
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
 #include <QFileInfo>
+#include <QRegularExpression>
 #include <QSet>
 
 #include <algorithm>
@@ -77,11 +78,20 @@ std::optional<MediaApp> MprisPlayerRegistry::classify(const QString& busName,
 }
 
 QString MprisPlayerRegistry::executableOf(const QString& uniqueName) const {
-    const QDBusReply<uint> pid = m_bus.interface()->servicePid(uniqueName);
-    if (!pid.isValid()) {
+    // Asked of the bus daemon on the GUI thread: a short wait, never a player's.
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("/org/freedesktop/DBus"),
+        QStringLiteral("org.freedesktop.DBus"), QStringLiteral("GetConnectionUnixProcessID"));
+    call << uniqueName;
+    const QDBusMessage reply = m_bus.call(call, QDBus::Block, 1000);
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
         return {};
     }
-    return QFileInfo(QStringLiteral("/proc/%1/exe").arg(pid.value())).symLinkTarget();
+    const uint pid = reply.arguments().constFirst().toUInt();
+    QString program = QFileInfo(QStringLiteral("/proc/%1/exe").arg(pid)).symLinkTarget();
+    // A program replaced by an upgrade while it runs reads as ".../chromium (deleted)".
+    program.remove(QRegularExpression(QStringLiteral(" \\(deleted\\)$")));
+    return program;
 }
 
 void MprisPlayerRegistry::add(const QString& busName, const QString& owner) {
@@ -94,7 +104,7 @@ void MprisPlayerRegistry::add(const QString& busName, const QString& owner) {
     }
     QMutexLocker lock(&m_mutex);
     const bool first = countOf(*app) == 0;
-    m_players.insert(busName, Player{*app, owner, ++m_activity, std::nullopt, 0});
+    m_players.insert(busName, Player{*app, owner, ++m_activity, std::nullopt, 0, false, false});
     lock.unlock();
     if (first) {
         emit appAppeared(*app);
@@ -189,10 +199,11 @@ void MprisPlayerRegistry::propertiesChanged(const QString& interface, const QVar
         }
         // The position so far runs at the old state; from here on at the new one.
         reanchor(player);
-        const std::optional<QString> track = player.known->trackId;
         MprisClient::apply(*player.known, changed);
-        if (player.known->trackId != track && !changed.contains(QStringLiteral("Position"))) {
-            player.known->positionUs.reset(); // a new track, at a position not told
+        // New metadata may be a new item under the same track id: its position is not told.
+        if (changed.contains(QStringLiteral("Metadata")) &&
+            !changed.contains(QStringLiteral("Position"))) {
+            player.known->positionUs.reset();
         }
     }
 }
@@ -200,9 +211,13 @@ void MprisPlayerRegistry::propertiesChanged(const QString& interface, const QVar
 void MprisPlayerRegistry::seeked(qlonglong positionUs, const QDBusMessage& message) {
     QMutexLocker lock(&m_mutex);
     for (Player& player : m_players) {
-        if (player.owner == message.service() && player.known) {
-            player.known->positionUs = positionUs;
-            player.knownAtNs = m_clock.nsecsElapsed();
+        if (player.owner == message.service()) {
+            player.announcesSeeks = true;
+            player.awaitingSeeked = false;
+            if (player.known) {
+                player.known->positionUs = positionUs;
+                player.knownAtNs = m_clock.nsecsElapsed();
+            }
         }
     }
 }
@@ -215,19 +230,18 @@ void MprisPlayerRegistry::remember(const QString& busName, const MprisClient::St
     }
 }
 
-void MprisPlayerRegistry::movedBy(const QString& busName, qint64 deltaUs) {
+void MprisPlayerRegistry::expectSeeked(const QString& busName) {
     QMutexLocker lock(&m_mutex);
-    if (auto found = m_players.find(busName);
-        found != m_players.end() && found->known && found->known->positionUs) {
-        reanchor(*found);
-        *found->known->positionUs += deltaUs;
+    if (auto found = m_players.find(busName); found != m_players.end()) {
+        found->awaitingSeeked = true;
     }
 }
 
 bool MprisPlayerRegistry::canSeekRelatively(const QString& busName, qint64 deltaUs) const {
     QMutexLocker lock(&m_mutex);
     const auto found = m_players.constFind(busName);
-    if (found == m_players.cend() || !found->known) {
+    if (found == m_players.cend() || !found->known || !found->announcesSeeks ||
+        found->awaitingSeeked) {
         return false;
     }
     const MprisClient::State& state = *found->known;

@@ -40,9 +40,12 @@ public:
     // A seek then needs no read first where the player is known to be playing, in a known
     // track, well away from both ends of it.
     void remember(const QString& busName, const MprisClient::State& state);
-    void movedBy(const QString& busName, qint64 deltaUs);
+    // Our own seek is on its way: the position is unsure until the player announces it.
+    void expectSeeked(const QString& busName);
     // True when a relative seek by this much is known to stay inside the track, by a margin
-    // that grows with the time since the position was last known for sure.
+    // that grows with the time since the position was last known for sure. Only for players
+    // that announce every move of the position (Seeked), so that one moved by the user in its
+    // own window is never guessed wrong; Spotify, which does not, is always read first.
     bool canSeekRelatively(const QString& busName, qint64 deltaUs) const;
 
     // Which app a player stands for: Spotify by its name; Chrome by its name and by the
@@ -69,7 +72,9 @@ private:
         QString owner; // the unique connection name
         quint64 lastActive = 0;
         std::optional<MprisClient::State> known;
-        qint64 knownAtNs = 0; // when known->positionUs was the position
+        qint64 knownAtNs = 0;        // when known->positionUs was the position
+        bool announcesSeeks = false; // a Seeked signal of it was seen
+        bool awaitingSeeked = false; // our last seek of it is not announced yet
     };
 
     qint64 estimatedPositionUs(const Player& player) const; // with m_mutex held
