@@ -199,10 +199,14 @@ void MprisPlayerRegistry::propertiesChanged(const QString& interface, const QVar
         }
         // The position so far runs at the old state; from here on at the new one.
         reanchor(player);
+        const MprisClient::State before = *player.known;
         MprisClient::apply(*player.known, changed);
-        // New metadata may be a new item under the same track id: its position is not told.
-        if (changed.contains(QStringLiteral("Metadata")) &&
-            !changed.contains(QStringLiteral("Position"))) {
+        // Another item, even under the same track id, starts at a position not told. Some
+        // players send the same metadata again after every seek; that changes nothing.
+        const bool anotherItem = player.known->trackId != before.trackId ||
+                                 player.known->lengthUs != before.lengthUs ||
+                                 player.known->title != before.title;
+        if (anotherItem && !changed.contains(QStringLiteral("Position"))) {
             player.known->positionUs.reset();
         }
     }
