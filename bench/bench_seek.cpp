@@ -26,6 +26,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <functional>
 
 namespace {
 
@@ -99,45 +100,42 @@ Figures playerctl(const QString& service, int count) {
     return figures;
 }
 
-// The whole trial: a request into the controller's queue until its outcome is handled. Presses
-// come at a person's pace: the next once the player has announced the last (Seeked), which is
-// what lets a seek go without reading the player first.
-Figures trials(MediaController& controller, const MprisPlayerRegistry& registry,
-               const QString& player, int count) {
+// Times `seek` for steps of +10 s and -10 s in turn. Presses come at a person's pace: the next
+// once the player has announced the last (Seeked), which is what lets a seek go without reading
+// the player first. Should the player say nothing within a second, the press simply reads first.
+Figures pacedSeeks(const MprisPlayerRegistry& registry, const QString& player, int count,
+                   const std::function<void(double)>& seek) {
     Figures figures;
     for (int i = 0; i < count; ++i) {
         const double step = i % 2 == 0 ? 10 : -10;
-        // Should the player say nothing within a second, the press simply reads first.
         (void)QTest::qWaitFor(
             [&] { return registry.canSeekRelatively(player, static_cast<qint64>(step * 1e6)); },
             1000);
-        QEventLoop loop;
-        QObject::connect(&controller, &MediaController::seekFinished, &loop, &QEventLoop::quit);
         QElapsedTimer clock;
         clock.start();
-        controller.enqueueSeek(step);
-        loop.exec();
+        seek(step);
         figures.ms << since(clock);
     }
     return figures;
 }
 
-// The player control's own call, on this thread: the trial without the queue and the threads,
-// at the same pace.
+// The whole trial: a request into the controller's queue until its outcome is handled.
+Figures trials(MediaController& controller, const MprisPlayerRegistry& registry,
+               const QString& player, int count) {
+    return pacedSeeks(registry, player, count, [&controller](double step) {
+        QEventLoop loop;
+        QObject::connect(&controller, &MediaController::seekFinished, &loop, &QEventLoop::quit);
+        controller.enqueueSeek(step);
+        loop.exec();
+    });
+}
+
+// The player control's own call, on this thread: the trial without the queue and the threads.
 Figures controlCalls(PlayerControl& control, const MprisPlayerRegistry& registry,
                      const QString& player, int count) {
-    Figures figures;
-    for (int i = 0; i < count; ++i) {
-        const double step = i % 2 == 0 ? 10 : -10;
-        (void)QTest::qWaitFor(
-            [&] { return registry.canSeekRelatively(player, static_cast<qint64>(step * 1e6)); },
-            1000);
-        QElapsedTimer clock;
-        clock.start();
+    return pacedSeeks(registry, player, count, [&control](double step) {
         control.seekIfPlaying(MediaApp::chromeYouTube, step, 3.0);
-        figures.ms << since(clock);
-    }
-    return figures;
+    });
 }
 
 void print(const char* what, const Figures& f) {
