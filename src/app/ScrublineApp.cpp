@@ -4,9 +4,10 @@
 #include "services/MediaController.h"
 #include "utilities/Logger.h"
 #include "views/AlertBox.h"
-#include "views/Symbols.h"
+#include "views/MenuBarExtra.h"
 
 #include <QApplication>
+#include <QSystemTrayIcon>
 
 ScrublineApp::ScrublineApp(QObject* parent)
     : QObject(parent) {
@@ -16,15 +17,12 @@ ScrublineApp::ScrublineApp(QObject* parent)
     MediaController::shared();
     AlertBox::install();
 
-    m_menu.addAction(QStringLiteral("Quit"), qApp, &QCoreApplication::quit);
-    m_trayIcon.setIcon(Symbols::icon(QStringLiteral("goforward.10")));
-    m_trayIcon.setToolTip(QStringLiteral("Scrubline"));
-    m_trayIcon.setContextMenu(&m_menu);
     if (!QSystemTrayIcon::isSystemTrayAvailable()) {
         // The toolkit adds the icon by itself once a tray appears.
         qCWarning(Log::general(), "No system tray is running; the icon appears when one starts");
     }
-    m_trayIcon.show();
+    m_menuBarExtra =
+        std::make_unique<MenuBarExtra>(MediaController::shared(), AppSettings::shared());
 }
 
 ScrublineApp::~ScrublineApp() = default;

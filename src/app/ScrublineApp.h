@@ -1,10 +1,12 @@
 #pragma once
 
-#include <QMenu>
 #include <QObject>
-#include <QSystemTrayIcon>
 
-// The running program: the tray icon and its menu.
+#include <memory>
+
+class MenuBarExtra;
+
+// The running program: the tray icon and its panel.
 class ScrublineApp : public QObject {
     Q_OBJECT
 
@@ -13,6 +15,5 @@ public:
     ~ScrublineApp() override;
 
 private:
-    QMenu m_menu;
-    QSystemTrayIcon m_trayIcon;
+    std::unique_ptr<MenuBarExtra> m_menuBarExtra;
 };

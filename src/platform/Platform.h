@@ -4,10 +4,12 @@
 #include "PlayerControl.h"
 #include "RunningApps.h"
 #include "ScriptEngine.h"
+#include "SymbolImages.h"
 
 #include <QSettings>
 #include <QString>
 
+#include <cstdint>
 #include <memory>
 
 // The one factory of platform facilities. Exactly one implementation is compiled in.
@@ -34,5 +36,16 @@ bool accessibilityTrusted();
 // Why no graphical session can be used, or an empty string when one can. Checked before the
 // toolkit starts, which would otherwise abort with a long message of its own.
 QString displayProblem();
+
+// The platform's drawings of symbol names; it may have none.
+std::unique_ptr<SymbolImages> createSymbolImages();
+
+// The welcome text's line that names the preset hotkeys' modifier keys, in this platform's
+// names for them.
+QString defaultHotkeysHint();
+
+// Lets the floating window with this native handle show on every virtual desktop (Space),
+// where the window system leaves that to the program.
+void showOnEveryDesktop(std::uintptr_t nativeWindow);
 
 } // namespace Platform

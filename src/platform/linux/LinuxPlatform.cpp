@@ -1,6 +1,7 @@
 #include "MprisPlayerControl.h"
 #include "MprisPlayerRegistry.h"
 #include "MprisRunningApps.h"
+#include "NoSymbolImages.h"
 #include "XdgAutostartLoginItem.h"
 #include "platform/IniSettings.h"
 #include "platform/Platform.h"
@@ -64,6 +65,20 @@ QString displayProblem() {
             .arg(QString::fromLocal8Bit(display));
     }
     return {};
+}
+
+std::unique_ptr<SymbolImages> createSymbolImages() {
+    return std::make_unique<NoSymbolImages>();
+}
+
+QString defaultHotkeysHint() {
+    // The preset modifiers as a PC keyboard labels them: option is Alt, command is Super.
+    return QStringLiteral("Default: Ctrl+Alt+Super + Arrow Keys");
+}
+
+void showOnEveryDesktop(std::uintptr_t /*nativeWindow*/) {
+    // The overlay bypasses the window manager on X11, which puts it on every desktop; Wayland
+    // compositors decide for themselves.
 }
 
 } // namespace Platform

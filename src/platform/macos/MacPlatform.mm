@@ -1,9 +1,11 @@
 #include "AppleScriptEngine.h"
 #include "SMAppServiceLoginItem.h"
+#include "SystemSymbolImages.h"
 #include "WorkspaceRunningApps.h"
 #include "services/ScriptedPlayerControl.h"
 
 #include "platform/Platform.h"
+#import <AppKit/AppKit.h>
 #include <ApplicationServices/ApplicationServices.h>
 
 namespace Platform {
@@ -36,6 +38,27 @@ std::shared_ptr<ScriptEngine> createScriptEngine() {
 
 QString displayProblem() {
     return {}; // a logged-in session always has the window server
+}
+
+std::unique_ptr<SymbolImages> createSymbolImages() {
+    return std::make_unique<SystemSymbolImages>();
+}
+
+QString defaultHotkeysHint() {
+    return QStringLiteral("Default: Ctrl+Opt+Shift+Cmd + Arrow Keys");
+}
+
+void showOnEveryDesktop(std::uintptr_t nativeWindow) {
+    // A Qt window's native handle on macOS is its content NSView.
+    NSView* view = (__bridge NSView*)reinterpret_cast<void*>(nativeWindow);
+    NSWindow* window = view.window;
+    if (window == nil) {
+        return;
+    }
+    window.collectionBehavior = NSWindowCollectionBehaviorCanJoinAllSpaces |
+                                NSWindowCollectionBehaviorStationary |
+                                NSWindowCollectionBehaviorIgnoresCycle;
+    window.hidesOnDeactivate = NO;
 }
 
 } // namespace Platform

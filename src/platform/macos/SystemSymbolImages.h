@@ -1,0 +1,9 @@
+#pragma once
+
+#include "platform/SymbolImages.h"
+
+// SF Symbols through NSImage (macOS 11 and later).
+class SystemSymbolImages : public SymbolImages {
+public:
+    QImage image(const QString& name, int pixelSize) const override;
+};

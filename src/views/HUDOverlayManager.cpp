@@ -1,0 +1,92 @@
+#include "HUDOverlayManager.h"
+
+#include "HUDOverlayView.h"
+#include "HUDPanel.h"
+#include "SkipSymbols.h"
+#include "models/AppSettings.h"
+#include "services/MediaController.h"
+
+#include <QGuiApplication>
+#include <QScreen>
+
+HUDOverlayManager& HUDOverlayManager::shared() {
+    // Never destroyed: it lives as long as the process, like the controller it follows.
+    static auto* manager = new HUDOverlayManager(MediaController::shared(), AppSettings::shared());
+    return *manager;
+}
+
+HUDOverlayManager::HUDOverlayManager(MediaController& controller, AppSettings& settings,
+                                     QObject* parent)
+    : QObject(parent)
+    , m_controller(controller)
+    , m_settings(settings) {
+    m_fade.setPropertyName("windowOpacity");
+    connect(&m_fade, &QPropertyAnimation::finished, this, [this] {
+        if (m_panel != nullptr && m_fade.endValue().toReal() == 0.0) {
+            m_panel->hide();
+        }
+    });
+}
+
+HUDOverlayManager::~HUDOverlayManager() {
+    m_fade.stop();
+    m_fade.setTargetObject(nullptr);
+}
+
+void HUDOverlayManager::start() {
+    disconnect(m_subscription);
+    // Each value is taken as published and handled once the current event is done, as the
+    // card is a consequence of the change rather than part of it.
+    m_subscription = connect(&m_controller, &MediaController::seekFeedbackChanged, this, [this] {
+        const std::optional<SeekFeedback> feedback = m_controller.seekFeedback();
+        QMetaObject::invokeMethod(
+            this,
+            [this, feedback] {
+                if (feedback) {
+                    show(*feedback);
+                } else {
+                    hide();
+                }
+            },
+            Qt::QueuedConnection);
+    });
+}
+
+void HUDOverlayManager::show(const SeekFeedback& feedback) {
+    if (!m_settings.showHUDOverlay()) {
+        return;
+    }
+    const std::int64_t forward = SkipSymbols::wholeSeconds(m_settings.firstForwardSeconds());
+    const std::int64_t backward = SkipSymbols::wholeSeconds(m_settings.firstBackwardSeconds());
+    if (m_panel == nullptr) {
+        m_panel = std::make_unique<HUDPanel>();
+        m_fade.setTargetObject(m_panel.get());
+    }
+    m_panel->setCard(new HUDOverlayView(feedback, forward, backward));
+    if (QScreen* screen = QGuiApplication::primaryScreen()) {
+        QRect frame = m_panel->geometry();
+        frame.moveCenter(screen->availableGeometry().center());
+        m_panel->move(frame.topLeft());
+    }
+    // Every show fades in from nothing, also over a card still on screen, so that a quick
+    // series of presses blinks once per press.
+    m_fade.stop();
+    m_panel->setWindowOpacity(0.0);
+    m_panel->show();
+    m_panel->raise();
+    m_fade.setDuration(fadeInMs);
+    m_fade.setStartValue(0.0);
+    m_fade.setEndValue(1.0);
+    m_fade.start();
+}
+
+void HUDOverlayManager::hide() {
+    if (m_panel == nullptr || !m_panel->isVisible()) {
+        return;
+    }
+    m_fade.stop();
+    m_fade.setDuration(fadeOutMs);
+    m_fade.setStartValue(m_panel->windowOpacity());
+    m_fade.setEndValue(0.0);
+    m_fade.start();
+}

@@ -1,0 +1,70 @@
+#include "HUDOverlayView.h"
+
+#include "SkipSymbols.h"
+#include "Style.h"
+#include "SymbolView.h"
+
+#include <QFontInfo>
+#include <QGraphicsDropShadowEffect>
+#include <QLabel>
+#include <QPainter>
+#include <QPainterPath>
+#include <QVBoxLayout>
+
+const std::set<std::int64_t>& HUDOverlayView::sfSymbolSeconds() {
+    return SkipSymbols::numberedSeconds();
+}
+
+HUDOverlayView::HUDOverlayView(const SeekFeedback& feedback, std::int64_t forwardSeconds,
+                               std::int64_t backwardSeconds, QWidget* parent)
+    : QWidget(parent)
+    , m_feedback(feedback)
+    , m_forwardSeconds(forwardSeconds)
+    , m_backwardSeconds(backwardSeconds) {
+    setAttribute(Qt::WA_TranslucentBackground);
+
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(horizontalPadding, verticalPadding, horizontalPadding,
+                               verticalPadding);
+    layout->setSpacing(spacing);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+
+    // The symbol is as tall as a glyph of the symbol's point size.
+    const QFont symbolFont = Style::systemFont(symbolPointSize, QFont::Medium);
+    auto* symbol = new SymbolView(iconName(), QFontInfo(symbolFont).pixelSize(), this);
+    symbol->setObjectName(QStringLiteral("icon"));
+    symbol->setTone(SymbolView::Tone::primary);
+    layout->addWidget(symbol, 0, Qt::AlignHCenter);
+
+    auto* name = new QLabel(playerName(), this);
+    name->setObjectName(QStringLiteral("playerName"));
+    name->setFont(Style::systemFont(namePointSize, QFont::Medium));
+    QPalette namePalette = name->palette();
+    namePalette.setColor(QPalette::WindowText, Style::secondary(palette()));
+    name->setPalette(namePalette);
+    name->setAlignment(Qt::AlignHCenter);
+    layout->addWidget(name, 0, Qt::AlignHCenter);
+
+    auto* shadow = new QGraphicsDropShadowEffect(this);
+    shadow->setColor(QColor(0, 0, 0, qRound(0.15 * 255)));
+    shadow->setBlurRadius(16); // a blur of radius 8 each way
+    shadow->setOffset(0, 2);
+    setGraphicsEffect(shadow);
+}
+
+QString HUDOverlayView::iconName() const {
+    return SkipSymbols::forKind(m_feedback.kind, m_forwardSeconds, m_backwardSeconds);
+}
+
+void HUDOverlayView::paintEvent(QPaintEvent* /*event*/) {
+    // No blur behind a window here: a strongly translucent fill with a hairline edge stands
+    // for the thin material.
+    const bool dark = Style::isDark(palette());
+    QPainter painter(this);
+    painter.setRenderHint(QPainter::Antialiasing);
+    QPainterPath card;
+    card.addRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius, cornerRadius);
+    painter.fillPath(card, dark ? QColor(44, 44, 46, 200) : QColor(250, 250, 250, 205));
+    painter.setPen(QPen(dark ? QColor(255, 255, 255, 40) : QColor(0, 0, 0, 22), 1));
+    painter.drawPath(card);
+}

@@ -1,0 +1,43 @@
+#pragma once
+
+#include "services/SeekFeedback.h"
+
+#include <QWidget>
+
+#include <cstdint>
+#include <set>
+
+// The overlay's card: the action's symbol above the player's name, on a rounded translucent
+// ground with a soft shadow. Built afresh for every show.
+class HUDOverlayView : public QWidget {
+    Q_OBJECT
+    Q_PROPERTY(QString iconName READ iconName CONSTANT)
+    Q_PROPERTY(QString playerName READ playerName CONSTANT)
+
+public:
+    static constexpr int cornerRadius = 18;
+    static constexpr int horizontalPadding = 32;
+    static constexpr int verticalPadding = 24;
+    static constexpr int spacing = 12;
+    static constexpr qreal symbolPointSize = 36;
+    static constexpr qreal namePointSize = 14;
+
+    // The step sizes with a numbered symbol.
+    static const std::set<std::int64_t>& sfSymbolSeconds();
+
+    HUDOverlayView(const SeekFeedback& feedback, std::int64_t forwardSeconds,
+                   std::int64_t backwardSeconds, QWidget* parent = nullptr);
+
+    const SeekFeedback& feedback() const { return m_feedback; }
+    // The symbol shown: the numbered arrow of the first configured step where there is one.
+    QString iconName() const;
+    QString playerName() const { return m_feedback.app.displayName(); }
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    SeekFeedback m_feedback;
+    std::int64_t m_forwardSeconds;
+    std::int64_t m_backwardSeconds;
+};

@@ -1,0 +1,319 @@
+#include "MenuBarView.h"
+
+#include "ColorDot.h"
+#include "Divider.h"
+#include "MenuItemButton.h"
+#include "MenuItemLabel.h"
+#include "SkipSymbols.h"
+#include "Style.h"
+#include "SymbolView.h"
+#include "Symbols.h"
+#include "WelcomeView.h"
+#include "models/AppSettings.h"
+#include "services/MediaController.h"
+
+#include <QCoreApplication>
+#include <QEvent>
+#include <QFontInfo>
+#include <QGraphicsOpacityEffect>
+#include <QHBoxLayout>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPropertyAnimation>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr int stateFadeMs = 200;
+
+QLabel* makeText(const QString& text, const QFont& font, const QColor& color, int maxLines,
+                 const QString& name, QWidget* parent) {
+    auto* label = new QLabel(text, parent);
+    label->setObjectName(name);
+    label->setFont(font);
+    QPalette palette = label->palette();
+    palette.setColor(QPalette::WindowText, color);
+    label->setPalette(palette);
+    label->setTextFormat(Qt::PlainText);
+    if (maxLines > 1) {
+        // Long texts grow the row downwards, up to the given number of lines.
+        label->setWordWrap(true);
+        label->setMaximumHeight(QFontMetrics(font).lineSpacing() * maxLines + 2);
+    }
+    label->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    return label;
+}
+
+int captionSymbolSize() {
+    return QFontInfo(Style::captionFont()).pixelSize() + 3;
+}
+
+} // namespace
+
+const std::set<std::int64_t>& MenuBarView::sfSymbolSeconds() {
+    return SkipSymbols::numberedSeconds();
+}
+
+QString MenuBarView::appVersion() {
+    const QString version = QCoreApplication::applicationVersion();
+    return version.isEmpty() ? QStringLiteral("1.0") : version;
+}
+
+MenuBarView::MenuBarView(MediaController& controller, AppSettings& settings, QWidget* parent)
+    : QWidget(parent)
+    , m_controller(controller)
+    , m_settings(settings) {
+    setObjectName(QStringLiteral("menuBarView"));
+    setMinimumWidth(minimumPanelWidth);
+    setMaximumWidth(maximumPanelWidth);
+    m_layout = new QVBoxLayout(this);
+    m_layout->setContentsMargins(0, 0, 0, 0);
+    m_layout->setSpacing(0);
+
+    if (hasCompletedOnboarding()) {
+        buildMenu();
+    } else {
+        m_welcome = new WelcomeView([this] { completeOnboarding(); }, this);
+        m_layout->addWidget(m_welcome);
+    }
+}
+
+MenuBarView::~MenuBarView() {
+    setPolling(false);
+}
+
+bool MenuBarView::hasCompletedOnboarding() const {
+    return m_settings.defaults().boolValue(onboardingKey).value_or(false);
+}
+
+void MenuBarView::completeOnboarding() {
+    m_settings.defaults().setBool(onboardingKey, true);
+    if (m_welcome != nullptr) {
+        m_welcome->hide();
+        m_welcome->deleteLater();
+    }
+    buildMenu();
+    setPolling(isVisible());
+}
+
+void MenuBarView::buildMenu() {
+    if (m_menu != nullptr) {
+        return;
+    }
+    m_menu = new QWidget(this);
+    m_menu->setObjectName(QStringLiteral("mainMenu"));
+    auto* layout = new QVBoxLayout(m_menu);
+    layout->setContentsMargins(0, 4, 0, 4);
+    layout->setSpacing(0);
+
+    m_stateSection = new QWidget(m_menu);
+    m_stateSection->setObjectName(QStringLiteral("stateSection"));
+    auto* stateLayout = new QVBoxLayout(m_stateSection);
+    stateLayout->setContentsMargins(14, 8, 14, 8);
+    layout->addWidget(m_stateSection);
+    layout->addWidget(new Divider(m_menu));
+
+    auto* buttons = new QWidget(m_menu);
+    auto* buttonsLayout = new QHBoxLayout(buttons);
+    buttonsLayout->setContentsMargins(14, 8, 14, 8);
+    buttonsLayout->setSpacing(12);
+    buttonsLayout->addStretch();
+    for (QToolButton** button : {&m_backButton, &m_forwardButton}) {
+        *button = new QToolButton(buttons);
+        (*button)->setAutoRaise(true);
+        (*button)->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
+        (*button)->setFocusPolicy(Qt::NoFocus);
+        (*button)->setIconSize(QSize(16, 16));
+        buttonsLayout->addWidget(*button);
+    }
+    buttonsLayout->addStretch();
+    m_backButton->setObjectName(QStringLiteral("backButton"));
+    m_forwardButton->setObjectName(QStringLiteral("forwardButton"));
+    // The values are read at the press, so an edit of the actions counts at once.
+    connect(m_backButton, &QToolButton::clicked, this,
+            [this] { m_controller.enqueueSeek(-m_settings.firstBackwardSeconds()); });
+    connect(m_forwardButton, &QToolButton::clicked, this,
+            [this] { m_controller.enqueueSeek(m_settings.firstForwardSeconds()); });
+    layout->addWidget(buttons);
+    layout->addWidget(new Divider(m_menu));
+
+    auto* commands = new QWidget(m_menu);
+    auto* commandsLayout = new QVBoxLayout(commands);
+    commandsLayout->setContentsMargins(6, 4, 6, 4);
+    commandsLayout->setSpacing(2);
+    auto* settingsRow = new MenuItemLabel(QStringLiteral("Settings..."), commands);
+    settingsRow->setObjectName(QStringLiteral("settingsRow"));
+    settingsRow->installEventFilter(this);
+    commandsLayout->addWidget(settingsRow);
+    auto* quit = new MenuItemButton(
+        QStringLiteral("Quit"), [this] { emit quitRequested(); }, commands);
+    quit->setObjectName(QStringLiteral("quitButton"));
+    commandsLayout->addWidget(quit);
+    layout->addWidget(commands);
+    layout->addWidget(new Divider(m_menu));
+
+    auto* version = makeText(QStringLiteral("Scrubline ") + appVersion(), Style::caption2Font(),
+                             Style::tertiary(palette()), 1, QStringLiteral("versionLabel"), m_menu);
+    version->setContentsMargins(14, 6, 14, 6);
+    layout->addWidget(version);
+
+    m_layout->addWidget(m_menu);
+
+    connect(&m_controller, &MediaController::seekFeedbackChanged, this, &MenuBarView::rebuildState);
+    connect(&m_controller, &MediaController::statusMessageChanged, this,
+            &MenuBarView::rebuildState);
+    connect(&m_controller, &MediaController::nowPlayingChanged, this, &MenuBarView::rebuildState);
+    connect(&m_controller, &MediaController::lastActiveAppChanged, this,
+            &MenuBarView::rebuildState);
+    connect(&m_settings, &AppSettings::seekActionsChanged, this, [this] {
+        rebuildState();
+        rebuildSeekButtons();
+    });
+    rebuildState();
+    rebuildSeekButtons();
+}
+
+void MenuBarView::rebuildState() {
+    const QPalette colors = palette();
+    auto* row = new QWidget(m_stateSection);
+    row->setObjectName(QStringLiteral("stateRow"));
+    auto* layout = new QHBoxLayout(row);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(6);
+    const int symbolSize = captionSymbolSize();
+    QString kind;
+
+    if (const auto feedback = m_controller.seekFeedback()) {
+        kind = QStringLiteral("feedback");
+        const QString name = SkipSymbols::forKind(
+            feedback->kind, SkipSymbols::wholeSeconds(m_settings.firstForwardSeconds()),
+            SkipSymbols::wholeSeconds(m_settings.firstBackwardSeconds()));
+        auto* symbol = new SymbolView(name, symbolSize, row);
+        symbol->setObjectName(QStringLiteral("stateSymbol"));
+        symbol->setTone(SymbolView::Tone::accent);
+        layout->addWidget(symbol);
+        auto* dot = new ColorDot(Style::tint(feedback->app.tintColor()), row);
+        dot->setObjectName(QStringLiteral("playerDot"));
+        layout->addWidget(dot);
+        layout->addWidget(makeText(feedback->app.displayName(), Style::captionFont(),
+                                   Style::primary(colors), 2, QStringLiteral("stateText"), row));
+    } else if (const auto status = m_controller.statusMessage()) {
+        kind = QStringLiteral("status");
+        auto* symbol = new SymbolView(QStringLiteral("exclamationmark.triangle"), symbolSize, row);
+        symbol->setObjectName(QStringLiteral("stateSymbol"));
+        symbol->setTone(SymbolView::Tone::warning);
+        layout->addWidget(symbol, 0, Qt::AlignTop);
+        layout->addWidget(makeText(*status, Style::captionFont(), Style::secondary(colors), 3,
+                                   QStringLiteral("stateText"), row));
+    } else if (const auto playing = m_controller.nowPlaying()) {
+        kind = QStringLiteral("nowPlaying");
+        auto* symbol = new SymbolView(playing->app.symbolName(), symbolSize, row);
+        symbol->setObjectName(QStringLiteral("stateSymbol"));
+        symbol->setTone(SymbolView::Tone::secondary);
+        layout->addWidget(symbol, 0, Qt::AlignTop);
+        auto* lines = new QVBoxLayout;
+        lines->setSpacing(1);
+        lines->addWidget(makeText(playing->title, Style::captionFont(), Style::primary(colors), 1,
+                                  QStringLiteral("stateText"), row));
+        if (!playing->artist.isEmpty()) {
+            lines->addWidget(makeText(playing->artist, Style::caption2Font(),
+                                      Style::secondary(colors), 1, QStringLiteral("stateDetail"),
+                                      row));
+        }
+        layout->addLayout(lines, 1);
+    } else if (const auto last = m_controller.lastActiveApp(); !last) {
+        kind = QStringLiteral("noMedia");
+        layout->addWidget(makeText(QStringLiteral("No media detected"), Style::captionFont(),
+                                   Style::secondary(colors), 1, QStringLiteral("stateText"), row));
+    } else {
+        kind = QStringLiteral("lastApp");
+        auto* symbol = new SymbolView(last->symbolName(), symbolSize, row);
+        symbol->setObjectName(QStringLiteral("stateSymbol"));
+        symbol->setColor(Style::tint(last->tintColor()));
+        layout->addWidget(symbol);
+        auto* dot = new ColorDot(Style::tint(last->tintColor()), row);
+        dot->setObjectName(QStringLiteral("playerDot"));
+        layout->addWidget(dot);
+        layout->addWidget(makeText(QStringLiteral("Last: ") + last->displayName(),
+                                   Style::captionFont(), Style::secondary(colors), 1,
+                                   QStringLiteral("stateText"), row));
+    }
+
+    row->setProperty("kind", kind);
+    const bool fade = kind != m_stateKind && (kind == QStringLiteral("feedback") ||
+                                              m_stateKind == QStringLiteral("feedback"));
+    if (m_stateRow != nullptr) {
+        m_stateSection->layout()->removeWidget(m_stateRow);
+        delete m_stateRow;
+    }
+    m_stateRow = row;
+    m_stateKind = kind;
+    m_stateSection->layout()->addWidget(row);
+    if (fade) {
+        // The feedback line comes and goes softly.
+        auto* effect = new QGraphicsOpacityEffect(row);
+        effect->setOpacity(0.0);
+        row->setGraphicsEffect(effect);
+        auto* animation = new QPropertyAnimation(effect, "opacity", row);
+        animation->setDuration(stateFadeMs);
+        animation->setStartValue(0.0);
+        animation->setEndValue(1.0);
+        animation->setEasingCurve(QEasingCurve::InOutQuad);
+        connect(animation, &QPropertyAnimation::finished, row,
+                [row] { row->setGraphicsEffect(nullptr); });
+        animation->start(QAbstractAnimation::DeleteWhenStopped);
+    }
+}
+
+void MenuBarView::rebuildSeekButtons() {
+    const std::int64_t back = SkipSymbols::wholeSeconds(m_settings.firstBackwardSeconds());
+    const std::int64_t forward = SkipSymbols::wholeSeconds(m_settings.firstForwardSeconds());
+    const QColor color = Style::primary(palette());
+    const auto setUp = [&color](QToolButton* button, const QString& symbol, std::int64_t seconds) {
+        button->setText(QString::number(seconds) + QLatin1Char('s'));
+        button->setProperty("symbolName", symbol);
+        button->setIcon(Symbols::icon(symbol, color));
+    };
+    setUp(m_backButton, SkipSymbols::backward(back), back);
+    setUp(m_forwardButton, SkipSymbols::forward(forward), forward);
+}
+
+void MenuBarView::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    setPolling(true);
+}
+
+void MenuBarView::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    setPolling(false);
+}
+
+bool MenuBarView::eventFilter(QObject* watched, QEvent* event) {
+    // The settings row is a link: releasing the button over it opens the settings.
+    if (event->type() == QEvent::MouseButtonRelease &&
+        watched->objectName() == QStringLiteral("settingsRow")) {
+        const auto* mouse = static_cast<QMouseEvent*>(event);
+        const auto* row = static_cast<QWidget*>(watched);
+        if (mouse->button() == Qt::LeftButton &&
+            row->rect().contains(mouse->position().toPoint())) {
+            emit settingsRequested();
+            return true;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
+}
+
+void MenuBarView::setPolling(bool on) {
+    // Only the menu polls; the welcome content has no now-playing line.
+    const bool poll = on && m_menu != nullptr;
+    if (poll == m_polling) {
+        return;
+    }
+    m_polling = poll;
+    if (poll) {
+        m_controller.startNowPlayingPolling();
+    } else {
+        m_controller.stopNowPlayingPolling();
+    }
+}

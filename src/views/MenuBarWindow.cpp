@@ -1,0 +1,75 @@
+#include "MenuBarWindow.h"
+
+#include "MenuBarView.h"
+#include "Style.h"
+
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QPainter>
+#include <QScreen>
+#include <QVBoxLayout>
+
+MenuBarWindow::MenuBarWindow(MenuBarView* view, QWidget* parent)
+    : QWidget(parent, Qt::Popup | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint)
+    , m_view(view) {
+    setObjectName(QStringLiteral("menuBarWindow"));
+    setWindowTitle(QStringLiteral("Scrubline"));
+    auto* layout = new QVBoxLayout(this);
+    layout->setContentsMargins(1, 1, 1, 1);
+    layout->setSizeConstraint(QLayout::SetFixedSize);
+    layout->addWidget(view);
+}
+
+void MenuBarWindow::openAt(const QRect& anchor) {
+    layout()->activate();
+    adjustSize();
+    const QScreen* screen = QGuiApplication::screenAt(anchor.center());
+    if (screen == nullptr) {
+        screen = QGuiApplication::primaryScreen();
+    }
+    if (screen != nullptr) {
+        move(placement(size(), anchor, screen->availableGeometry()));
+    }
+    show();
+    raise();
+    activateWindow();
+}
+
+QPoint MenuBarWindow::placement(const QSize& size, const QRect& anchor, const QRect& available) {
+    int x = anchor.center().x() - size.width() / 2;
+    // Below an anchor in the upper half of the screen (a top panel), above one in the lower.
+    int y = anchor.center().y() < available.center().y() ? anchor.bottom() + 1 + gap
+                                                         : anchor.top() - gap - size.height();
+    x = qBound(available.left(), x, qMax(available.left(), available.right() + 1 - size.width()));
+    y = qBound(available.top(), y, qMax(available.top(), available.bottom() + 1 - size.height()));
+    return {x, y};
+}
+
+void MenuBarWindow::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::ActivationChange && isVisible() && !isActiveWindow() &&
+        QGuiApplication::focusWindow() != nullptr) {
+        // Another window of the program took the focus.
+        close();
+    }
+}
+
+void MenuBarWindow::keyPressEvent(QKeyEvent* event) {
+    if (event->key() == Qt::Key_Escape) {
+        close();
+        return;
+    }
+    QWidget::keyPressEvent(event);
+}
+
+void MenuBarWindow::hideEvent(QHideEvent* event) {
+    QWidget::hideEvent(event);
+    m_sinceClosed.start();
+}
+
+void MenuBarWindow::paintEvent(QPaintEvent* /*event*/) {
+    QPainter painter(this);
+    painter.fillRect(rect(), palette().color(QPalette::Window));
+    painter.setPen(Style::separator(palette()));
+    painter.drawRect(rect().adjusted(0, 0, -1, -1));
+}

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QElapsedTimer>
+#include <QWidget>
+
+class MenuBarView;
+
+// The frameless pop-up that holds the panel's content. Opens next to the tray icon (or the
+// pointer), always wholly on screen, and closes when it loses focus or on Escape.
+class MenuBarWindow : public QWidget {
+    Q_OBJECT
+
+public:
+    static constexpr int gap = 4;
+
+    // Takes ownership of `view`.
+    explicit MenuBarWindow(MenuBarView* view, QWidget* parent = nullptr);
+
+    MenuBarView* view() const { return m_view; }
+
+    // Opens under (or above, near the bottom of the screen) `anchor`: the tray icon's place,
+    // or a point where the tray gives none.
+    void openAt(const QRect& anchor);
+    // How long ago it closed; invalid when it never has.
+    const QElapsedTimer& sinceClosed() const { return m_sinceClosed; }
+
+    // The top left corner for a window of `size` at `anchor`, kept inside `available`.
+    static QPoint placement(const QSize& size, const QRect& anchor, const QRect& available);
+
+protected:
+    void changeEvent(QEvent* event) override;
+    void keyPressEvent(QKeyEvent* event) override;
+    void hideEvent(QHideEvent* event) override;
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    MenuBarView* m_view;
+    QElapsedTimer m_sinceClosed;
+};

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "models/MediaApp.h"
+
+#include <QColor>
+#include <QFont>
+#include <QPalette>
+
+// The fonts and colours the views share, derived from the application font and palette, so
+// that they read on light and dark themes alike.
+namespace Style {
+
+// The application font at `pointSize`, with `weight`.
+QFont systemFont(qreal pointSize, QFont::Weight weight = QFont::Normal);
+QFont headlineFont();
+QFont captionFont();
+// The smallest caption size, for secondary lines.
+QFont caption2Font();
+
+bool isDark(const QPalette& palette);
+
+// Text and symbol colours by emphasis.
+QColor primary(const QPalette& palette);
+QColor secondary(const QPalette& palette);
+QColor tertiary(const QPalette& palette);
+QColor accent(const QPalette& palette);
+QColor warning(const QPalette& palette);
+QColor separator(const QPalette& palette);
+// The standard colour a player is shown in.
+QColor tint(TintColor color);
+
+} // namespace Style
