@@ -1,0 +1,175 @@
+#include "support/ControllerRig.h"
+#include "support/Desktop.h"
+#include "views/MenuBarExtra.h"
+#include "views/MenuBarView.h"
+#include "views/MenuBarWindow.h"
+
+#include <QApplication>
+#include <QMenu>
+#include <QPushButton>
+#include <QScreen>
+#include <QtTest>
+
+#include <memory>
+
+namespace {
+
+// The tray icons of this process that the X server shows: small windows of its class.
+QList<Desktop::Window> trayIcons() {
+    QList<Desktop::Window> icons;
+    for (const auto& window : Desktop::visibleWindows(QCoreApplication::applicationName())) {
+        if (window.geometry.width() <= 64 && window.geometry.height() <= 64) {
+            icons << window;
+        }
+    }
+    return icons;
+}
+
+} // namespace
+
+class TestMenuBarExtra : public QObject {
+    Q_OBJECT
+
+private:
+    std::unique_ptr<ControllerRig> m_rig;
+    std::unique_ptr<MenuBarExtra> m_extra;
+
+private slots:
+    void init() {
+        m_rig = std::make_unique<ControllerRig>();
+        m_rig->start({});
+        m_rig->settings().defaults().setBool(MenuBarView::onboardingKey, true);
+        m_extra = std::make_unique<MenuBarExtra>(m_rig->controller(), m_rig->settings());
+    }
+
+    void cleanup() {
+        m_extra.reset();
+        m_rig.reset();
+    }
+
+    void theRightClickMenuQuits() {
+        const QMenu* menu = m_extra->trayIcon().contextMenu();
+        QVERIFY(menu != nullptr);
+        QCOMPARE(menu->actions().size(), 1);
+        QCOMPARE(menu->actions().first()->text(), QStringLiteral("Quit"));
+    }
+
+    void theIconFollowsTheSettingLive() {
+        TrayHost tray;
+        QVERIFY(tray.start());
+        QVERIFY(m_extra->trayIcon().isVisible());
+        QTRY_COMPARE_WITH_TIMEOUT(trayIcons().size(), 1, 10000);
+
+        m_rig->settings().defaults().setBool(AppSettings::Keys::showMenuBarIcon, false);
+        QVERIFY(!m_extra->trayIcon().isVisible());
+        QTRY_COMPARE_WITH_TIMEOUT(trayIcons().size(), 0, 10000);
+
+        m_rig->settings().defaults().setBool(AppSettings::Keys::showMenuBarIcon, true);
+        QVERIFY(m_extra->trayIcon().isVisible());
+        QTRY_COMPARE_WITH_TIMEOUT(trayIcons().size(), 1, 10000);
+    }
+
+    void aHiddenIconStaysHiddenAtStart() {
+        m_extra.reset();
+        m_rig->settings().defaults().setBool(AppSettings::Keys::showMenuBarIcon, false);
+        m_extra = std::make_unique<MenuBarExtra>(m_rig->controller(), m_rig->settings());
+        QVERIFY(!m_extra->trayIcon().isVisible());
+    }
+
+    // A real click on the docked icon opens the panel right under it, on screen; Escape
+    // closes it, and the now-playing poll runs only in between.
+    void clickingTheIconOpensThePanelAtIt() {
+        TrayHost tray;
+        QVERIFY(tray.start());
+        QTRY_COMPARE_WITH_TIMEOUT(trayIcons().size(), 1, 10000);
+        const QRect icon = trayIcons().first().geometry;
+        Desktop::click(icon.center(), 1);
+        MenuBarWindow& window = m_extra->window();
+        QTRY_VERIFY(window.isVisible());
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QVERIFY(m_rig->controller().isPollingNowPlaying());
+        const QRect panel = window.frameGeometry();
+        const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
+        QVERIFY2(screen.contains(panel), "wholly on screen");
+        QCOMPARE(panel.top(), icon.bottom() + 1 + MenuBarWindow::gap);
+        QVERIFY(qAbs(panel.center().x() - icon.center().x()) <= 1 ||
+                panel.right() == screen.right());
+        QVERIFY(window.width() >= 200 && window.width() <= 282);
+
+        QTest::keyClick(&window, Qt::Key_Escape);
+        QTRY_VERIFY(!window.isVisible());
+        QVERIFY(!m_rig->controller().isPollingNowPlaying());
+    }
+
+    // Where the tray says nothing of its icon, the panel opens at the pointer.
+    void withoutATrayThePanelOpensAtThePointer() {
+        QCursor::setPos(400, 300);
+        QTRY_COMPARE(QCursor::pos(), QPoint(400, 300));
+        m_extra->togglePanel();
+        MenuBarWindow& window = m_extra->window();
+        QVERIFY(window.isVisible());
+        QCOMPARE(window.pos().y(), 300 + 1 + MenuBarWindow::gap);
+        QVERIFY(qAbs(window.geometry().center().x() - 400) <= 1);
+        m_extra->togglePanel();
+        QVERIFY(!window.isVisible());
+    }
+
+    // A click anywhere else takes the focus away from the panel, which closes.
+    void clickingElsewhereCloses() {
+        QPushButton elsewhere(QStringLiteral("Elsewhere"));
+        elsewhere.setGeometry(700, 500, 200, 100);
+        elsewhere.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&elsewhere));
+        QCursor::setPos(300, 200);
+        m_extra->togglePanel();
+        MenuBarWindow& window = m_extra->window();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        Desktop::click(elsewhere.geometry().center(), 1);
+        QTRY_VERIFY(!window.isVisible());
+        QVERIFY(!m_rig->controller().isPollingNowPlaying());
+    }
+
+    void anotherWindowTakingTheFocusCloses() {
+        QCursor::setPos(300, 200);
+        m_extra->togglePanel();
+        MenuBarWindow& window = m_extra->window();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QWidget other;
+        other.setGeometry(700, 500, 200, 100);
+        other.show();
+        other.activateWindow();
+        QTRY_VERIFY(!window.isVisible());
+    }
+
+    void choosingSettingsClosesThePanelAndAsks() {
+        QCursor::setPos(300, 200);
+        m_extra->togglePanel();
+        MenuBarWindow& window = m_extra->window();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QSignalSpy asked(m_extra.get(), &MenuBarExtra::settingsRequested);
+        QTest::mouseClick(window.findChild<QWidget*>(QStringLiteral("settingsRow")),
+                          Qt::LeftButton);
+        QCOMPARE(asked.count(), 1);
+        QVERIFY(!window.isVisible());
+    }
+
+    void placementKeepsThePanelOnScreen_data() {
+        QTest::addColumn<QRect>("anchor");
+        QTest::addColumn<QPoint>("expected");
+        QTest::newRow("under a top icon") << QRect(500, 0, 24, 24) << QPoint(391, 28);
+        QTest::newRow("top right corner") << QRect(1260, 0, 20, 24) << QPoint(1040, 28);
+        QTest::newRow("top left corner") << QRect(0, 0, 20, 24) << QPoint(0, 28);
+        QTest::newRow("above a bottom icon") << QRect(600, 776, 24, 24) << QPoint(491, 472);
+        QTest::newRow("pointer at the bottom right") << QRect(1279, 700, 1, 1) << QPoint(1040, 396);
+    }
+
+    void placementKeepsThePanelOnScreen() {
+        QFETCH(QRect, anchor);
+        QFETCH(QPoint, expected);
+        const QRect screen(0, 0, 1280, 800);
+        QCOMPARE(MenuBarWindow::placement(QSize(240, 300), anchor, screen), expected);
+    }
+};
+
+QTEST_MAIN(TestMenuBarExtra)
+#include "tst_menubarextra.moc"

@@ -1,0 +1,391 @@
+#include "support/ControllerRig.h"
+#include "support/Screenshots.h"
+#include "views/ColorDot.h"
+#include "views/MenuBarView.h"
+#include "views/MenuBarWindow.h"
+#include "views/MenuItemButton.h"
+#include "views/MenuItemLabel.h"
+#include "views/WelcomeView.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QPushButton>
+#include <QToolButton>
+#include <QtTest>
+
+#include <memory>
+
+namespace {
+
+using Direction = SeekAction::Direction;
+const QString spotifyProcess = QStringLiteral("Spotify");
+
+template <typename T = QWidget>
+T* child(const QWidget& parent, const QString& name) {
+    return parent.findChild<T*>(name);
+}
+
+QString stateText(const MenuBarView& view) {
+    const auto* label = child<QLabel>(view, QStringLiteral("stateText"));
+    return label != nullptr ? label->text() : QString();
+}
+
+QString stateSymbol(const MenuBarView& view) {
+    const auto* symbol = child(view, QStringLiteral("stateSymbol"));
+    return symbol != nullptr ? symbol->property("symbolName").toString() : QString();
+}
+
+} // namespace
+
+class TestMenuBarView : public QObject {
+    Q_OBJECT
+
+private:
+    std::unique_ptr<ControllerRig> m_rig;
+
+    std::unique_ptr<MenuBarView> makeView() {
+        return std::make_unique<MenuBarView>(m_rig->controller(), m_rig->settings());
+    }
+
+    void completeOnboarding() {
+        m_rig->settings().defaults().setBool(MenuBarView::onboardingKey, true);
+    }
+
+    void setSteps(double forward, double backward) {
+        m_rig->settings().setSeekActions({SeekAction(Direction::backward, backward, 123, 6400),
+                                          SeekAction(Direction::forward, forward, 124, 6400)});
+    }
+
+private slots:
+    void init() {
+        m_rig = std::make_unique<ControllerRig>();
+        m_rig->start({spotifyProcess});
+        m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
+        m_rig->settings().setFeedbackDuration(30);
+    }
+
+    void cleanup() {
+        m_rig.reset();
+        QApplication::setPalette(QPalette());
+        QCoreApplication::setApplicationVersion(QString());
+    }
+
+    void theFirstOpeningWelcomes() {
+        const auto view = makeView();
+        view->show();
+        QVERIFY(QTest::qWaitForWindowExposed(view.get()));
+        QVERIFY(!view->hasCompletedOnboarding());
+        auto* welcome = view->findChild<WelcomeView*>();
+        QVERIFY(welcome != nullptr && welcome->isVisible());
+        QVERIFY(child(*view, QStringLiteral("mainMenu")) == nullptr);
+        QCOMPARE(child<QLabel>(*view, QStringLiteral("welcomeTitle"))->text(),
+                 QStringLiteral("Welcome to Scrubline"));
+        QCOMPARE(child<QLabel>(*view, QStringLiteral("welcomeSummary"))->text(),
+                 QStringLiteral(
+                     "Global hotkeys to seek media in Spotify, Apple Music, YouTube, and more."));
+        // Named as this desktop's keyboards label the preset modifiers.
+        QCOMPARE(child<QLabel>(*view, QStringLiteral("hotkeysHint"))->text(),
+                 QStringLiteral("Default: Ctrl+Alt+Super + Arrow Keys"));
+        QCOMPARE(child<QLabel>(*view, QStringLiteral("forwardHint"))->text(),
+                 QStringLiteral("Right Arrow: Forward 10s"));
+        QCOMPARE(child<QLabel>(*view, QStringLiteral("backwardHint"))->text(),
+                 QStringLiteral("Left Arrow: Backward 10s"));
+        QCOMPARE(child(*view, QStringLiteral("hotkeysHintSymbol"))->property("symbolName"),
+                 QStringLiteral("keyboard"));
+        QCOMPARE(child(*view, QStringLiteral("forwardHintSymbol"))->property("symbolName"),
+                 QStringLiteral("goforward.10"));
+        QCOMPARE(child(*view, QStringLiteral("backwardHintSymbol"))->property("symbolName"),
+                 QStringLiteral("gobackward.10"));
+        QCOMPARE(child(*view, QStringLiteral("welcomeSymbol"))->property("symbolName"),
+                 QStringLiteral("goforward.10"));
+        QCOMPARE(child<QPushButton>(*view, QStringLiteral("getStartedButton"))->text(),
+                 QStringLiteral("Get Started"));
+        QVERIFY(view->width() >= 200 && view->width() <= 280);
+        // The welcome content has no now-playing line to keep fresh.
+        QVERIFY(!m_rig->controller().isPollingNowPlaying());
+    }
+
+    void getStartedShowsTheMenuAtOnceAndForGood() {
+        const auto view = makeView();
+        view->show();
+        QVERIFY(QTest::qWaitForWindowExposed(view.get()));
+        QTest::mouseClick(child<QPushButton>(*view, QStringLiteral("getStartedButton")),
+                          Qt::LeftButton);
+        QWidget* menu = child(*view, QStringLiteral("mainMenu"));
+        QVERIFY(menu != nullptr);
+        QVERIFY(menu->isVisible());
+        QVERIFY(view->hasCompletedOnboarding());
+        QVERIFY(m_rig->controller().isPollingNowPlaying());
+        QTRY_VERIFY(view->findChild<WelcomeView*>() == nullptr);
+
+        // On disk, where the next run reads it.
+        QSettings onDisk(m_rig->settings().defaults().fileName(), QSettings::IniFormat);
+        QCOMPARE(onDisk.value(MenuBarView::onboardingKey).toBool(), true);
+        const auto next = makeView();
+        QVERIFY(next->findChild<WelcomeView*>() == nullptr);
+        QVERIFY(child(*next, QStringLiteral("mainMenu")) != nullptr);
+    }
+
+    void closingWithoutGettingStartedWelcomesAgain() {
+        {
+            const auto view = makeView();
+            view->show();
+            view->hide();
+        }
+        const auto view = makeView();
+        QVERIFY(view->findChild<WelcomeView*>() != nullptr);
+        QVERIFY(!m_rig->settings().defaults().boolValue(MenuBarView::onboardingKey).has_value());
+    }
+
+    void nothingEverActiveReadsNoMedia() {
+        completeOnboarding();
+        const auto view = makeView();
+        QCOMPARE(view->stateKind(), QStringLiteral("noMedia"));
+        QCOMPARE(stateText(*view), QStringLiteral("No media detected"));
+    }
+
+    void feedbackWinsOverAStatus() {
+        completeOnboarding();
+        setSteps(10, 10);
+        const auto view = makeView();
+        m_rig->controller().showStatus(QStringLiteral("Spotify returned an error"));
+        QCOMPARE(view->stateKind(), QStringLiteral("status"));
+        m_rig->controller().showFeedback(MediaApp::spotify, FeedbackKind::forward);
+        // The controller clears a status on success; put one back beside the feedback.
+        m_rig->controller().showStatus(QStringLiteral("Spotify returned an error"));
+        QVERIFY(m_rig->controller().statusMessage().has_value());
+        QCOMPARE(view->stateKind(), QStringLiteral("feedback"));
+        QCOMPARE(stateText(*view), QStringLiteral("Spotify"));
+        QCOMPARE(stateSymbol(*view), QStringLiteral("goforward.10"));
+        QCOMPARE(child<ColorDot>(*view, QStringLiteral("playerDot"))->color(), QColor(0x34C759));
+        QCOMPARE(view->findChildren<QLabel*>(QStringLiteral("stateText")).size(), 1);
+    }
+
+    void feedbackSymbolFollowsTheFirstSteps_data() {
+        QTest::addColumn<int>("kind");
+        QTest::addColumn<QString>("symbol");
+        QTest::newRow("forward 7.9") << int(FeedbackKind::forward) << "goforward";
+        QTest::newRow("backward 30") << int(FeedbackKind::backward) << "gobackward.30";
+        QTest::newRow("play/pause") << int(FeedbackKind::playPause) << "playpause";
+    }
+
+    void feedbackSymbolFollowsTheFirstSteps() {
+        QFETCH(int, kind);
+        QFETCH(QString, symbol);
+        completeOnboarding();
+        setSteps(7.9, 30);
+        const auto view = makeView();
+        m_rig->controller().showFeedback(MediaApp::chromeYouTube, static_cast<FeedbackKind>(kind));
+        QCOMPARE(stateSymbol(*view), symbol);
+        QCOMPARE(stateText(*view), QStringLiteral("YouTube (Chrome)"));
+        QCOMPARE(child<ColorDot>(*view, QStringLiteral("playerDot"))->color(), QColor(0xFF3B30));
+    }
+
+    void aStatusShowsWithItsWarning() {
+        completeOnboarding();
+        const auto view = makeView();
+        m_rig->controller().showStatus(QStringLiteral("No media apps running"));
+        QCOMPARE(view->stateKind(), QStringLiteral("status"));
+        QCOMPARE(stateText(*view), QStringLiteral("No media apps running"));
+        QCOMPARE(stateSymbol(*view), QStringLiteral("exclamationmark.triangle"));
+    }
+
+    void afterFeedbackTheLastPlayerShows() {
+        completeOnboarding();
+        m_rig->settings().setFeedbackDuration(0.2);
+        const auto view = makeView();
+        QCOMPARE(m_rig->seek({10}), 1);
+        QCOMPARE(view->stateKind(), QStringLiteral("feedback"));
+        QTRY_COMPARE(view->stateKind(), QStringLiteral("lastApp"));
+        QVERIFY(!m_rig->controller().nowPlaying().has_value());
+        QCOMPARE(stateText(*view), QStringLiteral("Last: Spotify"));
+        QCOMPARE(stateSymbol(*view), QStringLiteral("music.note"));
+        QCOMPARE(child<ColorDot>(*view, QStringLiteral("playerDot"))->color(), QColor(0x34C759));
+        QCOMPARE(child(*view, QStringLiteral("stateSymbol"))->property("color").value<QColor>(),
+                 QColor(0x34C759));
+    }
+
+    void nowPlayingWithoutArtistShowsOnlyTheTitle() {
+        completeOnboarding();
+        m_rig->players().setNowPlayingText(MediaApp::spotify, QStringLiteral("Only A Title"));
+        const auto view = makeView();
+        view->show();
+        QTRY_COMPARE(view->stateKind(), QStringLiteral("nowPlaying"));
+        QCOMPARE(stateText(*view), QStringLiteral("Only A Title"));
+        QVERIFY(child(*view, QStringLiteral("stateDetail")) == nullptr);
+        QCOMPARE(stateSymbol(*view), QStringLiteral("music.note"));
+    }
+
+    void nowPlayingWithArtistShowsBoth() {
+        completeOnboarding();
+        m_rig->players().setNowPlayingText(MediaApp::spotify, QStringLiteral("Song - Band"));
+        const auto view = makeView();
+        view->show();
+        QTRY_COMPARE(view->stateKind(), QStringLiteral("nowPlaying"));
+        QCOMPARE(stateText(*view), QStringLiteral("Song"));
+        QCOMPARE(child<QLabel>(*view, QStringLiteral("stateDetail"))->text(),
+                 QStringLiteral("Band"));
+    }
+
+    void theForwardButtonSeeksTheUnroundedStep() {
+        completeOnboarding();
+        setSteps(7.5, 10);
+        const auto view = makeView();
+        view->show();
+        auto* forward = child<QToolButton>(*view, QStringLiteral("forwardButton"));
+        QCOMPARE(forward->text(), QStringLiteral("7s"));
+        QCOMPARE(forward->property("symbolName").toString(), QStringLiteral("goforward"));
+        QSignalSpy served(&m_rig->controller(), &MediaController::seekFinished);
+        QTest::mouseClick(forward, Qt::LeftButton);
+        QTRY_COMPARE(served.count(), 1);
+        QCOMPARE(served.first().first().toDouble(), 7.5);
+        QCOMPARE(m_rig->players().seekSeconds(), QList<double>{7.5});
+    }
+
+    void theBackButtonSeeksBackward() {
+        completeOnboarding();
+        setSteps(10, 15);
+        const auto view = makeView();
+        view->show();
+        auto* back = child<QToolButton>(*view, QStringLiteral("backButton"));
+        QCOMPARE(back->text(), QStringLiteral("15s"));
+        QCOMPARE(back->property("symbolName").toString(), QStringLiteral("gobackward.15"));
+        QSignalSpy served(&m_rig->controller(), &MediaController::seekFinished);
+        QTest::mouseClick(back, Qt::LeftButton);
+        QTRY_COMPARE(served.count(), 1);
+        QCOMPARE(served.first().first().toDouble(), -15.0);
+        QCOMPARE(m_rig->players().seekSeconds(), QList<double>{-15.0});
+    }
+
+    void theButtonsFollowEditedActions() {
+        completeOnboarding();
+        const auto view = makeView();
+        setSteps(45, 5);
+        QCOMPARE(child<QToolButton>(*view, QStringLiteral("forwardButton"))->text(),
+                 QStringLiteral("45s"));
+        QCOMPARE(child(*view, QStringLiteral("backButton"))->property("symbolName").toString(),
+                 QStringLiteral("gobackward.5"));
+    }
+
+    void pollingRunsOnlyWhileShown() {
+        completeOnboarding();
+        const auto view = makeView();
+        QVERIFY(!m_rig->controller().isPollingNowPlaying());
+        view->show();
+        QVERIFY(m_rig->controller().isPollingNowPlaying());
+        view->hide();
+        QVERIFY(!m_rig->controller().isPollingNowPlaying());
+        view->show();
+        QVERIFY(m_rig->controller().isPollingNowPlaying());
+    }
+
+    void theRowsLightUpUnderThePointer() {
+        completeOnboarding();
+        const auto view = makeView();
+        view->show();
+        QVERIFY(QTest::qWaitForWindowExposed(view.get()));
+        auto* quit = child<MenuItemButton>(*view, QStringLiteral("quitButton"));
+        auto* settings = child<MenuItemLabel>(*view, QStringLiteral("settingsRow"));
+        QCOMPARE(quit->text(), QStringLiteral("Quit"));
+        QCOMPARE(settings->text(), QStringLiteral("Settings..."));
+        QVERIFY(!quit->isHovered());
+        QTest::mouseMove(quit);
+        QTRY_VERIFY(quit->isHovered());
+        QVERIFY(!settings->isHovered());
+        const QImage lit = quit->grab().toImage();
+        QCOMPARE(QColor(lit.pixel(lit.width() / 2, 1)),
+                 QApplication::palette().color(QPalette::Highlight));
+        QTest::mouseMove(settings);
+        QTRY_VERIFY(settings->isHovered());
+        QTRY_VERIFY(!quit->isHovered());
+    }
+
+    void settingsAndQuitAreAskedFor() {
+        completeOnboarding();
+        const auto view = makeView();
+        view->show();
+        QVERIFY(QTest::qWaitForWindowExposed(view.get()));
+        QSignalSpy settings(view.get(), &MenuBarView::settingsRequested);
+        QSignalSpy quit(view.get(), &MenuBarView::quitRequested);
+        QTest::mouseClick(child(*view, QStringLiteral("settingsRow")), Qt::LeftButton);
+        QCOMPARE(settings.count(), 1);
+        QCOMPARE(quit.count(), 0);
+        QTest::mouseClick(child(*view, QStringLiteral("quitButton")), Qt::LeftButton);
+        QCOMPARE(quit.count(), 1);
+        QCOMPARE(settings.count(), 1);
+    }
+
+    void theVersionLineNamesTheVersion() {
+        completeOnboarding();
+        QCoreApplication::setApplicationVersion(QString());
+        QCOMPARE(child<QLabel>(*makeView(), QStringLiteral("versionLabel"))->text(),
+                 QStringLiteral("Scrubline 1.0"));
+        QCoreApplication::setApplicationVersion(QStringLiteral("2.3.4"));
+        QCOMPARE(child<QLabel>(*makeView(), QStringLiteral("versionLabel"))->text(),
+                 QStringLiteral("Scrubline 2.3.4"));
+    }
+
+    void aLongStatusWrapsWithinTheWidth() {
+        completeOnboarding();
+        const auto view = makeView();
+        view->show();
+        m_rig->controller().showStatus(
+            QStringLiteral("Grant YouTube (Chrome) permission in System Settings > Privacy > "
+                           "Automation"));
+        view->adjustSize();
+        QVERIFY(view->width() >= 200 && view->width() <= 280);
+        auto* text = child<QLabel>(*view, QStringLiteral("stateText"));
+        QVERIFY(text->wordWrap());
+        QVERIFY(text->height() > text->fontMetrics().lineSpacing() * 3 / 2);
+    }
+
+    void screenshots_data() {
+        QTest::addColumn<bool>("dark");
+        QTest::newRow("light") << false;
+        QTest::newRow("dark") << true;
+    }
+
+    void screenshots() {
+        QFETCH(bool, dark);
+        const QString theme = dark ? QStringLiteral("dark") : QStringLiteral("light");
+        QApplication::setPalette(dark ? Screenshots::darkPalette() : Screenshots::lightPalette());
+        setSteps(10, 10);
+        const auto shoot = [this, &theme](const QString& name, const auto& prepare) {
+            auto* view = new MenuBarView(m_rig->controller(), m_rig->settings());
+            MenuBarWindow window(view);
+            prepare();
+            window.openAt(QRect(900, 4, 24, 24));
+            QVERIFY(QTest::qWaitForWindowExposed(&window));
+            QTest::qWait(300); // past the feedback line's fade
+            const QString path =
+                Screenshots::save(window.grab(), QStringLiteral("panel-%1-%2").arg(name, theme));
+            QVERIFY(!path.isEmpty());
+            qInfo("%s", qPrintable(path));
+            window.close();
+        };
+        shoot(QStringLiteral("welcome"), [] {});
+        completeOnboarding();
+        shoot(QStringLiteral("nomedia"), [] {});
+        shoot(QStringLiteral("feedback"), [this] {
+            m_rig->controller().showFeedback(MediaApp::spotify, FeedbackKind::forward);
+        });
+        shoot(QStringLiteral("status"), [this] {
+            m_rig->settings().setFeedbackDuration(0);
+            m_rig->controller().showFeedback(MediaApp::spotify, FeedbackKind::forward);
+            QTRY_VERIFY(!m_rig->controller().seekFeedback().has_value());
+            m_rig->controller().showStatus(QStringLiteral(
+                "Grant YouTube (Chrome) permission in System Settings > Privacy > Automation"));
+        });
+        shoot(QStringLiteral("lastapp"), [this] {
+            m_rig->settings().setFeedbackDuration(0);
+            QCOMPARE(m_rig->seek({10}), 1);
+            QTRY_VERIFY(!m_rig->controller().seekFeedback().has_value());
+        });
+        m_rig->players().setNowPlayingText(MediaApp::spotify,
+                                           QStringLiteral("Bohemian Rhapsody - Queen"));
+        shoot(QStringLiteral("nowplaying"), [this] { m_rig->controller().pollNowPlaying(); });
+    }
+};
+
+QTEST_MAIN(TestMenuBarView)
+#include "tst_menubarview.moc"

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QPalette>
+#include <QPixmap>
+#include <QString>
+
+// Pictures of views that a person should look at, written into the build's artifacts folder,
+// and the light and dark palettes they are taken in.
+namespace Screenshots {
+
+QPalette lightPalette();
+QPalette darkPalette();
+
+// Writes `picture` as <artifacts>/<name>.png and answers the file's path, or an empty string
+// when it could not be written.
+QString save(const QPixmap& picture, const QString& name);
+
+// `picture` (with transparency) centred on a busy backdrop, so that translucency shows.
+QPixmap onBackdrop(const QPixmap& picture, bool dark);
+
+} // namespace Screenshots
