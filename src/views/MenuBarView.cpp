@@ -14,7 +14,6 @@
 
 #include <QCoreApplication>
 #include <QEvent>
-#include <QFontInfo>
 #include <QGraphicsOpacityEffect>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -39,15 +38,18 @@ QLabel* makeText(const QString& text, const QFont& font, const QColor& color, in
     if (maxLines > 1) {
         // Long texts grow the row downwards, up to the given number of lines.
         label->setWordWrap(true);
-        label->setMaximumHeight(QFontMetrics(font).lineSpacing() * maxLines + 2);
+        const QFontMetrics metrics(font);
+        label->setMaximumHeight(metrics.lineSpacing() * maxLines + metrics.descent());
     }
-    label->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    QSizePolicy policy(QSizePolicy::Expanding, QSizePolicy::Preferred);
+    policy.setHeightForWidth(label->wordWrap());
+    label->setSizePolicy(policy);
     return label;
 }
 
-int captionSymbolSize() {
-    return QFontInfo(Style::captionFont()).pixelSize() + 3;
-}
+// Large enough for the number inside a skip symbol to be read.
+constexpr int stateSymbolSize = 18;
+constexpr int buttonSymbolSize = 20;
 
 } // namespace
 
@@ -87,6 +89,16 @@ bool MenuBarView::hasCompletedOnboarding() const {
     return m_settings.defaults().boolValue(onboardingKey).value_or(false);
 }
 
+QSize MenuBarView::fittingSize() {
+    // Rows were just replaced: drop every layout's remembered sizes before asking.
+    for (QLayout* each : findChildren<QLayout*>()) {
+        each->invalidate();
+    }
+    layout()->invalidate();
+    const int width = qBound(minimumPanelWidth, sizeHint().width(), maximumPanelWidth);
+    return {width, hasHeightForWidth() ? heightForWidth(width) : sizeHint().height()};
+}
+
 void MenuBarView::completeOnboarding() {
     m_settings.defaults().setBool(onboardingKey, true);
     if (m_welcome != nullptr) {
@@ -94,7 +106,9 @@ void MenuBarView::completeOnboarding() {
         m_welcome->deleteLater();
     }
     buildMenu();
+    m_menu->show();
     setPolling(isVisible());
+    emit contentChanged();
 }
 
 void MenuBarView::buildMenu() {
@@ -124,7 +138,7 @@ void MenuBarView::buildMenu() {
         (*button)->setAutoRaise(true);
         (*button)->setToolButtonStyle(Qt::ToolButtonTextBesideIcon);
         (*button)->setFocusPolicy(Qt::NoFocus);
-        (*button)->setIconSize(QSize(16, 16));
+        (*button)->setIconSize(QSize(buttonSymbolSize, buttonSymbolSize));
         buttonsLayout->addWidget(*button);
     }
     buttonsLayout->addStretch();
@@ -181,7 +195,7 @@ void MenuBarView::rebuildState() {
     auto* layout = new QHBoxLayout(row);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->setSpacing(6);
-    const int symbolSize = captionSymbolSize();
+    const int symbolSize = stateSymbolSize;
     QString kind;
 
     if (const auto feedback = m_controller.seekFeedback()) {
@@ -264,6 +278,7 @@ void MenuBarView::rebuildState() {
                 [row] { row->setGraphicsEffect(nullptr); });
         animation->start(QAbstractAnimation::DeleteWhenStopped);
     }
+    emit contentChanged();
 }
 
 void MenuBarView::rebuildSeekButtons() {

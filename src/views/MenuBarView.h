@@ -38,10 +38,15 @@ public:
     // Which line the state section shows: "feedback", "status", "nowPlaying", "noMedia" or
     // "lastApp".
     QString stateKind() const { return m_stateKind; }
+    // The size the content needs: as wide as it would like within the panel's limits, and as
+    // tall as its wrapped lines need at that width.
+    QSize fittingSize();
 
 signals:
     void settingsRequested();
     void quitRequested();
+    // What is shown changed, and with it maybe the size needed.
+    void contentChanged();
 
 protected:
     void showEvent(QShowEvent* event) override;

@@ -16,13 +16,33 @@ MenuBarWindow::MenuBarWindow(MenuBarView* view, QWidget* parent)
     setWindowTitle(QStringLiteral("Scrubline"));
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(1, 1, 1, 1);
-    layout->setSizeConstraint(QLayout::SetFixedSize);
     layout->addWidget(view);
+    connect(view, &MenuBarView::contentChanged, this, [this] {
+        if (isVisible()) {
+            fitContent();
+        }
+    });
+}
+
+void MenuBarWindow::fitContent() {
+    const QMargins margins = layout()->contentsMargins();
+    const QSize content = m_view->fittingSize();
+    const QSize size(content.width() + margins.left() + margins.right(),
+                     content.height() + margins.top() + margins.bottom());
+    setFixedSize(size);
+    if (const QScreen* current = screen(); current != nullptr && isVisible()) {
+        const QRect available = current->availableGeometry();
+        QRect frame(pos(), size);
+        if (!available.contains(frame)) {
+            frame.moveTop(
+                qMax(available.top(), qMin(frame.top(), available.bottom() + 1 - size.height())));
+            move(frame.topLeft());
+        }
+    }
 }
 
 void MenuBarWindow::openAt(const QRect& anchor) {
-    layout()->activate();
-    adjustSize();
+    fitContent();
     const QScreen* screen = QGuiApplication::screenAt(anchor.center());
     if (screen == nullptr) {
         screen = QGuiApplication::primaryScreen();

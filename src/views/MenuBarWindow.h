@@ -23,6 +23,8 @@ public:
     void openAt(const QRect& anchor);
     // How long ago it closed; invalid when it never has.
     const QElapsedTimer& sinceClosed() const { return m_sinceClosed; }
+    // Sizes the window to its content, keeping it on screen.
+    void fitContent();
 
     // The top left corner for a window of `size` at `anchor`, kept inside `available`.
     static QPoint placement(const QSize& size, const QRect& anchor, const QRect& available);

@@ -30,8 +30,9 @@ QWidget* makeHintLine(const QString& symbol, const QString& text, const QString&
     auto* icon = new SymbolView(symbol, QFontInfo(font).pixelSize() + 2, line);
     icon->setObjectName(name + QStringLiteral("Symbol"));
     icon->setTone(SymbolView::Tone::secondary);
-    layout->addWidget(icon);
+    layout->addWidget(icon, 0, Qt::AlignTop);
     auto* label = makeLabel(text, font, name, line);
+    label->setWordWrap(true);
     QPalette palette = label->palette();
     palette.setColor(QPalette::WindowText, Style::secondary(parent->palette()));
     label->setPalette(palette);
@@ -87,7 +88,7 @@ WelcomeView::WelcomeView(std::function<void()> onDismiss, QWidget* parent)
     hintsLayout->addWidget(makeHintLine(QStringLiteral("gobackward.10"),
                                         QStringLiteral("Left Arrow: Backward 10s"),
                                         QStringLiteral("backwardHint"), this));
-    layout->addWidget(hints, 0, Qt::AlignHCenter);
+    layout->addWidget(hints);
 
     auto* button = new QPushButton(QStringLiteral("Get Started"), this);
     button->setObjectName(QStringLiteral("getStartedButton"));

@@ -357,6 +357,17 @@ private slots:
             window.openAt(QRect(900, 4, 24, 24));
             QVERIFY(QTest::qWaitForWindowExposed(&window));
             QTest::qWait(300); // past the feedback line's fade
+            // Every line of text has the room it needs.
+            for (const QLabel* label : window.findChildren<QLabel*>()) {
+                if (label->isVisible() && label->wordWrap()) {
+                    QVERIFY2(label->height() >= label->heightForWidth(label->width()),
+                             qPrintable(QStringLiteral("%1: %2 < %3 at %4")
+                                            .arg(label->text())
+                                            .arg(label->height())
+                                            .arg(label->heightForWidth(label->width()))
+                                            .arg(label->width())));
+                }
+            }
             const QString path =
                 Screenshots::save(window.grab(), QStringLiteral("panel-%1-%2").arg(name, theme));
             QVERIFY(!path.isEmpty());
