@@ -49,7 +49,8 @@ void MenuBarExtra::togglePanel() {
     if (m_window->sinceClosed().isValid() && !m_window->sinceClosed().hasExpired(reopenGuardMs)) {
         return;
     }
-    const QRect icon = m_trayIcon.geometry();
+    // Without a tray the icon's last place is stale.
+    const QRect icon = QSystemTrayIcon::isSystemTrayAvailable() ? m_trayIcon.geometry() : QRect();
     m_window->openAt(icon.isValid() && !icon.isEmpty() ? icon : QRect(QCursor::pos(), QSize(1, 1)));
 }
 
