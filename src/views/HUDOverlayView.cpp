@@ -64,7 +64,7 @@ void HUDOverlayView::paintEvent(QPaintEvent* /*event*/) {
     painter.setRenderHint(QPainter::Antialiasing);
     QPainterPath card;
     card.addRoundedRect(QRectF(rect()).adjusted(0.5, 0.5, -0.5, -0.5), cornerRadius, cornerRadius);
-    painter.fillPath(card, dark ? QColor(44, 44, 46, 200) : QColor(250, 250, 250, 205));
+    painter.fillPath(card, dark ? QColor(44, 44, 46, 196) : QColor(252, 252, 252, 184));
     painter.setPen(QPen(dark ? QColor(255, 255, 255, 40) : QColor(0, 0, 0, 22), 1));
     painter.drawPath(card);
 }

@@ -66,6 +66,42 @@ private slots:
                                QStringLiteral("/Scrubline/Scrubline.conf")));
     }
 
+    // A left click on the icon opens the panel under it, with the welcome content on a first
+    // run; Escape closes it again.
+    void aClickOpensThePanelUnderTheIcon() {
+        TrayHost tray;
+        QVERIFY(tray.start());
+        QProcess app;
+        app.start(binary, {});
+        QVERIFY(app.waitForStarted());
+        const auto icon = waitForWindow(trayClass, 1);
+        QVERIFY2(icon.has_value(), "the icon docks");
+
+        Desktop::click(icon->geometry.center(), 1);
+        std::optional<Desktop::Window> panel;
+        QTRY_VERIFY2_WITH_TIMEOUT(
+            [&panel] {
+                for (const auto& window : Desktop::visibleWindows(trayClass)) {
+                    if (window.geometry.width() > 64) {
+                        panel = window;
+                    }
+                }
+                return panel.has_value();
+            }(),
+            "a left click opens the panel", 10000);
+        QVERIFY2(panel->geometry.width() >= 200 && panel->geometry.width() <= 282,
+                 qPrintable(QString::number(panel->geometry.width())));
+        QVERIFY(panel->geometry.top() > icon->geometry.bottom());
+        QVERIFY(panel->geometry.height() > 100);
+
+        Desktop::output(QStringLiteral("xdotool"),
+                        {QStringLiteral("key"), QStringLiteral("Escape")});
+        QTRY_COMPARE_WITH_TIMEOUT(Desktop::visibleWindows(trayClass).size(), 1, 10000);
+
+        app.terminate();
+        QVERIFY(app.waitForFinished(10000));
+    }
+
     void withoutADisplayItSaysSoInOneLine_data() {
         QTest::addColumn<QString>("display");
         QTest::addColumn<QString>("named");
