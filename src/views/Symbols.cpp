@@ -141,9 +141,14 @@ QPixmap pixmap(const QString& symbolName, int pixelSize, const QColor& color,
     }
     const int devicePixels = qMax(1, qRound(pixelSize * devicePixelRatio));
     const Parts parts = partsOf(symbolName);
-    QImage image = platformImages().image(symbolName, devicePixels);
-    const bool native = !image.isNull();
-    if (!native) {
+    const QByteArray pixels = platformImages().image(symbolName, devicePixels);
+    const bool native = pixels.size() == qsizetype(devicePixels) * devicePixels * 4;
+    QImage image;
+    if (native) {
+        image = QImage(reinterpret_cast<const uchar*>(pixels.constData()), devicePixels,
+                       devicePixels, devicePixels * 4, QImage::Format_RGBA8888_Premultiplied)
+                    .copy();
+    } else {
         image = drawing(parts.drawing, devicePixels);
     }
     tint(image, color);

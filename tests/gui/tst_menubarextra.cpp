@@ -143,6 +143,33 @@ private slots:
         QTRY_VERIFY(!window.isVisible());
     }
 
+    // With the icon hidden nothing of the panel stays on screen.
+    void hidingTheIconClosesAnOpenPanel() {
+        QCursor::setPos(300, 200);
+        m_extra->togglePanel();
+        MenuBarWindow& window = m_extra->window();
+        QVERIFY(window.isVisible());
+        m_rig->settings().defaults().setBool(AppSettings::Keys::showMenuBarIcon, false);
+        QVERIFY(!window.isVisible());
+        QVERIFY(!m_rig->controller().isPollingNowPlaying());
+    }
+
+    // The click on the icon that takes the focus from the open panel closes it; it must not
+    // open it again at once.
+    void theClosingClickDoesNotReopen() {
+        QCursor::setPos(300, 200);
+        m_extra->togglePanel();
+        MenuBarWindow& window = m_extra->window();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QTest::keyClick(&window, Qt::Key_Escape);
+        QVERIFY(!window.isVisible());
+        m_extra->togglePanel();
+        QVERIFY(!window.isVisible());
+        QTest::qWait(MenuBarExtra::reopenGuardMs + 50);
+        m_extra->togglePanel();
+        QVERIFY(window.isVisible());
+    }
+
     void choosingSettingsClosesThePanelAndAsks() {
         QCursor::setPos(300, 200);
         m_extra->togglePanel();

@@ -5,5 +5,5 @@
 // The desktop has no symbol set of its own: the program's drawings are used everywhere.
 class NoSymbolImages : public SymbolImages {
 public:
-    QImage image(const QString& /*name*/, int /*pixelSize*/) const override { return {}; }
+    QByteArray image(const QString& /*name*/, int /*pixelSize*/) const override { return {}; }
 };

@@ -5,5 +5,5 @@
 // SF Symbols through NSImage (macOS 11 and later).
 class SystemSymbolImages : public SymbolImages {
 public:
-    QImage image(const QString& name, int pixelSize) const override;
+    QByteArray image(const QString& name, int pixelSize) const override;
 };

@@ -5,7 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
-QImage SystemSymbolImages::image(const QString& name, int pixelSize) const {
+QByteArray SystemSymbolImages::image(const QString& name, int pixelSize) const {
     if (pixelSize <= 0) {
         return {};
     }
@@ -59,10 +59,15 @@ QImage SystemSymbolImages::image(const QString& name, int pixelSize) const {
         [context flushGraphics];
         [NSGraphicsContext restoreGraphicsState];
 
-        // The bitmap is 8-bit RGBA with premultiplied alpha last, rows top to bottom.
-        const QImage view(bitmap.bitmapData, pixelSize, pixelSize,
-                          static_cast<qsizetype>(bitmap.bytesPerRow),
-                          QImage::Format_RGBA8888_Premultiplied);
-        return view.copy();
+        // The bitmap is 8-bit RGBA with premultiplied alpha last, rows top to bottom; its rows
+        // may be padded.
+        const auto* data = reinterpret_cast<const char*>(bitmap.bitmapData);
+        const auto rowBytes = static_cast<qsizetype>(bitmap.bytesPerRow);
+        QByteArray pixels;
+        pixels.reserve(qsizetype(pixelSize) * pixelSize * 4);
+        for (int row = 0; row < pixelSize; ++row) {
+            pixels.append(data + row * rowBytes, qsizetype(pixelSize) * 4);
+        }
+        return pixels;
     }
 }
