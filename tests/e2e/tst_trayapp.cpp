@@ -1,4 +1,7 @@
+#include "models/AppSettings.h"
+#include "platform/IniSettings.h"
 #include "support/Desktop.h"
+#include "utilities/UserDefaults.h"
 
 #include <QFile>
 #include <QProcess>
@@ -150,6 +153,25 @@ private slots:
         QCOMPARE(app.state(), QProcess::Running);
         app.terminate();
         QVERIFY(app.waitForFinished(10000));
+    }
+
+    // The icon switched off in the settings: the program runs without one.
+    void aHiddenIconStaysAwayAtLaunch() {
+        const QString file =
+            qEnvironmentVariable("XDG_CONFIG_HOME") + QStringLiteral("/Scrubline/Scrubline.conf");
+        UserDefaults(openIniSettings(file)).setBool(AppSettings::Keys::showMenuBarIcon, false);
+        TrayHost tray;
+        QVERIFY(tray.start());
+        QProcess app;
+        app.start(binary, {});
+        QVERIFY(app.waitForStarted());
+        // A docked icon would show within this time, as the tests above see.
+        QTest::qWait(3000);
+        QCOMPARE(app.state(), QProcess::Running);
+        QVERIFY(Desktop::visibleWindows(trayClass).isEmpty());
+        app.terminate();
+        QVERIFY(app.waitForFinished(10000));
+        QVERIFY(QFile::remove(file));
     }
 };
 

@@ -8,6 +8,7 @@
 #include <QDirIterator>
 #include <QImage>
 #include <QPainter>
+#include <QProcess>
 #include <QtTest>
 
 namespace {
@@ -143,6 +144,28 @@ private slots:
         const QImage plus = render(QStringLiteral("plus.circle.fill"), 48, Qt::white);
         QCOMPARE(qAlpha(plus.pixel(24, 24)), 0);             // the middle of the plus
         QCOMPARE(qAlpha(plus.pixel(24 - 10, 24 - 10)), 255); // the disc around it
+    }
+
+    // Asking for a symbol that does not exist stops the program with a message that names
+    // it, rather than drawing nothing. Checked in a child run of this very test.
+    void anUnknownNameStopsTheProgram() {
+        if (qEnvironmentVariableIsSet("SCRUBLINE_ASK_UNKNOWN_SYMBOL")) {
+            (void)Symbols::pixmap(QStringLiteral("goforward.20"), 16, Qt::black);
+            QFAIL("the unknown symbol was drawn");
+        }
+        QProcess child;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("SCRUBLINE_ASK_UNKNOWN_SYMBOL"), QStringLiteral("1"));
+        environment.insert(QStringLiteral("QTEST_DISABLE_STACK_DUMP"), QStringLiteral("1"));
+        child.setProcessEnvironment(environment);
+        child.start(QCoreApplication::applicationFilePath(),
+                    {QStringLiteral("anUnknownNameStopsTheProgram")});
+        QVERIFY(child.waitForFinished(60000));
+        const QByteArray output = child.readAllStandardOutput() + child.readAllStandardError();
+        QVERIFY2(child.exitStatus() == QProcess::CrashExit || child.exitCode() != 0,
+                 output.constData());
+        QVERIFY2(output.contains("no symbol is named \"goforward.20\""), output.constData());
+        QVERIFY(!output.contains("the unknown symbol was drawn"));
     }
 
     void sharpAtTwiceTheDensity() {
