@@ -1,6 +1,8 @@
 #include "ScrublineApp.h"
 
+#include "AppDelegate.h"
 #include "models/AppSettings.h"
+#include "platform/Platform.h"
 #include "services/MediaController.h"
 #include "utilities/Logger.h"
 #include "views/AlertBox.h"
@@ -25,6 +27,13 @@ ScrublineApp::ScrublineApp(QObject* parent)
         qCWarning(Log::general(), "No system tray is running; the icon appears when one starts");
     }
     m_trayIcon.show();
+
+    m_appDelegate = std::make_unique<AppDelegate>(Platform::createHotkeyService(),
+                                                  Platform::createPlayerControl(),
+                                                  AppSettings::shared(), MediaController::shared());
+    m_appDelegate->applicationDidFinishLaunching();
+    connect(qApp, &QCoreApplication::aboutToQuit, m_appDelegate.get(),
+            &AppDelegate::applicationWillTerminate);
 }
 
 ScrublineApp::~ScrublineApp() = default;

@@ -4,6 +4,10 @@
 #include <QObject>
 #include <QSystemTrayIcon>
 
+#include <memory>
+
+class AppDelegate;
+
 // The running program: the tray icon and its menu.
 class ScrublineApp : public QObject {
     Q_OBJECT
@@ -15,4 +19,5 @@ public:
 private:
     QMenu m_menu;
     QSystemTrayIcon m_trayIcon;
+    std::unique_ptr<AppDelegate> m_appDelegate;
 };
