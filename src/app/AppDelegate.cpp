@@ -61,7 +61,7 @@ void AppDelegate::applicationDidFinishLaunching() {
         m_hotkeys->installHandler([this](std::uint32_t id) { hotkeyPressed(id); });
     registerAllHotkeys();
     precompileScripts();
-    // The overlay manager starts here, once the scripts are being warmed.
+    // HUDOverlayManager::shared().start(); -- the overlay manager starts here, next in order.
     m_settings.setOnSeekActionsChanged([self = QPointer<AppDelegate>(this)] {
         if (self) {
             self->seekActionsChanged();
