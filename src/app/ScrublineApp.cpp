@@ -1,9 +1,12 @@
 #include "ScrublineApp.h"
 
+#include "AppDelegate.h"
 #include "models/AppSettings.h"
+#include "platform/Platform.h"
 #include "services/MediaController.h"
 #include "utilities/Logger.h"
 #include "views/AlertBox.h"
+#include "views/HUDOverlayManager.h"
 #include "views/MenuBarExtra.h"
 
 #include <QApplication>
@@ -23,6 +26,12 @@ ScrublineApp::ScrublineApp(QObject* parent)
     }
     m_menuBarExtra =
         std::make_unique<MenuBarExtra>(MediaController::shared(), AppSettings::shared());
+    m_appDelegate = std::make_unique<AppDelegate>(
+        Platform::createHotkeyService(), Platform::createPlayerControl(), AppSettings::shared(),
+        MediaController::shared(), &HUDOverlayManager::shared());
+    m_appDelegate->applicationDidFinishLaunching();
+    connect(qApp, &QCoreApplication::aboutToQuit, m_appDelegate.get(),
+            &AppDelegate::applicationWillTerminate);
 }
 
 ScrublineApp::~ScrublineApp() = default;

@@ -4,9 +4,10 @@
 
 #include <memory>
 
+class AppDelegate;
 class MenuBarExtra;
 
-// The running program: the tray icon and its panel.
+// The running program: the tray icon and its panel, and the hotkeys.
 class ScrublineApp : public QObject {
     Q_OBJECT
 
@@ -16,4 +17,5 @@ public:
 
 private:
     std::unique_ptr<MenuBarExtra> m_menuBarExtra;
+    std::unique_ptr<AppDelegate> m_appDelegate;
 };

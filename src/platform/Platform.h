@@ -1,5 +1,6 @@
 #pragma once
 
+#include "HotkeyService.h"
 #include "LoginItem.h"
 #include "PlayerControl.h"
 #include "RunningApps.h"
@@ -29,6 +30,10 @@ std::shared_ptr<PlayerControl> createPlayerControl();
 
 // The running applications, followed live. Lives on the GUI thread.
 std::unique_ptr<RunningApps> createRunningApps();
+
+// System-wide hotkeys, on the GUI thread. Where the session offers none, its handler cannot
+// be installed and nothing registers.
+std::unique_ptr<HotkeyService> createHotkeyService();
 
 // Whether the program may watch the keyboard system-wide, read once.
 bool accessibilityTrusted();

@@ -123,6 +123,12 @@ void ScriptedEngine::release() {
     m_state->changed.notify_all();
 }
 
+QSet<QString> ScriptedEngine::builtSources() const {
+    std::lock_guard lock(m_state->mutex);
+    const QList<QString> sources = m_state->builds.keys();
+    return QSet<QString>(sources.begin(), sources.end());
+}
+
 int ScriptedEngine::builds(const QString& source) const {
     std::lock_guard lock(m_state->mutex);
     return m_state->builds.value(source);

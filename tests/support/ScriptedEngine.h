@@ -39,6 +39,8 @@ public:
     void release();
 
     int builds(const QString& source) const;
+    // Every source built at least once, whether or not it built.
+    QSet<QString> builtSources() const;
     // The script objects in the order their runs started.
     QList<const Script*> runs() const;
     QStringList ranSources() const;

@@ -2,6 +2,7 @@
 #include "MprisPlayerRegistry.h"
 #include "MprisRunningApps.h"
 #include "NoSymbolImages.h"
+#include "X11HotkeyService.h"
 #include "XdgAutostartLoginItem.h"
 #include "platform/IniSettings.h"
 #include "platform/Platform.h"
@@ -32,6 +33,10 @@ std::shared_ptr<PlayerControl> createPlayerControl() {
 
 std::unique_ptr<RunningApps> createRunningApps() {
     return std::make_unique<MprisRunningApps>(MprisPlayerRegistry::shared());
+}
+
+std::unique_ptr<HotkeyService> createHotkeyService() {
+    return std::make_unique<X11HotkeyService>();
 }
 
 bool accessibilityTrusted() {

@@ -51,10 +51,18 @@ PlayerControl::SeekAnswer MprisPlayerControl::seekIfPlaying(MediaApp app, double
             failed = true;
             continue;
         }
+        const bool seekInFlight = m_registry.isSeekInFlight(player);
         m_registry.remember(player, *state);
         if (state->isPlaying()) {
             m_registry.markActive(player);
             m_registry.expectSeeked(player);
+            // A position read while our last seek is still under way can be the one from
+            // before it (Chromium's is): moving to it plus the step would undo that seek. A
+            // relative seek starts from where the player really is.
+            if (seekInFlight) {
+                return {MprisClient::seekRelative(m_registry.bus(), player, deltaUs,
+                                                  remaining(deadline))};
+            }
             return {MprisClient::seekFrom(m_registry.bus(), player, *state, seconds,
                                           remaining(deadline))};
         }

@@ -241,6 +241,12 @@ void MprisPlayerRegistry::expectSeeked(const QString& busName) {
     }
 }
 
+bool MprisPlayerRegistry::isSeekInFlight(const QString& busName) const {
+    QMutexLocker lock(&m_mutex);
+    const auto found = m_players.constFind(busName);
+    return found != m_players.cend() && found->announcesSeeks && found->awaitingSeeked;
+}
+
 bool MprisPlayerRegistry::canSeekRelatively(const QString& busName, qint64 deltaUs) const {
     QMutexLocker lock(&m_mutex);
     const auto found = m_players.constFind(busName);

@@ -47,6 +47,9 @@ public:
     // that announce every move of the position (Seeked), so that one moved by the user in its
     // own window is never guessed wrong; Spotify, which does not, is always read first.
     bool canSeekRelatively(const QString& busName, qint64 deltaUs) const;
+    // True while our last seek of a player that announces its moves is not announced yet. Its
+    // reported position may then still be the one from before that seek.
+    bool isSeekInFlight(const QString& busName) const;
 
     // Which app a player stands for: Spotify by its name; Chrome by its name and by the
     // program that owns it, since Electron apps and other Chromium-based browsers take the

@@ -1,4 +1,5 @@
 #include "AppleScriptEngine.h"
+#include "CarbonHotkeyService.h"
 #include "SMAppServiceLoginItem.h"
 #include "SystemSymbolImages.h"
 #include "WorkspaceRunningApps.h"
@@ -26,6 +27,10 @@ std::shared_ptr<PlayerControl> createPlayerControl() {
 
 std::unique_ptr<RunningApps> createRunningApps() {
     return std::make_unique<WorkspaceRunningApps>();
+}
+
+std::unique_ptr<HotkeyService> createHotkeyService() {
+    return std::make_unique<CarbonHotkeyService>();
 }
 
 bool accessibilityTrusted() {

@@ -1,0 +1,159 @@
+#include "AppDelegate.h"
+
+#include "models/AppSettings.h"
+#include "platform/PlayerControl.h"
+#include "services/MediaController.h"
+#include "utilities/ConcurrentQueue.h"
+#include "utilities/MainThread.h"
+#include "views/HUDOverlayManager.h"
+
+#include <QPointer>
+
+#include <algorithm>
+#include <limits>
+
+namespace {
+
+// Touched only on the GUI thread.
+std::map<std::uint32_t, double> g_hotkeySecondsMap;
+
+// What a press of the action asks the media controller for.
+double signedSeconds(const SeekAction& action) {
+    switch (action.direction) {
+    case SeekAction::Direction::forward:
+        return action.seconds;
+    case SeekAction::Direction::backward:
+        return -action.seconds;
+    case SeekAction::Direction::playPause:
+        break;
+    }
+    return 0.0;
+}
+
+} // namespace
+
+AppDelegate::AppDelegate(std::unique_ptr<HotkeyService> hotkeys,
+                         std::shared_ptr<PlayerControl> players, AppSettings& settings,
+                         MediaController& mediaController, HUDOverlayManager* overlay,
+                         QObject* parent)
+    : QObject(parent)
+    , m_hotkeys(std::move(hotkeys))
+    , m_players(std::move(players))
+    , m_settings(settings)
+    , m_mediaController(mediaController)
+    , m_overlay(overlay) {
+    m_hotkeyDebounce.setSingleShot(true);
+    m_hotkeyDebounce.setInterval(hotkeyDebounceMs);
+    m_hotkeyDebounce.setTimerType(Qt::PreciseTimer);
+    connect(&m_hotkeyDebounce, &QTimer::timeout, this, [this] {
+        registerAllHotkeys();
+        precompileScripts();
+    });
+}
+
+AppDelegate::~AppDelegate() {
+    applicationWillTerminate();
+}
+
+const std::map<std::uint32_t, double>& AppDelegate::hotkeySecondsMap() {
+    return g_hotkeySecondsMap;
+}
+
+void AppDelegate::applicationDidFinishLaunching() {
+    m_eventHandlerInstalled =
+        m_hotkeys->installHandler([this](std::uint32_t id) { hotkeyPressed(id); });
+    registerAllHotkeys();
+    precompileScripts();
+    if (m_overlay) {
+        m_overlay->start();
+    }
+    m_settings.setOnSeekActionsChanged([self = QPointer<AppDelegate>(this)] {
+        if (self) {
+            self->seekActionsChanged();
+        }
+    });
+}
+
+void AppDelegate::applicationWillTerminate() {
+    m_hotkeyDebounce.stop();
+    m_settings.setOnSeekActionsChanged(nullptr);
+    unregisterAllHotkeys();
+    if (m_eventHandlerInstalled) {
+        m_hotkeys->removeHandler();
+        m_eventHandlerInstalled = false;
+    }
+}
+
+void AppDelegate::registerAllHotkeys() {
+    unregisterAllHotkeys();
+    g_hotkeySecondsMap.clear();
+    const QList<SeekAction>& actions = m_settings.seekActions();
+    if (actions.size() > qsizetype(std::numeric_limits<std::uint32_t>::max())) {
+        qFatal("More seek actions than hotkey ids");
+    }
+    for (qsizetype i = 0; i < actions.size(); ++i) {
+        const SeekAction& action = actions[i];
+        const auto id = static_cast<std::uint32_t>(i + 1);
+        // In the table even when the registration fails, like every other action.
+        g_hotkeySecondsMap[id] = signedSeconds(action);
+        // A combination held elsewhere stays inactive, silently; so does every combination
+        // where the session has no global hotkeys.
+        if (const auto handle = m_hotkeys->registerHotkey(action.keyCode, action.carbonModifiers,
+                                                          hotkeySignature, id)) {
+            m_hotKeyRefs.push_back(*handle);
+        }
+    }
+}
+
+void AppDelegate::unregisterAllHotkeys() {
+    for (const HotkeyService::Handle handle : m_hotKeyRefs) {
+        m_hotkeys->unregisterHotkey(handle);
+    }
+    m_hotKeyRefs.clear();
+}
+
+void AppDelegate::seekActionsChanged() {
+    // Restarting the timer drops the re-registration it was counting down to.
+    m_hotkeyDebounce.start();
+}
+
+void AppDelegate::precompileScripts() {
+    std::vector<double> amounts;
+    for (const SeekAction& action : m_settings.seekActions()) {
+        const double seconds = signedSeconds(action);
+        if (std::find(amounts.begin(), amounts.end(), seconds) == amounts.end()) {
+            amounts.push_back(seconds);
+        }
+    }
+    // Where players are driven by scripts, each target's seek script is built exactly as a
+    // seek of that amount will run it, so the first press finds it in the cache.
+    const bool started = ConcurrentQueue::utility().async(
+        [amounts = std::move(amounts), players = m_players, self = QPointer<QObject>(this)] {
+            for (const double seconds : amounts) {
+                if (seconds == 0.0) {
+                    continue; // play/pause has no seek to prepare
+                }
+                players->warmSeek(seconds);
+            }
+            MainThread::post(self, [self] {
+                emit static_cast<AppDelegate*>(self.data())->scriptsPrecompiled();
+            });
+        });
+    if (!started) {
+        // Without a thread the scripts are built on their first run instead.
+        emit scriptsPrecompiled();
+    }
+}
+
+void AppDelegate::hotkeyPressed(std::uint32_t id) {
+    // Called from the platform's event dispatch: look up, hand on, return.
+    const auto found = g_hotkeySecondsMap.find(id);
+    if (found == g_hotkeySecondsMap.end()) {
+        return; // a press from before the last rebuild
+    }
+    const double seconds = found->second;
+    QMetaObject::invokeMethod(
+        &m_mediaController,
+        [controller = &m_mediaController, seconds] { controller->enqueueSeek(seconds); },
+        Qt::QueuedConnection);
+}

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "platform/HotkeyService.h"
+
+#include <QObject>
+#include <QTimer>
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <vector>
+
+class AppSettings;
+class HUDOverlayManager;
+class MediaController;
+class PlayerControl;
+
+// Starts and stops the program's machinery around the event loop, and turns the user's seek
+// actions into system-wide hotkeys whose presses become requests to the media controller.
+// Lives on the GUI thread.
+class AppDelegate : public QObject {
+    Q_OBJECT
+
+public:
+    // The owner signature of every hotkey: the four characters "SCR1".
+    static constexpr std::uint32_t hotkeySignature = 0x53435231;
+    // How long the hotkeys wait after the settings store saved a changed action list, so that
+    // a burst of edits re-registers once.
+    static constexpr int hotkeyDebounceMs = 500;
+
+    // `players` is what the scripts are warmed through; `overlay`, when given, is started at
+    // launch.
+    AppDelegate(std::unique_ptr<HotkeyService> hotkeys, std::shared_ptr<PlayerControl> players,
+                AppSettings& settings, MediaController& mediaController,
+                HUDOverlayManager* overlay = nullptr, QObject* parent = nullptr);
+    ~AppDelegate() override;
+
+    // The hotkey id to signed seconds of the actions last registered, shared by the process.
+    // Forward is positive, backward negative, play/pause exactly 0.
+    static const std::map<std::uint32_t, double>& hotkeySecondsMap();
+
+    void applicationDidFinishLaunching();
+    void applicationWillTerminate();
+
+    // Rebuilds the table and every registration from the settings' action list.
+    void registerAllHotkeys();
+    // Drops every registration; the table stays until the next rebuild.
+    void unregisterAllHotkeys();
+    // Re-registers and warms the script cache once the list has stopped changing.
+    void seekActionsChanged();
+    // Builds every script a hotkey can run, on a utility thread.
+    void precompileScripts();
+
+    // How many hotkeys are registered now.
+    qsizetype registeredHotkeyCount() const { return qsizetype(m_hotKeyRefs.size()); }
+
+signals:
+    // The scripts asked for by one precompileScripts() call are built.
+    void scriptsPrecompiled();
+
+private:
+    void hotkeyPressed(std::uint32_t id);
+
+    std::unique_ptr<HotkeyService> m_hotkeys;
+    std::shared_ptr<PlayerControl> m_players;
+    AppSettings& m_settings;
+    MediaController& m_mediaController;
+    HUDOverlayManager* m_overlay;
+    std::vector<HotkeyService::Handle> m_hotKeyRefs;
+    bool m_eventHandlerInstalled = false;
+    // The pending re-registration; stopping it cancels it.
+    QTimer m_hotkeyDebounce;
+};

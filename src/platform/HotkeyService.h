@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+
+// System-wide hotkeys: a key code and modifier mask, both as the reference platform numbers
+// them (the Carbon virtual key codes and hot-key modifier bits), registered under an owner
+// signature and an id. Lives on the GUI thread, and presses arrive there.
+class HotkeyService {
+public:
+    using Handle = std::uint64_t;
+    using PressHandler = std::function<void(std::uint32_t id)>;
+
+    virtual ~HotkeyService() = default;
+
+    // Starts listening for presses of registered hotkeys. Called once, before any registration;
+    // false when the session offers no global hotkeys, and then nothing registers.
+    virtual bool installHandler(PressHandler handler) = 0;
+    // Stops listening; registrations should be dropped before.
+    virtual void removeHandler() = 0;
+
+    // Nothing when the combination cannot be had, most often because another program holds
+    // it. Says nothing about why.
+    virtual std::optional<Handle> registerHotkey(std::uint32_t keyCode,
+                                                 std::uint32_t carbonModifiers,
+                                                 std::uint32_t signature, std::uint32_t id) = 0;
+    virtual void unregisterHotkey(Handle handle) = 0;
+};

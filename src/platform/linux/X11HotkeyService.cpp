@@ -1,0 +1,281 @@
+#include "X11HotkeyService.h"
+
+#include "X11KeySymbols.h"
+#include "models/SeekAction.h"
+#include "utilities/Logger.h"
+
+#include <QCoreApplication>
+#include <QGuiApplication>
+
+#include <X11/keysym.h>
+
+#include <cstdlib>
+#include <memory>
+
+namespace {
+
+// Everything the server puts into a key event's state that is a modifier and not a button.
+constexpr std::uint16_t kModifierStateBits = 0xff;
+
+struct FreeDeleter {
+    void operator()(void* pointer) const { std::free(pointer); }
+};
+template <class Reply>
+using ReplyPtr = std::unique_ptr<Reply, FreeDeleter>;
+
+xcb_connection_t* toolkitConnection() {
+    auto* application = qobject_cast<QGuiApplication*>(QCoreApplication::instance());
+    if (application == nullptr) {
+        return nullptr;
+    }
+    auto* x11 = application->nativeInterface<QNativeInterface::QX11Application>();
+    return x11 != nullptr ? x11->connection() : nullptr;
+}
+
+} // namespace
+
+X11HotkeyService::X11HotkeyService()
+    : m_connection(toolkitConnection()) {
+    if (m_connection != nullptr) {
+        const xcb_setup_t* setup = xcb_get_setup(m_connection);
+        m_root = xcb_setup_roots_iterator(setup).data->root;
+    }
+}
+
+X11HotkeyService::~X11HotkeyService() {
+    for (const auto& [handle, registration] : m_registrations) {
+        if (isGrabbed(registration.combination)) {
+            ungrab(registration.combination);
+        }
+    }
+    m_registrations.clear();
+    removeHandler();
+}
+
+bool X11HotkeyService::installHandler(PressHandler handler) {
+    if (m_connection == nullptr) {
+        qCWarning(Log::general(), "Global hotkeys need an X11 session for now; the tray menu and "
+                                  "its buttons still work");
+        return false;
+    }
+    m_handler = std::move(handler);
+    if (!m_filtering) {
+        QCoreApplication::instance()->installNativeEventFilter(this);
+        m_filtering = true;
+    }
+    return true;
+}
+
+void X11HotkeyService::removeHandler() {
+    if (m_filtering && QCoreApplication::instance() != nullptr) {
+        QCoreApplication::instance()->removeNativeEventFilter(this);
+    }
+    m_filtering = false;
+    m_handler = nullptr;
+}
+
+std::optional<HotkeyService::Handle> X11HotkeyService::registerHotkey(std::uint32_t keyCode,
+                                                                      std::uint32_t carbonModifiers,
+                                                                      std::uint32_t /*signature*/,
+                                                                      std::uint32_t id) {
+    // The signature tells owners apart in a shared hot-key table; X keeps each client's grabs
+    // apart by itself.
+    if (m_connection == nullptr || keyCode > 0xffff) {
+        return std::nullopt;
+    }
+    const auto symbol = X11KeySymbols::forKeyCode(static_cast<std::uint16_t>(keyCode));
+    if (!symbol) {
+        return std::nullopt;
+    }
+    const auto serverKey = keyCodeFor(*symbol);
+    if (!serverKey) {
+        return std::nullopt; // the keyboard has no such key
+    }
+    m_modifierBits = readModifierBits();
+    const Combination combination{*serverKey, modifiersFor(carbonModifiers)};
+    if (!isGrabbed(combination) && !grab(combination)) {
+        return std::nullopt;
+    }
+    const Handle handle = m_nextHandle++;
+    m_registrations.emplace(handle, Registration{combination, id});
+    return handle;
+}
+
+void X11HotkeyService::unregisterHotkey(Handle handle) {
+    const auto found = m_registrations.find(handle);
+    if (found == m_registrations.end()) {
+        return;
+    }
+    const Combination combination = found->second.combination;
+    m_registrations.erase(found);
+    // Two registrations of one combination share the one grab.
+    if (!isGrabbed(combination)) {
+        ungrab(combination);
+    }
+}
+
+bool X11HotkeyService::nativeEventFilter(const QByteArray& eventType, void* message,
+                                         qintptr* /*result*/) {
+    if (eventType != "xcb_generic_event_t" || !m_handler) {
+        return false;
+    }
+    const auto* event = static_cast<const xcb_generic_event_t*>(message);
+    if ((event->response_type & ~0x80) != XCB_KEY_PRESS) {
+        return false;
+    }
+    const auto* press = static_cast<const xcb_key_press_event_t*>(message);
+    if (press->event != m_root) {
+        return false;
+    }
+    const auto locks = static_cast<std::uint16_t>(XCB_MOD_MASK_LOCK | m_modifierBits.numLock);
+    const Combination pressed{
+        press->detail, static_cast<std::uint16_t>(press->state & kModifierStateBits & ~locks)};
+    for (const auto& [handle, registration] : m_registrations) {
+        if (registration.combination == pressed) {
+            // A copy: the handler may re-register, which replaces the table being read.
+            const PressHandler handler = m_handler;
+            handler(registration.id);
+            return true;
+        }
+    }
+    return false;
+}
+
+std::optional<xcb_keycode_t> X11HotkeyService::keyCodeFor(std::uint32_t keySymbol) const {
+    const xcb_setup_t* setup = xcb_get_setup(m_connection);
+    const xcb_keycode_t first = setup->min_keycode;
+    const auto count = static_cast<std::uint8_t>(setup->max_keycode - first + 1);
+    const ReplyPtr<xcb_get_keyboard_mapping_reply_t> mapping(xcb_get_keyboard_mapping_reply(
+        m_connection, xcb_get_keyboard_mapping(m_connection, first, count), nullptr));
+    if (!mapping || mapping->keysyms_per_keycode == 0) {
+        return std::nullopt;
+    }
+    const xcb_keysym_t* symbols = xcb_get_keyboard_mapping_keysyms(mapping.get());
+    const int perKey = mapping->keysyms_per_keycode;
+    const int keys = xcb_get_keyboard_mapping_keysyms_length(mapping.get()) / perKey;
+    // The key that has the symbol unshifted first, so that a letter is not found on a key
+    // that yields it only with a modifier.
+    for (int column = 0; column < perKey; ++column) {
+        for (int key = 0; key < keys; ++key) {
+            if (symbols[key * perKey + column] == keySymbol) {
+                return static_cast<xcb_keycode_t>(first + key);
+            }
+        }
+    }
+    return std::nullopt;
+}
+
+X11HotkeyService::ModifierBits X11HotkeyService::readModifierBits() const {
+    ModifierBits bits;
+    const ReplyPtr<xcb_get_modifier_mapping_reply_t> modifiers(xcb_get_modifier_mapping_reply(
+        m_connection, xcb_get_modifier_mapping(m_connection), nullptr));
+    if (!modifiers) {
+        return bits;
+    }
+    const std::optional<xcb_keycode_t> superLeft = keyCodeFor(XK_Super_L);
+    const std::optional<xcb_keycode_t> superRight = keyCodeFor(XK_Super_R);
+    const std::optional<xcb_keycode_t> altLeft = keyCodeFor(XK_Alt_L);
+    const std::optional<xcb_keycode_t> numLock = keyCodeFor(XK_Num_Lock);
+    const xcb_keycode_t* keys = xcb_get_modifier_mapping_keycodes(modifiers.get());
+    const int perModifier = modifiers->keycodes_per_modifier;
+    std::uint16_t super = 0;
+    std::uint16_t alt = 0;
+    // Shift, Lock and Control have fixed bits; the five others are the server's to assign.
+    for (int modifier = 3; modifier < 8; ++modifier) {
+        const auto bit = static_cast<std::uint16_t>(1U << modifier);
+        for (int slot = 0; slot < perModifier; ++slot) {
+            const xcb_keycode_t key = keys[modifier * perModifier + slot];
+            if (key == 0) {
+                continue;
+            }
+            if ((superLeft && key == *superLeft) || (superRight && key == *superRight)) {
+                super = super != 0 ? super : bit;
+            }
+            if (altLeft && key == *altLeft) {
+                alt = alt != 0 ? alt : bit;
+            }
+            if (numLock && key == *numLock) {
+                bits.numLock = bits.numLock != 0 ? bits.numLock : bit;
+            }
+        }
+    }
+    if (super != 0) {
+        bits.super = super;
+    }
+    if (alt != 0) {
+        bits.alt = alt;
+    }
+    return bits;
+}
+
+std::uint16_t X11HotkeyService::modifiersFor(std::uint32_t carbonModifiers) const {
+    std::uint16_t modifiers = 0;
+    if ((carbonModifiers & CarbonModifier::control) != 0) {
+        modifiers |= XCB_MOD_MASK_CONTROL;
+    }
+    if ((carbonModifiers & CarbonModifier::option) != 0) {
+        modifiers |= m_modifierBits.alt;
+    }
+    if ((carbonModifiers & CarbonModifier::shift) != 0) {
+        modifiers |= XCB_MOD_MASK_SHIFT;
+    }
+    if ((carbonModifiers & CarbonModifier::command) != 0) {
+        modifiers |= m_modifierBits.super;
+    }
+    return modifiers;
+}
+
+std::vector<std::uint16_t> X11HotkeyService::lockVariants() const {
+    // A press counts whatever the state of Caps Lock and Num Lock.
+    std::vector<std::uint16_t> variants{0, XCB_MOD_MASK_LOCK};
+    if (m_modifierBits.numLock != 0) {
+        variants.push_back(m_modifierBits.numLock);
+        variants.push_back(static_cast<std::uint16_t>(XCB_MOD_MASK_LOCK | m_modifierBits.numLock));
+    }
+    return variants;
+}
+
+bool X11HotkeyService::isGrabbed(const Combination& combination) const {
+    for (const auto& [handle, registration] : m_registrations) {
+        if (registration.combination == combination) {
+            return true;
+        }
+    }
+    return false;
+}
+
+bool X11HotkeyService::grab(const Combination& combination) {
+    // Checked requests: a refusal comes back here, never to the toolkit's error output.
+    std::vector<std::pair<std::uint16_t, xcb_void_cookie_t>> requests;
+    for (const std::uint16_t locks : lockVariants()) {
+        const auto modifiers = static_cast<std::uint16_t>(combination.modifiers | locks);
+        requests.emplace_back(
+            modifiers, xcb_grab_key_checked(m_connection, 0, m_root, modifiers, combination.keyCode,
+                                            XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+    }
+    std::vector<std::uint16_t> held;
+    bool refused = false;
+    for (const auto& [modifiers, cookie] : requests) {
+        const ReplyPtr<xcb_generic_error_t> error(xcb_request_check(m_connection, cookie));
+        if (error) {
+            refused = true; // BadAccess: another client holds this combination
+        } else {
+            held.push_back(modifiers);
+        }
+    }
+    if (refused) {
+        for (const std::uint16_t modifiers : held) {
+            xcb_ungrab_key(m_connection, combination.keyCode, m_root, modifiers);
+        }
+        xcb_flush(m_connection);
+    }
+    return !refused;
+}
+
+void X11HotkeyService::ungrab(const Combination& combination) {
+    for (const std::uint16_t locks : lockVariants()) {
+        xcb_ungrab_key(m_connection, combination.keyCode, m_root,
+                       static_cast<std::uint16_t>(combination.modifiers | locks));
+    }
+    xcb_flush(m_connection);
+}

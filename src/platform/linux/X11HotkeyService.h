@@ -1,0 +1,65 @@
+#pragma once
+
+#include "platform/HotkeyService.h"
+
+#include <QAbstractNativeEventFilter>
+
+#include <map>
+#include <vector>
+
+#include <xcb/xcb.h>
+
+// Global hotkeys as key grabs on the root window, over the toolkit's own X connection, so that
+// presses arrive with the toolkit's other events on the GUI thread. Without an X connection
+// (a Wayland session) nothing can be grabbed.
+class X11HotkeyService final : public HotkeyService, private QAbstractNativeEventFilter {
+public:
+    X11HotkeyService();
+    ~X11HotkeyService() override;
+    X11HotkeyService(const X11HotkeyService&) = delete;
+    X11HotkeyService& operator=(const X11HotkeyService&) = delete;
+
+    bool installHandler(PressHandler handler) override;
+    void removeHandler() override;
+    std::optional<Handle> registerHotkey(std::uint32_t keyCode, std::uint32_t carbonModifiers,
+                                         std::uint32_t signature, std::uint32_t id) override;
+    void unregisterHotkey(Handle handle) override;
+
+private:
+    // One key with its modifiers, lock modifiers left out.
+    struct Combination {
+        xcb_keycode_t keyCode;
+        std::uint16_t modifiers;
+        friend bool operator==(const Combination&, const Combination&) = default;
+    };
+    struct Registration {
+        Combination combination;
+        std::uint32_t id;
+    };
+    // Where the server puts the modifiers whose bit depends on its keymap.
+    struct ModifierBits {
+        std::uint16_t alt = XCB_MOD_MASK_1;
+        std::uint16_t super = XCB_MOD_MASK_4;
+        std::uint16_t numLock = 0;
+    };
+
+    bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
+
+    std::optional<xcb_keycode_t> keyCodeFor(std::uint32_t keySymbol) const;
+    ModifierBits readModifierBits() const;
+    std::uint16_t modifiersFor(std::uint32_t carbonModifiers) const;
+    std::vector<std::uint16_t> lockVariants() const;
+    bool isGrabbed(const Combination& combination) const;
+    bool grab(const Combination& combination);
+    void ungrab(const Combination& combination);
+
+    xcb_connection_t* m_connection = nullptr;
+    xcb_window_t m_root = XCB_WINDOW_NONE;
+    PressHandler m_handler;
+    bool m_filtering = false;
+    ModifierBits m_modifierBits;
+    // By handle, which grows with each registration: the first registration of a combination
+    // held twice is the one its presses go to.
+    std::map<Handle, Registration> m_registrations;
+    Handle m_nextHandle = 1;
+};

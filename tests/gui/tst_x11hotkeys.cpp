@@ -1,0 +1,305 @@
+// Global hotkeys as the X server sees them: grabs on the root window of the test's own Xvfb,
+// pressed through xdotool (XTEST), with a second X client standing for another program.
+#include "models/SeekAction.h"
+#include "platform/linux/X11HotkeyService.h"
+#include "platform/linux/X11KeySymbols.h"
+#include "support/Desktop.h"
+#include "support/LogCapture.h"
+
+#include <QtTest>
+
+#include <X11/keysym.h>
+
+#include <cstdlib>
+
+namespace {
+
+constexpr std::uint32_t signature = 0x53435231;
+constexpr std::uint32_t controlOptionCommand =
+    CarbonModifier::control | CarbonModifier::option | CarbonModifier::command;
+constexpr std::uint16_t rightArrow = 124;
+constexpr std::uint16_t leftArrow = 123;
+
+void xdotool(const QStringList& arguments) {
+    QProcess tool;
+    tool.start(QStringLiteral("xdotool"), arguments);
+    QVERIFY(tool.waitForFinished(10000));
+    QCOMPARE(tool.exitCode(), 0);
+}
+
+void press(const QString& keys) {
+    xdotool({QStringLiteral("key"), QStringLiteral("--delay"), QStringLiteral("0"), keys});
+}
+
+// Another program on the same display, with grabs of its own.
+class OtherClient {
+public:
+    OtherClient()
+        : m_connection(xcb_connect(nullptr, nullptr)) {
+        m_root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
+    }
+    ~OtherClient() { xcb_disconnect(m_connection); }
+    OtherClient(const OtherClient&) = delete;
+    OtherClient& operator=(const OtherClient&) = delete;
+
+    bool connected() const { return xcb_connection_has_error(m_connection) == 0; }
+
+    xcb_keycode_t keyCode(xcb_keysym_t symbol) const {
+        const xcb_setup_t* setup = xcb_get_setup(m_connection);
+        const auto count = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
+        auto* reply = xcb_get_keyboard_mapping_reply(
+            m_connection, xcb_get_keyboard_mapping(m_connection, setup->min_keycode, count),
+            nullptr);
+        xcb_keycode_t found = 0;
+        const xcb_keysym_t* symbols = xcb_get_keyboard_mapping_keysyms(reply);
+        const int total = xcb_get_keyboard_mapping_keysyms_length(reply);
+        for (int i = 0; i < total && found == 0; ++i) {
+            if (symbols[i] == symbol) {
+                found =
+                    static_cast<xcb_keycode_t>(setup->min_keycode + i / reply->keysyms_per_keycode);
+            }
+        }
+        std::free(reply);
+        return found;
+    }
+
+    // The modifier bit the server gives the key with this symbol, 0 when none.
+    std::uint16_t modifierOf(xcb_keysym_t symbol) const {
+        const xcb_keycode_t key = keyCode(symbol);
+        auto* reply = xcb_get_modifier_mapping_reply(
+            m_connection, xcb_get_modifier_mapping(m_connection), nullptr);
+        const xcb_keycode_t* keys = xcb_get_modifier_mapping_keycodes(reply);
+        std::uint16_t bit = 0;
+        for (int i = 0; i < 8 * reply->keycodes_per_modifier && bit == 0; ++i) {
+            if (key != 0 && keys[i] == key) {
+                bit = static_cast<std::uint16_t>(1U << (i / reply->keycodes_per_modifier));
+            }
+        }
+        std::free(reply);
+        return bit;
+    }
+
+    // Control+Alt+Super as the server maps them.
+    std::uint16_t controlAltSuper() const {
+        return static_cast<std::uint16_t>(XCB_MOD_MASK_CONTROL | modifierOf(XK_Alt_L) |
+                                          modifierOf(XK_Super_L));
+    }
+
+    bool grab(xcb_keysym_t symbol, std::uint16_t modifiers) {
+        xcb_generic_error_t* error = xcb_request_check(
+            m_connection, xcb_grab_key_checked(m_connection, 0, m_root, modifiers, keyCode(symbol),
+                                               XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+        std::free(error);
+        return error == nullptr;
+    }
+
+    void ungrab(xcb_keysym_t symbol, std::uint16_t modifiers) {
+        xcb_ungrab_key(m_connection, keyCode(symbol), m_root, modifiers);
+        xcb_flush(m_connection);
+    }
+
+    // The state of the modifiers and locks now.
+    std::uint16_t lockState() const {
+        auto* reply =
+            xcb_query_pointer_reply(m_connection, xcb_query_pointer(m_connection, m_root), nullptr);
+        const std::uint16_t mask = reply != nullptr ? reply->mask : 0;
+        std::free(reply);
+        return mask;
+    }
+
+private:
+    xcb_connection_t* m_connection;
+    xcb_window_t m_root = XCB_WINDOW_NONE;
+};
+
+// Whether the hotkey display has a name of its own for the key, not a numbered fallback.
+bool hasName(std::uint16_t keyCode) {
+    return SeekAction::keyName(keyCode) != QStringLiteral("Key%1").arg(keyCode);
+}
+
+int xcbErrors(const LogCapture& log) {
+    int count = 0;
+    for (const LogCapture::Entry& entry : log.entries()) {
+        count += entry.message.contains(QStringLiteral("XCB error")) ? 1 : 0;
+    }
+    return count;
+}
+
+} // namespace
+
+class TestX11Hotkeys : public QObject {
+    Q_OBJECT
+
+private:
+    std::unique_ptr<X11HotkeyService> m_service;
+    QList<std::uint32_t> m_pressed;
+
+    // Long enough for a press that is coming to have come.
+    void settle() { QTest::qWait(400); }
+
+private slots:
+    void initTestCase() {
+        QVERIFY2(!qEnvironmentVariableIsEmpty("DISPLAY"), "runs inside with-session");
+        QCOMPARE(QGuiApplication::platformName(), QStringLiteral("xcb"));
+    }
+
+    void init() {
+        m_pressed.clear();
+        m_service = std::make_unique<X11HotkeyService>();
+        QVERIFY(m_service->installHandler([this](std::uint32_t id) { m_pressed.append(id); }));
+    }
+
+    void cleanup() {
+        m_service.reset();
+        // A test that failed half-way must not leave the locks on for the next.
+        OtherClient observer;
+        if ((observer.lockState() & XCB_MOD_MASK_LOCK) != 0) {
+            press(QStringLiteral("Caps_Lock"));
+        }
+        if ((observer.lockState() & observer.modifierOf(XK_Num_Lock)) != 0) {
+            press(QStringLiteral("Num_Lock"));
+        }
+    }
+
+    void aPressArrivesWithItsId() {
+        LogCapture log;
+        const auto handle =
+            m_service->registerHotkey(rightArrow, controlOptionCommand, signature, 7);
+        QVERIFY(handle.has_value());
+        press(QStringLiteral("ctrl+alt+super+Right"));
+        QTRY_COMPARE(m_pressed, QList<std::uint32_t>{7});
+        // Other modifiers, or none, are another combination.
+        press(QStringLiteral("ctrl+alt+Right"));
+        press(QStringLiteral("Right"));
+        press(QStringLiteral("shift+ctrl+alt+super+Right"));
+        settle();
+        QCOMPARE(m_pressed, QList<std::uint32_t>{7});
+        QCOMPARE(xcbErrors(log), 0);
+    }
+
+    void eachHotkeyGetsItsOwnId() {
+        QVERIFY(m_service->registerHotkey(rightArrow, controlOptionCommand, signature, 1));
+        QVERIFY(m_service->registerHotkey(leftArrow, controlOptionCommand, signature, 2));
+        QVERIFY(m_service->registerHotkey(49, CarbonModifier::shift | CarbonModifier::control,
+                                          signature, 3));
+        press(QStringLiteral("ctrl+alt+super+Left"));
+        press(QStringLiteral("shift+ctrl+space"));
+        press(QStringLiteral("ctrl+alt+super+Right"));
+        QTRY_COMPARE(m_pressed, (QList<std::uint32_t>{2, 3, 1}));
+    }
+
+    void aPressCountsWithCapsLockAndNumLockOn() {
+        OtherClient observer;
+        QVERIFY(observer.connected());
+        const std::uint16_t numLock = observer.modifierOf(XK_Num_Lock);
+        QVERIFY2(numLock != 0, "the server maps Num Lock to a modifier");
+        QVERIFY(m_service->registerHotkey(rightArrow, controlOptionCommand, signature, 4));
+
+        press(QStringLiteral("Caps_Lock"));
+        QTRY_VERIFY((observer.lockState() & XCB_MOD_MASK_LOCK) != 0);
+        press(QStringLiteral("ctrl+alt+super+Right"));
+        QTRY_COMPARE(m_pressed, QList<std::uint32_t>{4});
+
+        press(QStringLiteral("Num_Lock"));
+        QTRY_VERIFY((observer.lockState() & numLock) != 0);
+        press(QStringLiteral("ctrl+alt+super+Right"));
+        QTRY_COMPARE(m_pressed, (QList<std::uint32_t>{4, 4}));
+
+        press(QStringLiteral("Caps_Lock"));
+        QTRY_VERIFY((observer.lockState() & XCB_MOD_MASK_LOCK) == 0);
+        press(QStringLiteral("ctrl+alt+super+Right"));
+        QTRY_COMPARE(m_pressed, (QList<std::uint32_t>{4, 4, 4}));
+
+        press(QStringLiteral("Num_Lock"));
+        QTRY_VERIFY((observer.lockState() & numLock) == 0);
+    }
+
+    void anUnregisteredHotkeyNoLongerArrives() {
+        const auto right =
+            m_service->registerHotkey(rightArrow, controlOptionCommand, signature, 1);
+        const auto left = m_service->registerHotkey(leftArrow, controlOptionCommand, signature, 2);
+        QVERIFY(right && left);
+        m_service->unregisterHotkey(*right);
+        press(QStringLiteral("ctrl+alt+super+Right"));
+        press(QStringLiteral("ctrl+alt+super+Left"));
+        QTRY_COMPARE(m_pressed, QList<std::uint32_t>{2});
+        settle();
+        QCOMPARE(m_pressed, QList<std::uint32_t>{2});
+        // The grab itself is gone, lock variants included: another program may take it now.
+        OtherClient other;
+        const std::uint16_t modifiers = other.controlAltSuper();
+        QVERIFY(other.grab(XK_Right, modifiers));
+        QVERIFY(other.grab(XK_Right, modifiers | XCB_MOD_MASK_LOCK));
+    }
+
+    void oneCombinationRegisteredTwiceKeepsItsGrabUntilBothAreGone() {
+        const auto first =
+            m_service->registerHotkey(rightArrow, controlOptionCommand, signature, 1);
+        const auto second =
+            m_service->registerHotkey(rightArrow, controlOptionCommand, signature, 2);
+        QVERIFY(first && second);
+        m_service->unregisterHotkey(*first);
+        press(QStringLiteral("ctrl+alt+super+Right"));
+        QTRY_COMPARE(m_pressed, QList<std::uint32_t>{2});
+    }
+
+    void aCombinationAnotherProgramHoldsYieldsNoHandleAndNothingElse() {
+        OtherClient other;
+        QVERIFY(other.connected());
+        const std::uint16_t modifiers = other.controlAltSuper();
+        // It holds only the Caps Lock variant: the plain one would be granted to us, and must
+        // be given back when the other is refused.
+        QVERIFY(other.grab(XK_Left, modifiers | XCB_MOD_MASK_LOCK));
+
+        LogCapture log;
+        QVERIFY(!m_service->registerHotkey(leftArrow, controlOptionCommand, signature, 1));
+        QVERIFY(m_service->registerHotkey(rightArrow, controlOptionCommand, signature, 2));
+        QCOMPARE(xcbErrors(log), 0);
+        QVERIFY2(log.entries().isEmpty(), qPrintable(log.entries().value(0).message));
+
+        press(QStringLiteral("ctrl+alt+super+Left"));
+        press(QStringLiteral("ctrl+alt+super+Right"));
+        QTRY_COMPARE(m_pressed, QList<std::uint32_t>{2});
+        settle();
+        QCOMPARE(m_pressed, QList<std::uint32_t>{2});
+
+        // Nothing of the refused registration is still held by us.
+        OtherClient third;
+        QVERIFY(third.grab(XK_Left, modifiers));
+        other.ungrab(XK_Left, modifiers | XCB_MOD_MASK_LOCK);
+    }
+
+    void everyKeyOfTheTableGrabsWithoutAnError() {
+        LogCapture log;
+        const std::vector<std::uint16_t> keyCodes = X11KeySymbols::knownKeyCodes();
+        QCOMPARE(keyCodes.size(), std::size_t(73));
+        for (const std::uint16_t keyCode : keyCodes) {
+            QVERIFY2(hasName(keyCode), qPrintable(QString::number(keyCode)));
+            const auto handle =
+                m_service->registerHotkey(keyCode, controlOptionCommand, signature, keyCode + 1U);
+            QVERIFY2(handle.has_value(), qPrintable(QString::number(keyCode)));
+            m_service->unregisterHotkey(*handle);
+        }
+        // Every named key is in the table, and nothing else.
+        for (int keyCode = 0; keyCode < 256; ++keyCode) {
+            QCOMPARE(X11KeySymbols::forKeyCode(std::uint16_t(keyCode)).has_value(),
+                     hasName(std::uint16_t(keyCode)));
+        }
+        QCOMPARE(xcbErrors(log), 0);
+        QVERIFY(!X11KeySymbols::forKeyCode(10).has_value());
+        QVERIFY(!m_service->registerHotkey(10, controlOptionCommand, signature, 1));
+    }
+
+    void theLetterKeysAreTheirPlacesOnAnAnsiKeyboard() {
+        QVERIFY(m_service->registerHotkey(0, 0, signature, 1));                        // A
+        QVERIFY(m_service->registerHotkey(13, CarbonModifier::control, signature, 2)); // W
+        QVERIFY(m_service->registerHotkey(117, CarbonModifier::option, signature, 3)); // Delete
+        press(QStringLiteral("ctrl+w"));
+        press(QStringLiteral("a"));
+        press(QStringLiteral("alt+Delete"));
+        QTRY_COMPARE(m_pressed, (QList<std::uint32_t>{2, 1, 3}));
+    }
+};
+
+QTEST_MAIN(TestX11Hotkeys)
+#include "tst_x11hotkeys.moc"
