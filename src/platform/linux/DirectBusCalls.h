@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <QVariantMap>
 
 #include <cstdint>
 
@@ -17,5 +18,8 @@ Outcome seek(const QString& service, std::int64_t offsetUs, int timeoutMs);
 Outcome setPosition(const QString& service, const QString& trackId, std::int64_t positionUs,
                     int timeoutMs);
 Outcome playPause(const QString& service, int timeoutMs);
+// All properties of the player's Player interface, with values as QtDBus gives them (variants
+// unwrapped, dictionaries as maps); `replied` only when they were read.
+Outcome playerProperties(const QString& service, int timeoutMs, QVariantMap* properties);
 
 } // namespace DirectBusCalls
