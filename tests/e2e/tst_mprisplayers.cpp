@@ -379,6 +379,28 @@ private slots:
         QCOMPARE(browser->calls().filter(QStringLiteral("GetAll")).size(), 2);
     }
 
+    // A pause announced a moment before a press is heeded even while the registry, busy on
+    // this thread, has not taken it in yet: the seek hears it on its own connection.
+    void aPauseNotYetTakenInIsHeeded() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto browser = player(chromium(17), QStringLiteral("chromium"),
+                              {QStringLiteral("--position"), QStringLiteral("100")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
+        const QString name = prefix + chromium(17);
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+                 SeekResult::seeked);
+        QTRY_VERIFY(registry.canSeekRelatively(name, 10'000'000));
+        // No event is handled from here on, so the registry still believes it playing.
+        command(name, QStringLiteral("Pause"));
+        QThread::msleep(200);
+        QVERIFY(registry.canSeekRelatively(name, 10'000'000));
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+                 SeekResult::notPlaying);
+        QCOMPARE(browser->calls().filter(QStringLiteral("Seek ")).size(), 0);
+        QCOMPARE(browser->calls().filter(QStringLiteral("SetPosition")).size(), 1);
+    }
+
     // A pause the player announces is heeded: the next request reads and leaves it alone.
     void anAnnouncedPauseIsHeeded() {
         MprisPlayerRegistry registry(QDBusConnection::sessionBus());

@@ -1,14 +1,47 @@
 #include "DirectBusCalls.h"
 
 #include <QDBusObjectPath>
+#include <QHash>
 #include <QStringList>
 
 #include <dbus/dbus.h>
 
 #include <functional>
+#include <optional>
 
 namespace DirectBusCalls {
 namespace {
+
+QVariant read(DBusMessageIter* it, int depth);
+
+// What a PropertiesChanged signal of a player says of its status; absent when nothing.
+std::optional<Heard> statusIn(DBusMessage* signal) {
+    DBusMessageIter it;
+    if (dbus_message_iter_init(signal, &it) == 0 ||
+        read(&it, 0).toString() != QLatin1String("org.mpris.MediaPlayer2.Player") ||
+        dbus_message_iter_next(&it) == 0) {
+        return std::nullopt;
+    }
+    const QVariantMap changed = read(&it, 0).toMap();
+    const auto status = changed.constFind(QStringLiteral("PlaybackStatus"));
+    if (status == changed.cend()) {
+        return std::nullopt;
+    }
+    if (status->toString() == QLatin1String("Playing")) {
+        return Heard::playing;
+    }
+    const auto metadata = changed.constFind(QStringLiteral("Metadata"));
+    if (status->toString() == QLatin1String("Stopped") && metadata != changed.cend()) {
+        const QVariant track = metadata->toMap().value(QStringLiteral("mpris:trackid"));
+        const QString path = track.userType() == qMetaTypeId<QDBusObjectPath>()
+                                 ? track.value<QDBusObjectPath>().path()
+                                 : track.toString();
+        if (path.isEmpty() || path == QLatin1String("/org/mpris/MediaPlayer2/TrackList/NoTrack")) {
+            return Heard::vanished;
+        }
+    }
+    return Heard::other;
+}
 
 // One private connection per thread: a call blocked on a hung player then holds up no other
 // thread's calls. Closed when the thread ends.
@@ -38,24 +71,66 @@ public:
                    : nullptr;
     }
 
+    // Takes in what came in since the last look: the players' announcements when followed,
+    // else nothing (the late answer to a call that timed out, the bus's greeting), so that it
+    // never piles up.
+    void drain() {
+        dbus_connection_read_write(m_connection, 0);
+        while (DBusMessage* message = dbus_connection_pop_message(m_connection)) {
+            if (m_following &&
+                dbus_message_is_signal(message, "org.freedesktop.DBus.Properties",
+                                       "PropertiesChanged") != 0 &&
+                dbus_message_get_sender(message) != nullptr) {
+                if (const std::optional<Heard> status = statusIn(message)) {
+                    m_heard.insert(QString::fromUtf8(dbus_message_get_sender(message)), *status);
+                }
+            }
+            dbus_message_unref(message);
+        }
+    }
+
+    bool follow() {
+        if (!m_following && get() != nullptr) {
+            DBusError error;
+            dbus_error_init(&error);
+            dbus_bus_add_match(m_connection,
+                               "type='signal',interface='org.freedesktop.DBus.Properties',"
+                               "member='PropertiesChanged',path='/org/mpris/MediaPlayer2'",
+                               &error);
+            m_following = dbus_error_is_set(&error) == 0;
+            dbus_error_free(&error);
+        }
+        return m_following;
+    }
+
+    Heard heard(const QString& owner) {
+        if (get() == nullptr) {
+            return Heard::nothing;
+        }
+        drain();
+        return m_heard.value(owner, Heard::nothing);
+    }
+
 private:
     DBusConnection* m_connection = nullptr;
+    bool m_following = false;
+    QHash<QString, Heard> m_heard; // by the players' unique connection names
 };
+
+ThreadConnection& threadConnection() {
+    thread_local ThreadConnection connection;
+    return connection;
+}
 
 Outcome call(const QString& service, const char* interface, const char* member,
              const std::function<bool(DBusMessage*)>& addArguments, int timeoutMs,
              const std::function<bool(DBusMessage*)>& takeReply = {}) {
-    thread_local ThreadConnection connection;
+    ThreadConnection& connection = threadConnection();
     DBusConnection* bus = connection.get();
     if (bus == nullptr) {
         return Outcome::unavailable;
     }
-    // Nothing else reads this connection: drop what came in since the last call (the late
-    // answer to a call that timed out, the bus's greeting), so it never piles up.
-    dbus_connection_read_write(bus, 0);
-    while (DBusMessage* stale = dbus_connection_pop_message(bus)) {
-        dbus_message_unref(stale);
-    }
+    connection.drain();
     const QByteArray destination = service.toUtf8();
     DBusMessage* message = dbus_message_new_method_call(
         destination.constData(), "/org/mpris/MediaPlayer2", interface, member);
@@ -205,6 +280,14 @@ Outcome playerProperties(const QString& service, int timeoutMs, QVariantMap* pro
             *properties = read(&it, 0).toMap();
             return true;
         });
+}
+
+bool followPlayers() {
+    return threadConnection().follow();
+}
+
+Heard lastHeardStatus(const QString& owner) {
+    return threadConnection().heard(owner);
 }
 
 } // namespace DirectBusCalls

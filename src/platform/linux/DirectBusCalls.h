@@ -4,6 +4,7 @@
 #include <QVariantMap>
 
 #include <cstdint>
+#include <optional>
 
 // Method calls straight through libdbus, on a session bus connection of the calling thread's
 // own. QtDBus hands every blocking call to its own thread and back, which costs more than the
@@ -21,5 +22,19 @@ Outcome playPause(const QString& service, int timeoutMs);
 // All properties of the player's Player interface, with values as QtDBus gives them (variants
 // unwrapped, dictionaries as maps); `replied` only when they were read.
 Outcome playerProperties(const QString& service, int timeoutMs, QVariantMap* properties);
+
+// The players' announcements of their status, heard on this thread's connection in the bus's
+// order up to the moment asked: fresher than what the GUI thread has taken in by then.
+enum class Heard {
+    nothing,  // no status announced since this thread followed the players
+    playing,  // "Playing"
+    vanished, // "Stopped" with no track, as a browser says for a moment after a seek
+    other,    // any other status: paused, stopped
+};
+// From now on, on this thread's connection (the first time, one round trip to the bus daemon).
+// False when it cannot.
+bool followPlayers();
+// What the player with this unique connection name last announced.
+Heard lastHeardStatus(const QString& owner);
 
 } // namespace DirectBusCalls

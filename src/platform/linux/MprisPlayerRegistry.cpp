@@ -246,6 +246,18 @@ void MprisPlayerRegistry::expectSeeked(const QString& busName) {
     }
 }
 
+bool MprisPlayerRegistry::isHeldOver(const QString& busName) const {
+    QMutexLocker lock(&m_mutex);
+    const auto found = m_players.constFind(busName);
+    return found != m_players.cend() && holds(*found);
+}
+
+QString MprisPlayerRegistry::ownerOf(const QString& busName) const {
+    QMutexLocker lock(&m_mutex);
+    const auto found = m_players.constFind(busName);
+    return found != m_players.cend() ? found->owner : QString();
+}
+
 bool MprisPlayerRegistry::holds(const Player& player) const {
     return player.holdingSinceNs >= 0 &&
            m_clock.nsecsElapsed() - player.holdingSinceNs <= seekFlickerNs;

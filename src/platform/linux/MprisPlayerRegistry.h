@@ -48,6 +48,10 @@ public:
     // this long. Anything else it says meanwhile (a pause, another track) ends the hold and
     // leaves the player to be read again.
     static constexpr qint64 seekFlickerNs = 1'500'000'000;
+    // Whether that moment of the player is being held over now.
+    bool isHeldOver(const QString& busName) const;
+    // The unique connection name the player's signals come from; empty when unknown.
+    QString ownerOf(const QString& busName) const;
     // True when a relative seek by this much is known to stay inside the track, by a margin
     // that grows with the time since the position was last known for sure. Only for players
     // that announce every move of the position (Seeked), so that one moved by the user in its
