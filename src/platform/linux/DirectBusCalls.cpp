@@ -2,6 +2,7 @@
 
 #include <QDBusObjectPath>
 #include <QHash>
+#include <QSet>
 #include <QStringList>
 
 #include <dbus/dbus.h>
@@ -77,7 +78,7 @@ public:
     void drain() {
         dbus_connection_read_write(m_connection, 0);
         while (DBusMessage* message = dbus_connection_pop_message(m_connection)) {
-            if (m_following &&
+            if (!m_followed.isEmpty() &&
                 dbus_message_is_signal(message, "org.freedesktop.DBus.Properties",
                                        "PropertiesChanged") != 0 &&
                 dbus_message_get_sender(message) != nullptr) {
@@ -89,22 +90,32 @@ public:
         }
     }
 
-    bool follow() {
-        if (!m_following && get() != nullptr) {
-            DBusError error;
-            dbus_error_init(&error);
-            dbus_bus_add_match(m_connection,
-                               "type='signal',interface='org.freedesktop.DBus.Properties',"
-                               "member='PropertiesChanged',path='/org/mpris/MediaPlayer2'",
-                               &error);
-            m_following = dbus_error_is_set(&error) == 0;
-            dbus_error_free(&error);
+    bool follow(const QString& owner) {
+        if (m_followed.contains(owner)) {
+            return true;
         }
-        return m_following;
+        if (owner.isEmpty() || get() == nullptr) {
+            return false;
+        }
+        // Only the players we seek: their few announcements wait here until the next press.
+        const QByteArray rule =
+            QStringLiteral("type='signal',sender='%1',interface='org.freedesktop.DBus.Properties',"
+                           "member='PropertiesChanged',path='/org/mpris/MediaPlayer2'")
+                .arg(owner)
+                .toUtf8();
+        DBusError error;
+        dbus_error_init(&error);
+        dbus_bus_add_match(m_connection, rule.constData(), &error);
+        const bool followed = dbus_error_is_set(&error) == 0;
+        dbus_error_free(&error);
+        if (followed) {
+            m_followed.insert(owner);
+        }
+        return followed;
     }
 
     Heard heard(const QString& owner) {
-        if (get() == nullptr) {
+        if (get() == nullptr || !m_followed.contains(owner)) {
             return Heard::nothing;
         }
         drain();
@@ -113,8 +124,8 @@ public:
 
 private:
     DBusConnection* m_connection = nullptr;
-    bool m_following = false;
-    QHash<QString, Heard> m_heard; // by the players' unique connection names
+    QSet<QString> m_followed;      // the players' unique connection names
+    QHash<QString, Heard> m_heard; // by the same names
 };
 
 ThreadConnection& threadConnection() {
@@ -282,8 +293,8 @@ Outcome playerProperties(const QString& service, int timeoutMs, QVariantMap* pro
         });
 }
 
-bool followPlayers() {
-    return threadConnection().follow();
+bool followPlayer(const QString& owner) {
+    return threadConnection().follow(owner);
 }
 
 Heard lastHeardStatus(const QString& owner) {

@@ -26,14 +26,14 @@ Outcome playerProperties(const QString& service, int timeoutMs, QVariantMap* pro
 // The players' announcements of their status, heard on this thread's connection in the bus's
 // order up to the moment asked: fresher than what the GUI thread has taken in by then.
 enum class Heard {
-    nothing,  // no status announced since this thread followed the players
+    nothing,  // no status announced since this thread followed the player
     playing,  // "Playing"
     vanished, // "Stopped" with no track, as a browser says for a moment after a seek
     other,    // any other status: paused, stopped
 };
-// From now on, on this thread's connection (the first time, one round trip to the bus daemon).
-// False when it cannot.
-bool followPlayers();
+// Follows the player with this unique connection name from now on, on this thread's connection
+// (the first time, one round trip to the bus daemon). False when it cannot.
+bool followPlayer(const QString& owner);
 // What the player with this unique connection name last announced.
 Heard lastHeardStatus(const QString& owner);
 

@@ -53,11 +53,12 @@ PlayerControl::SeekAnswer MprisPlayerControl::seekIfPlaying(MediaApp app, double
     const QDeadlineTimer deadline(milliseconds(timeout));
     const auto deltaUs = static_cast<qint64>(std::llround(seconds * 1e6));
     bool failed = false;
-    // From before the first read on, so that no announcement after it goes unheard here.
-    if (m_registry.bus().name() == QDBusConnection::sessionBus().name()) {
-        DirectBusCalls::followPlayers();
-    }
+    const bool sessionBus = m_registry.bus().name() == QDBusConnection::sessionBus().name();
     for (const QString& player : m_registry.playersOf(app)) {
+        // From before the first read on, so that no announcement after it goes unheard here.
+        if (sessionBus) {
+            DirectBusCalls::followPlayer(m_registry.ownerOf(player));
+        }
         // Known to be playing well inside its track: one round trip, from wherever it is. The
         // registry takes the players' signals in on the GUI thread, a moment after they came;
         // a pause announced meanwhile is heard here, on this thread's own connection.
