@@ -95,6 +95,30 @@ Figures qtRoundTrips(const QString& service, int count) {
     });
 }
 
+// A read of the player's whole state (GetAll), as a seek that cannot go by one call reads first:
+// straight through libdbus, as MprisClient reads it.
+Figures directReads(const QString& service, int count) {
+    return paced(count, [&service](int) {
+        if (!MprisClient::readState(QDBusConnection::sessionBus(), service, 3000)) {
+            std::fprintf(stderr, "read failed\n");
+        }
+    });
+}
+
+// The same read through QtDBus, as it was read before.
+Figures qtReads(const QString& service, int count) {
+    return paced(count, [&service](int) {
+        QDBusMessage call = QDBusMessage::createMethodCall(
+            service, QStringLiteral("/org/mpris/MediaPlayer2"),
+            QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("GetAll"));
+        call << QStringLiteral("org.mpris.MediaPlayer2.Player");
+        const QDBusMessage reply = QDBusConnection::sessionBus().call(call, QDBus::Block, 3000);
+        if (reply.type() != QDBusMessage::ReplyMessage) {
+            std::fprintf(stderr, "read failed: %s\n", qPrintable(reply.errorMessage()));
+        }
+    });
+}
+
 // `playerctl -p <player> position 10+` as a whole process, as a user's key binding runs it:
 // the same relative Seek of the same player.
 Figures playerctl(const QString& service, int count) {
@@ -208,6 +232,8 @@ int main(int argc, char** argv) {
     Figures direct;
     Figures raw;
     Figures qt;
+    Figures read;
+    Figures qtRead;
     Figures tool;
     constexpr int rounds = 10;
     for (int round = 0; round < rounds; ++round) {
@@ -217,6 +243,8 @@ int main(int argc, char** argv) {
         alone.ms << controllerAlone(instantController, comparisons / rounds).ms;
         raw.ms << rawRoundTrips(page.busName(), seeks / rounds).ms;
         qt.ms << qtRoundTrips(page.busName(), comparisons / rounds).ms;
+        read.ms << directReads(page.busName(), comparisons / rounds).ms;
+        qtRead.ms << qtReads(page.busName(), comparisons / rounds).ms;
         tool.ms << playerctl(page.busName(), processes / rounds).ms;
     }
     std::printf("Chromium playing an audible video (the YouTube in Chrome target):\n");
@@ -227,6 +255,8 @@ int main(int argc, char** argv) {
     print("  the controller alone (no player)", alone);
     print("raw D-Bus Seek round trip", raw);
     print("the same call through QtDBus", qt);
+    print("a read first (GetAll), direct", read);
+    print("the same read through QtDBus", qtRead);
     print("playerctl position 10+ (process)", tool);
     std::printf("  trial / round trip: %.2f    playerctl / trial: %.1f    playerctl / round trip: "
                 "%.1f (the most any one-call seek can reach)\n",
