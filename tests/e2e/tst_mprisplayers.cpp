@@ -33,12 +33,46 @@ QString chromium(qint64 pid) {
     return QStringLiteral("chromium.instance%1").arg(pid);
 }
 
+// A command to a player, as a user's other means (its own window, a media key) would send it.
+void command(const QString& busName, const QString& member) {
+    const QDBusMessage reply = QDBusConnection::sessionBus().call(
+        QDBusMessage::createMethodCall(busName, QStringLiteral("/org/mpris/MediaPlayer2"),
+                                       QStringLiteral("org.mpris.MediaPlayer2.Player"), member),
+        QDBus::Block, 3000);
+    QVERIFY2(reply.type() == QDBusMessage::ReplyMessage, qPrintable(member));
+}
+
 } // namespace
 
 class TestMprisPlayers : public QObject {
     Q_OBJECT
 
+private:
+    QStringList m_statuses; // the PlaybackStatus of every change the followed player announced
+
+    // Follows what a player announces, as the registry does.
+    void follow(const QString& busName) {
+        m_statuses.clear();
+        QDBusConnection::sessionBus().connect(
+            busName, QStringLiteral("/org/mpris/MediaPlayer2"),
+            QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("PropertiesChanged"),
+            this, SLOT(onPropertiesChanged(QString, QVariantMap, QStringList)));
+    }
+
+    // Waits until the followed player has said this many statuses, and a moment more for the
+    // registry, which hears the same signals, to have taken them in.
+    bool heard(int count) {
+        const bool enough = QTest::qWaitFor([&] { return m_statuses.size() >= count; }, 5000);
+        QTest::qWait(50);
+        return enough;
+    }
+
 private slots:
+    void onPropertiesChanged(const QString& /*interface*/, const QVariantMap& changed,
+                             const QStringList& /*invalidated*/) {
+        m_statuses << changed.value(QStringLiteral("PlaybackStatus")).toString();
+    }
+
     void classification_data() {
         QTest::addColumn<QString>("name");
         QTest::addColumn<QString>("program");
@@ -244,6 +278,127 @@ private slots:
         QCOMPARE(calls.filter(QStringLiteral("Seek ")).size(), 0);
         QVERIFY(calls.contains(QStringLiteral("SetPosition /org/scrubline/track/1 240000000")));
         QVERIFY(calls.contains(QStringLiteral("SetPosition /org/scrubline/track/1 0")));
+    }
+
+    // A browser says "Stopped" with no metadata for a moment after our seek, then plays the
+    // same track again. A press in that moment still seeks it, by one Seek from where it was,
+    // and so does a press after it: the position is kept across.
+    void theMomentAfterOurSeekIsHeldOver() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto browser = player(chromium(13), QStringLiteral("chromium"),
+                              {QStringLiteral("--position"), QStringLiteral("100"),
+                               QStringLiteral("--flicker"), QStringLiteral("700")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
+        const QString name = prefix + chromium(13);
+        follow(name);
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+                 SeekResult::seeked);
+        QVERIFY(heard(1));
+        QCOMPARE(m_statuses, QStringList{QStringLiteral("Stopped")});
+        QVERIFY(registry.canSeekRelatively(name, -5'000'000));
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, -5, 3.0).result,
+                 SeekResult::seeked);
+        QVERIFY(heard(2));
+        QCOMPARE(m_statuses.last(), QStringLiteral("Playing"));
+        QTRY_VERIFY(registry.canSeekRelatively(name, 2'500'000));
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 2.5, 3.0).result,
+                 SeekResult::seeked);
+        const QStringList calls = browser->calls();
+        QCOMPARE(calls.filter(QStringLiteral("GetAll")).size(), 1);
+        QCOMPARE(calls.filter(QStringLiteral("SetPosition")).size(), 1);
+        QCOMPARE(calls.filter(QStringLiteral("Seek ")),
+                 (QStringList{QStringLiteral("Seek -5000000"), QStringLiteral("Seek 2500000")}));
+    }
+
+    // Paused by the user right after our seek, in that moment: it is not moved.
+    void aPauseRightAfterOurSeekIsHeeded() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto browser = player(chromium(14), QStringLiteral("chromium"),
+                              {QStringLiteral("--position"), QStringLiteral("100"),
+                               QStringLiteral("--flicker"), QStringLiteral("2000")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
+        const QString name = prefix + chromium(14);
+        follow(name);
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+                 SeekResult::seeked);
+        QVERIFY(heard(1));
+        command(name, QStringLiteral("Pause"));
+        QVERIFY(heard(2));
+        QCOMPARE(m_statuses, (QStringList{QStringLiteral("Stopped"), QStringLiteral("Paused")}));
+        QVERIFY(!registry.canSeekRelatively(name, 10'000'000));
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+                 SeekResult::notPlaying);
+        QCOMPARE(browser->calls().filter(QStringLiteral("Seek ")).size(), 0);
+        QCOMPARE(browser->calls().filter(QStringLiteral("SetPosition")).size(), 1);
+    }
+
+    // A player that stops of itself, long after our last seek, has stopped: nothing is held.
+    void aStopNotAfterOurSeekIsHeeded() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto browser = player(chromium(15), QStringLiteral("chromium"),
+                              {QStringLiteral("--position"), QStringLiteral("100"),
+                               QStringLiteral("--flicker"), QStringLiteral("50")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
+        const QString name = prefix + chromium(15);
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+                 SeekResult::seeked);
+        QTRY_VERIFY(registry.canSeekRelatively(name, 10'000'000));
+        QTest::qWait(static_cast<int>(MprisPlayerRegistry::seekFlickerNs / 1'000'000) + 200);
+        follow(name);
+        command(name, QStringLiteral("Stop"));
+        QVERIFY(heard(1));
+        QCOMPARE(m_statuses, QStringList{QStringLiteral("Stopped")});
+        QVERIFY(!registry.canSeekRelatively(name, 10'000'000));
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+                 SeekResult::notPlaying);
+        QCOMPARE(browser->calls().filter(QStringLiteral("Seek ")).size(), 0);
+        QCOMPARE(browser->calls().filter(QStringLiteral("SetPosition")).size(), 1);
+    }
+
+    // A moment that does not end in time is no longer held: the player is read and has stopped.
+    void aLongStopAfterOurSeekIsHeeded() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto browser = player(chromium(16), QStringLiteral("chromium"),
+                              {QStringLiteral("--position"), QStringLiteral("100"),
+                               QStringLiteral("--flicker"), QStringLiteral("60000")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
+        const QString name = prefix + chromium(16);
+        follow(name);
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+                 SeekResult::seeked);
+        QVERIFY(heard(1));
+        QVERIFY(registry.canSeekRelatively(name, 10'000'000));
+        QTRY_VERIFY_WITH_TIMEOUT(!registry.canSeekRelatively(name, 10'000'000), 5000);
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+                 SeekResult::notPlaying);
+        QCOMPARE(browser->calls().filter(QStringLiteral("Seek ")).size(), 0);
+        QCOMPARE(browser->calls().filter(QStringLiteral("GetAll")).size(), 2);
+    }
+
+    // A pause announced a moment before a press is heeded even while the registry, busy on
+    // this thread, has not taken it in yet: the seek hears it on its own connection.
+    void aPauseNotYetTakenInIsHeeded() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto browser = player(chromium(17), QStringLiteral("chromium"),
+                              {QStringLiteral("--position"), QStringLiteral("100")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
+        const QString name = prefix + chromium(17);
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+                 SeekResult::seeked);
+        QTRY_VERIFY(registry.canSeekRelatively(name, 10'000'000));
+        // No event is handled from here on, so the registry still believes it playing.
+        command(name, QStringLiteral("Pause"));
+        QThread::msleep(200);
+        QVERIFY(registry.canSeekRelatively(name, 10'000'000));
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+                 SeekResult::notPlaying);
+        QCOMPARE(browser->calls().filter(QStringLiteral("Seek ")).size(), 0);
+        QCOMPARE(browser->calls().filter(QStringLiteral("SetPosition")).size(), 1);
     }
 
     // A pause the player announces is heeded: the next request reads and leaves it alone.

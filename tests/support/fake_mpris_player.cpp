@@ -3,8 +3,11 @@
 // and any bus name, owned by a process with any program name (copy this program to a file
 // named "chromium" and it passes for Chromium). Like Chromium's, its introspection is empty.
 //
+// With --flicker it behaves as Chromium does after a seek: it announces the new position, then
+// says "Stopped" with no metadata for a moment, then "Playing" the same track again.
+//
 // Every call it takes is printed on standard output, one line each ("SetPosition /t 12000000",
-// "Seek -10000000", "PlayPause", "Get Position", "GetAll").
+// "Seek -10000000", "PlayPause", "Pause", "Stop", "Play", "Get Position", "GetAll").
 #include <QCommandLineParser>
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -14,6 +17,7 @@
 #include <QDBusVirtualObject>
 #include <QElapsedTimer>
 #include <QTextStream>
+#include <QTimer>
 
 #include <algorithm>
 #include <cstdio>
@@ -33,6 +37,7 @@ public:
     QStringList artists = {QStringLiteral("Band")};
     bool silent = false;
     bool signalsSeeks = true; // Spotify tells no one of its position
+    int flickerMs = -1;       // Chromium's way after a seek: Stopped, then Playing again
 
     void start(bool playing, qint64 positionUs) {
         m_playing = playing;
@@ -69,10 +74,23 @@ public:
         if (member == QLatin1String("GetAll")) {
             return bus.send(message.createReply(properties()));
         }
-        if (member == QLatin1String("PlayPause")) {
-            start(!m_playing, positionUs());
+        if (member == QLatin1String("PlayPause") || member == QLatin1String("Pause") ||
+            member == QLatin1String("Play")) {
+            const bool playing =
+                member == QLatin1String("PlayPause") ? !m_playing : member == QLatin1String("Play");
+            start(playing, positionUs());
+            m_stopped = m_flickering = false;
             bus.send(message.createReply());
-            return announce(bus, {{QStringLiteral("PlaybackStatus"), status()}});
+            return announce(bus, {{QStringLiteral("PlaybackStatus"), status()},
+                                  {QStringLiteral("Metadata"), metadata()}});
+        }
+        if (member == QLatin1String("Stop")) {
+            start(false, positionUs());
+            m_stopped = true;
+            m_flickering = false;
+            bus.send(message.createReply());
+            return announce(bus, {{QStringLiteral("PlaybackStatus"), status()},
+                                  {QStringLiteral("Metadata"), metadata()}});
         }
         if (member == QLatin1String("Seek") && args.size() == 1) {
             start(m_playing, std::max<qint64>(0, positionUs() + args[0].toLongLong()));
@@ -93,6 +111,9 @@ public:
 
 private:
     QString status() const {
+        if (m_stopped || m_flickering) {
+            return QStringLiteral("Stopped");
+        }
         return m_playing ? QStringLiteral("Playing") : QStringLiteral("Paused");
     }
 
@@ -111,12 +132,31 @@ private:
         QDBusMessage signal = QDBusMessage::createSignal(QStringLiteral("/org/mpris/MediaPlayer2"),
                                                          playerInterface, QStringLiteral("Seeked"));
         signal << QVariant::fromValue<qlonglong>(positionUs());
-        return bus.send(signal);
+        const bool sent = bus.send(signal);
+        if (flickerMs >= 0 && m_playing && !m_stopped && !m_flickering) {
+            // Gone for a moment, as a browser's media session is while it seeks, then back with
+            // the same track; the position runs on meanwhile.
+            m_flickering = true;
+            announce(bus, {{QStringLiteral("PlaybackStatus"), status()},
+                           {QStringLiteral("Metadata"), metadata()}});
+            QTimer::singleShot(flickerMs, [this, bus] {
+                if (!m_flickering) {
+                    return; // ended by a command meanwhile
+                }
+                m_flickering = false;
+                announce(bus, {{QStringLiteral("PlaybackStatus"), status()},
+                               {QStringLiteral("Metadata"), metadata()}});
+            });
+        }
+        return sent;
     }
 
     qint64 positionUs() const { return m_baseUs + (m_playing ? m_clock.nsecsElapsed() / 1000 : 0); }
 
-    QVariantMap properties() const {
+    QVariantMap metadata() const {
+        if (m_stopped || m_flickering) {
+            return {};
+        }
         QVariantMap metadata;
         metadata.insert(QStringLiteral("mpris:trackid"),
                         trackIdAsString ? QVariant(trackId)
@@ -126,15 +166,21 @@ private:
                                        : QVariant::fromValue<qlonglong>(lengthUs));
         metadata.insert(QStringLiteral("xesam:title"), title);
         metadata.insert(QStringLiteral("xesam:artist"), artists);
+        return metadata;
+    }
+
+    QVariantMap properties() const {
         return {
             {QStringLiteral("PlaybackStatus"), status()},
-            {QStringLiteral("Metadata"), metadata},
+            {QStringLiteral("Metadata"), metadata()},
             {QStringLiteral("Position"), QVariant::fromValue<qlonglong>(positionUs())},
             {QStringLiteral("CanSeek"), true},
         };
     }
 
     bool m_playing = true;
+    bool m_stopped = false;
+    bool m_flickering = false;
     qint64 m_baseUs = 0;
     QElapsedTimer m_clock;
 };
@@ -160,6 +206,9 @@ int main(int argc, char** argv) {
         {QStringLiteral("artist"), QStringLiteral("An artist (repeatable)."),
          QStringLiteral("artist")},
         {QStringLiteral("silent"), QStringLiteral("Take calls but never answer them.")},
+        {QStringLiteral("flicker"),
+         QStringLiteral("After each seek, say Stopped with no metadata for this long."),
+         QStringLiteral("milliseconds")},
     });
     options.process(app);
 
@@ -179,6 +228,9 @@ int main(int argc, char** argv) {
         player.artists = options.values(QStringLiteral("artist"));
     }
     player.silent = options.isSet(QStringLiteral("silent"));
+    if (options.isSet(QStringLiteral("flicker"))) {
+        player.flickerMs = options.value(QStringLiteral("flicker")).toInt();
+    }
     player.start(!options.isSet(QStringLiteral("paused")),
                  static_cast<qint64>(options.value(QStringLiteral("position")).toDouble() * 1e6));
 

@@ -140,6 +140,22 @@ bool isUsableTrack(const std::optional<QString>& trackId) {
 }
 
 std::optional<State> readState(const QDBusConnection& bus, const QString& service, int timeoutMs) {
+    if (bus.name() == QDBusConnection::sessionBus().name()) {
+        // Straight through libdbus: QtDBus's hand-off to its own thread and back costs as much
+        // as the read itself, and a seek that reads first waits for it.
+        QVariantMap properties;
+        switch (DirectBusCalls::playerProperties(service, timeoutMs, &properties)) {
+        case DirectBusCalls::Outcome::replied: {
+            State state;
+            apply(state, properties);
+            return state;
+        }
+        case DirectBusCalls::Outcome::failed:
+            return std::nullopt;
+        case DirectBusCalls::Outcome::unavailable:
+            break;
+        }
+    }
     QDBusMessage call = QDBusMessage::createMethodCall(
         service, objectPath, QStringLiteral("org.freedesktop.DBus.Properties"),
         QStringLiteral("GetAll"));

@@ -1,5 +1,6 @@
 #include "MprisPlayerControl.h"
 
+#include "DirectBusCalls.h"
 #include "MprisClient.h"
 #include "MprisPlayerRegistry.h"
 
@@ -31,14 +32,37 @@ std::optional<MediaApp> appNamed(const QString& processName) {
 MprisPlayerControl::MprisPlayerControl(MprisPlayerRegistry& registry)
     : m_registry(registry) {}
 
+bool MprisPlayerControl::stillPlaying(const QString& player) const {
+    if (m_registry.bus().name() != QDBusConnection::sessionBus().name()) {
+        return true; // heard on no connection of ours but the registry's
+    }
+    switch (DirectBusCalls::lastHeardStatus(m_registry.ownerOf(player))) {
+    case DirectBusCalls::Heard::nothing:
+    case DirectBusCalls::Heard::playing:
+        return true;
+    case DirectBusCalls::Heard::vanished:
+        return m_registry.isHeldOver(player);
+    case DirectBusCalls::Heard::other:
+        return false;
+    }
+    return false;
+}
+
 PlayerControl::SeekAnswer MprisPlayerControl::seekIfPlaying(MediaApp app, double seconds,
                                                             double timeout) {
     const QDeadlineTimer deadline(milliseconds(timeout));
     const auto deltaUs = static_cast<qint64>(std::llround(seconds * 1e6));
     bool failed = false;
+    const bool sessionBus = m_registry.bus().name() == QDBusConnection::sessionBus().name();
     for (const QString& player : m_registry.playersOf(app)) {
-        // Known to be playing well inside its track: one round trip, from wherever it is.
-        if (m_registry.canSeekRelatively(player, deltaUs)) {
+        // From before the first read on, so that no announcement after it goes unheard here.
+        if (sessionBus) {
+            DirectBusCalls::followPlayer(m_registry.ownerOf(player));
+        }
+        // Known to be playing well inside its track: one round trip, from wherever it is. The
+        // registry takes the players' signals in on the GUI thread, a moment after they came;
+        // a pause announced meanwhile is heard here, on this thread's own connection.
+        if (m_registry.canSeekRelatively(player, deltaUs) && stillPlaying(player)) {
             m_registry.markActive(player);
             m_registry.expectSeeked(player);
             return {

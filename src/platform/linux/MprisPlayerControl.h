@@ -20,5 +20,9 @@ public:
     void warmSeek(double seconds) override;
 
 private:
+    // Whether the player's last announcement heard on this thread's own connection, fresher
+    // than the registry's, still lets it count as playing.
+    bool stillPlaying(const QString& player) const;
+
     MprisPlayerRegistry& m_registry;
 };

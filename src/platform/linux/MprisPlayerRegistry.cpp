@@ -104,7 +104,7 @@ void MprisPlayerRegistry::add(const QString& busName, const QString& owner) {
     }
     QMutexLocker lock(&m_mutex);
     const bool first = countOf(*app) == 0;
-    m_players.insert(busName, Player{*app, owner, ++m_activity, std::nullopt, 0, false, false});
+    m_players.insert(busName, Player{.app = *app, .owner = owner, .lastActive = ++m_activity});
     lock.unlock();
     if (first) {
         emit appAppeared(*app);
@@ -197,6 +197,9 @@ void MprisPlayerRegistry::propertiesChanged(const QString& interface, const QVar
         if (!player.known) {
             continue; // nothing to keep up to date until the player was read once
         }
+        if (heldOver(player, changed)) {
+            continue;
+        }
         // The position so far runs at the old state; from here on at the new one.
         reanchor(player);
         const MprisClient::State before = *player.known;
@@ -231,6 +234,7 @@ void MprisPlayerRegistry::remember(const QString& busName, const MprisClient::St
     if (auto found = m_players.find(busName); found != m_players.end()) {
         found->known = state;
         found->knownAtNs = m_clock.nsecsElapsed();
+        found->holdingSinceNs = -1;
     }
 }
 
@@ -238,6 +242,7 @@ void MprisPlayerRegistry::expectSeeked(const QString& busName) {
     QMutexLocker lock(&m_mutex);
     if (auto found = m_players.find(busName); found != m_players.end()) {
         found->awaitingSeeked = true;
+        found->ownSeekAtNs = m_clock.nsecsElapsed();
     }
 }
 
@@ -247,11 +252,61 @@ bool MprisPlayerRegistry::isSeekInFlight(const QString& busName) const {
     return found != m_players.cend() && found->announcesSeeks && found->awaitingSeeked;
 }
 
+bool MprisPlayerRegistry::isHeldOver(const QString& busName) const {
+    QMutexLocker lock(&m_mutex);
+    const auto found = m_players.constFind(busName);
+    return found != m_players.cend() && holds(*found);
+}
+
+QString MprisPlayerRegistry::ownerOf(const QString& busName) const {
+    QMutexLocker lock(&m_mutex);
+    const auto found = m_players.constFind(busName);
+    return found != m_players.cend() ? found->owner : QString();
+}
+
+bool MprisPlayerRegistry::holds(const Player& player) const {
+    return player.holdingSinceNs >= 0 &&
+           m_clock.nsecsElapsed() - player.holdingSinceNs <= seekFlickerNs;
+}
+
+bool MprisPlayerRegistry::heldOver(Player& player, const QVariantMap& changed) {
+    MprisClient::State after = *player.known;
+    MprisClient::apply(after, changed);
+    const bool sameItem = after.trackId == player.known->trackId &&
+                          after.lengthUs == player.known->lengthUs &&
+                          after.title == player.known->title;
+    const bool vanished = after.playbackStatus == QLatin1String("Stopped") &&
+                          changed.contains(QStringLiteral("Metadata")) &&
+                          !MprisClient::isUsableTrack(after.trackId);
+    if (player.holdingSinceNs >= 0) {
+        if (holds(player) && vanished) {
+            return true; // said again
+        }
+        if (holds(player) && after.isPlaying() && sameItem) {
+            player.holdingSinceNs = -1; // back, where the position ran on meanwhile
+            return false;
+        }
+        // Not the moment we held over after all: what the player is now is read again.
+        player.holdingSinceNs = -1;
+        player.known.reset();
+        return true;
+    }
+    const qint64 now = m_clock.nsecsElapsed();
+    const bool afterOurSeek = player.ownSeekAtNs >= 0 && now - player.ownSeekAtNs <= seekFlickerNs;
+    if (vanished && afterOurSeek && player.known->isPlaying() &&
+        MprisClient::isUsableTrack(player.known->trackId)) {
+        reanchor(player);
+        player.holdingSinceNs = now;
+        return true;
+    }
+    return false;
+}
+
 bool MprisPlayerRegistry::canSeekRelatively(const QString& busName, qint64 deltaUs) const {
     QMutexLocker lock(&m_mutex);
     const auto found = m_players.constFind(busName);
     if (found == m_players.cend() || !found->known || !found->announcesSeeks ||
-        found->awaitingSeeked) {
+        found->awaitingSeeked || (found->holdingSinceNs >= 0 && !holds(*found))) {
         return false;
     }
     const MprisClient::State& state = *found->known;
