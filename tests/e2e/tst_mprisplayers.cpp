@@ -280,6 +280,38 @@ private slots:
         QVERIFY(calls.contains(QStringLiteral("SetPosition /org/scrubline/track/1 0")));
     }
 
+    // A press while our last seek is not yet announced: the position read may predate that
+    // seek, so the step goes relatively from wherever the player is, unless it could cross the
+    // end, where the clamped move wins.
+    void aPressWhileOurSeekIsUnannouncedKeepsTheClamps() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto browser = player(chromium(14), QStringLiteral("chromium"),
+                              {QStringLiteral("--position"), QStringLiteral("100"),
+                               QStringLiteral("--length"), QStringLiteral("240")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
+        const QString name = prefix + chromium(14);
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+                 SeekResult::seeked);
+        QTRY_VERIFY(registry.canSeekRelatively(name, 10'000'000));
+        // No events are taken in between, so each press after the first finds its
+        // predecessor unannounced.
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+                 SeekResult::seeked);
+        QVERIFY(registry.isSeekInFlight(name));
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+                 SeekResult::seeked);
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 200, 3.0).result,
+                 SeekResult::seeked);
+        const QStringList calls = browser->calls();
+        QCOMPARE(calls.size(), 7);
+        QCOMPARE(calls[2], QStringLiteral("Seek 10000000"));
+        QCOMPARE(calls[3], QStringLiteral("GetAll org.mpris.MediaPlayer2.Player"));
+        QCOMPARE(calls[4], QStringLiteral("Seek 10000000"));
+        QCOMPARE(calls[5], QStringLiteral("GetAll org.mpris.MediaPlayer2.Player"));
+        QCOMPARE(calls[6], QStringLiteral("SetPosition /org/scrubline/track/1 240000000"));
+    }
+
     // A browser says "Stopped" with no metadata for a moment after our seek, then plays the
     // same track again. A press in that moment still seeks it, by one Seek from where it was,
     // and so does a press after it: the position is kept across.

@@ -7,6 +7,7 @@
 #include <QDeadlineTimer>
 
 #include <cmath>
+#include <cstdlib>
 
 namespace {
 
@@ -25,6 +26,18 @@ std::optional<MediaApp> appNamed(const QString& processName) {
         }
     }
     return std::nullopt;
+}
+
+// Whether a step from the position read lands well away from the end it goes towards,
+// whatever a seek still under way has done meanwhile.
+bool landsWellInside(const MprisClient::State& state, qint64 deltaUs) {
+    if (!state.positionUs || !state.lengthUs || *state.lengthUs <= 0) {
+        return true; // nothing to keep inside: the player clamps as it sees fit
+    }
+    // Room for one more step of the same size still under way, on the side the step goes.
+    const qint64 margin = std::abs(deltaUs) + 2'000'000;
+    const qint64 target = *state.positionUs + deltaUs;
+    return deltaUs >= 0 ? target <= *state.lengthUs - margin : target >= margin;
 }
 
 } // namespace
@@ -82,8 +95,9 @@ PlayerControl::SeekAnswer MprisPlayerControl::seekIfPlaying(MediaApp app, double
             m_registry.expectSeeked(player);
             // A position read while our last seek is still under way can be the one from
             // before it (Chromium's is): moving to it plus the step would undo that seek. A
-            // relative seek starts from where the player really is.
-            if (seekInFlight) {
+            // relative seek starts from where the player really is, but only keeps inside the
+            // track when the step lands well inside it; near an end the clamped move wins.
+            if (seekInFlight && landsWellInside(*state, deltaUs)) {
                 return {MprisClient::seekRelative(m_registry.bus(), player, deltaUs,
                                                   remaining(deadline))};
             }
