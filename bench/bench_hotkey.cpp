@@ -4,6 +4,7 @@
 // hotkeys, against Chromium playing an audible video.
 //
 // Run with bench/run.sh, which gives it an X server and a private session bus.
+#include "Figures.h"
 #include "support/ChromiumPage.h"
 
 #include <QCoreApplication>
@@ -29,16 +30,6 @@ namespace {
 
 const QString mprisPath = QStringLiteral("/org/mpris/MediaPlayer2");
 const QString playerInterface = QStringLiteral("org.mpris.MediaPlayer2.Player");
-
-struct Figures {
-    QList<double> ms;
-    double percentile(double p) const {
-        QList<double> sorted = ms;
-        std::sort(sorted.begin(), sorted.end());
-        const auto at = static_cast<qsizetype>(p / 100.0 * static_cast<double>(sorted.size() - 1));
-        return sorted.value(at);
-    }
-};
 
 void print(const char* what, const Figures& figures) {
     std::printf("  %-44s median %8.3f ms   p90 %8.3f ms   (n=%lld)\n", what, figures.percentile(50),

@@ -2,6 +2,7 @@
 // controller, one raw D-Bus call, and playerctl as a process. Prints the figures side by side.
 //
 // Run with bench/run.sh, which gives it an X server and a private session bus.
+#include "Figures.h"
 #include "models/AppSettings.h"
 #include "platform/linux/DirectBusCalls.h"
 #include "platform/linux/MprisClient.h"
@@ -31,17 +32,6 @@
 #include <functional>
 
 namespace {
-
-struct Figures {
-    QList<double> ms;
-    double percentile(double p) const {
-        QList<double> sorted = ms;
-        std::sort(sorted.begin(), sorted.end());
-        const auto at = static_cast<qsizetype>(p / 100.0 * static_cast<double>(sorted.size() - 1));
-        return sorted.value(at);
-    }
-    double median() const { return percentile(50); }
-};
 
 double since(const QElapsedTimer& clock) {
     return static_cast<double>(clock.nsecsElapsed()) / 1e6;
