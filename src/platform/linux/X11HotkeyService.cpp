@@ -34,6 +34,41 @@ xcb_connection_t* toolkitConnection() {
 
 } // namespace
 
+// The server's keyboard mapping, read once for everything one registration needs of it.
+class X11HotkeyService::KeyboardMapping {
+public:
+    explicit KeyboardMapping(xcb_connection_t* connection) {
+        const xcb_setup_t* setup = xcb_get_setup(connection);
+        m_first = setup->min_keycode;
+        const auto count = static_cast<std::uint8_t>(setup->max_keycode - m_first + 1);
+        m_reply.reset(xcb_get_keyboard_mapping_reply(
+            connection, xcb_get_keyboard_mapping(connection, m_first, count), nullptr));
+    }
+
+    std::optional<xcb_keycode_t> keyCodeFor(std::uint32_t keySymbol) const {
+        if (!m_reply || m_reply->keysyms_per_keycode == 0) {
+            return std::nullopt;
+        }
+        const xcb_keysym_t* symbols = xcb_get_keyboard_mapping_keysyms(m_reply.get());
+        const int perKey = m_reply->keysyms_per_keycode;
+        const int keys = xcb_get_keyboard_mapping_keysyms_length(m_reply.get()) / perKey;
+        // The key that has the symbol unshifted first, so that a letter is not found on a key
+        // that yields it only with a modifier.
+        for (int column = 0; column < perKey; ++column) {
+            for (int key = 0; key < keys; ++key) {
+                if (symbols[key * perKey + column] == keySymbol) {
+                    return static_cast<xcb_keycode_t>(m_first + key);
+                }
+            }
+        }
+        return std::nullopt;
+    }
+
+private:
+    xcb_keycode_t m_first = 0;
+    ReplyPtr<xcb_get_keyboard_mapping_reply_t> m_reply;
+};
+
 X11HotkeyService::X11HotkeyService()
     : m_connection(toolkitConnection()) {
     if (m_connection != nullptr) {
@@ -87,11 +122,12 @@ std::optional<HotkeyService::Handle> X11HotkeyService::registerHotkey(std::uint3
     if (!symbol) {
         return std::nullopt;
     }
-    const auto serverKey = keyCodeFor(*symbol);
+    const KeyboardMapping mapping(m_connection);
+    const auto serverKey = mapping.keyCodeFor(*symbol);
     if (!serverKey) {
         return std::nullopt; // the keyboard has no such key
     }
-    m_modifierBits = readModifierBits();
+    m_modifierBits = readModifierBits(mapping);
     const Combination combination{*serverKey, modifiersFor(carbonModifiers)};
     if (!isGrabbed(combination) && !grab(combination)) {
         return std::nullopt;
@@ -141,41 +177,18 @@ bool X11HotkeyService::nativeEventFilter(const QByteArray& eventType, void* mess
     return false;
 }
 
-std::optional<xcb_keycode_t> X11HotkeyService::keyCodeFor(std::uint32_t keySymbol) const {
-    const xcb_setup_t* setup = xcb_get_setup(m_connection);
-    const xcb_keycode_t first = setup->min_keycode;
-    const auto count = static_cast<std::uint8_t>(setup->max_keycode - first + 1);
-    const ReplyPtr<xcb_get_keyboard_mapping_reply_t> mapping(xcb_get_keyboard_mapping_reply(
-        m_connection, xcb_get_keyboard_mapping(m_connection, first, count), nullptr));
-    if (!mapping || mapping->keysyms_per_keycode == 0) {
-        return std::nullopt;
-    }
-    const xcb_keysym_t* symbols = xcb_get_keyboard_mapping_keysyms(mapping.get());
-    const int perKey = mapping->keysyms_per_keycode;
-    const int keys = xcb_get_keyboard_mapping_keysyms_length(mapping.get()) / perKey;
-    // The key that has the symbol unshifted first, so that a letter is not found on a key
-    // that yields it only with a modifier.
-    for (int column = 0; column < perKey; ++column) {
-        for (int key = 0; key < keys; ++key) {
-            if (symbols[key * perKey + column] == keySymbol) {
-                return static_cast<xcb_keycode_t>(first + key);
-            }
-        }
-    }
-    return std::nullopt;
-}
-
-X11HotkeyService::ModifierBits X11HotkeyService::readModifierBits() const {
+X11HotkeyService::ModifierBits
+X11HotkeyService::readModifierBits(const KeyboardMapping& mapping) const {
     ModifierBits bits;
     const ReplyPtr<xcb_get_modifier_mapping_reply_t> modifiers(xcb_get_modifier_mapping_reply(
         m_connection, xcb_get_modifier_mapping(m_connection), nullptr));
     if (!modifiers) {
         return bits;
     }
-    const std::optional<xcb_keycode_t> superLeft = keyCodeFor(XK_Super_L);
-    const std::optional<xcb_keycode_t> superRight = keyCodeFor(XK_Super_R);
-    const std::optional<xcb_keycode_t> altLeft = keyCodeFor(XK_Alt_L);
-    const std::optional<xcb_keycode_t> numLock = keyCodeFor(XK_Num_Lock);
+    const std::optional<xcb_keycode_t> superLeft = mapping.keyCodeFor(XK_Super_L);
+    const std::optional<xcb_keycode_t> superRight = mapping.keyCodeFor(XK_Super_R);
+    const std::optional<xcb_keycode_t> altLeft = mapping.keyCodeFor(XK_Alt_L);
+    const std::optional<xcb_keycode_t> numLock = mapping.keyCodeFor(XK_Num_Lock);
     const xcb_keycode_t* keys = xcb_get_modifier_mapping_keycodes(modifiers.get());
     const int perModifier = modifiers->keycodes_per_modifier;
     std::uint16_t super = 0;

@@ -26,6 +26,7 @@ public:
     void unregisterHotkey(Handle handle) override;
 
 private:
+    class KeyboardMapping;
     // One key with its modifiers, lock modifiers left out.
     struct Combination {
         xcb_keycode_t keyCode;
@@ -45,8 +46,7 @@ private:
 
     bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
 
-    std::optional<xcb_keycode_t> keyCodeFor(std::uint32_t keySymbol) const;
-    ModifierBits readModifierBits() const;
+    ModifierBits readModifierBits(const KeyboardMapping& mapping) const;
     std::uint16_t modifiersFor(std::uint32_t carbonModifiers) const;
     std::vector<std::uint16_t> lockVariants() const;
     bool isGrabbed(const Combination& combination) const;
