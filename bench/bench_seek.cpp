@@ -3,17 +3,18 @@
 //
 // Run with bench/run.sh, which gives it an X server and a private session bus.
 #include "Figures.h"
-#include "models/AppSettings.h"
+#include "core/MediaController.h"
+#include "core/MediaStatus.h"
 #include "platform/linux/DirectBusCalls.h"
 #include "platform/linux/MprisClient.h"
 #include "platform/linux/MprisPlayerControl.h"
 #include "platform/linux/MprisPlayerRegistry.h"
 #include "platform/linux/MprisRunningApps.h"
-#include "services/MediaController.h"
+#include "settings/AppSettings.h"
+#include "settings/UserDefaults.h"
 #include "support/ChromiumPage.h"
 #include "support/FakePlayers.h"
 #include "support/PlayerProcess.h"
-#include "utilities/UserDefaults.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -205,11 +206,14 @@ int main(int argc, char** argv) {
         home.filePath(QStringLiteral("settings.conf")), QSettings::IniFormat)));
     MprisPlayerRegistry registry(QDBusConnection::sessionBus());
     auto control = std::make_shared<MprisPlayerControl>(registry);
-    MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings);
+    MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
+    MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
+                               status);
     auto instant = std::make_shared<FakePlayers>();
-    instant->setSeekAnswer(MediaApp::chromeYouTube, {SeekResult::seeked, false});
+    instant->setSeekAnswer(MediaApp::chromeYouTube, {SeekResult::seeked});
+    MediaStatus instantStatus(instant, settings, [] { return QList<MediaApp>(); });
     MediaController instantController(instant, std::make_unique<MprisRunningApps>(registry),
-                                      settings);
+                                      settings, instantStatus);
     std::printf("load average at the start: %s\n", loadAverage().constData());
     QTest::qWait(500);
     int quick = 0;

@@ -6,6 +6,6 @@ cd "$(dirname "$0")/.."
 bash scripts/deps.sh
 bash scripts/build.sh -DSCRUBLINE_BUILD_TESTS=OFF
 if [ "$(uname -s)" = Darwin ]; then
-    exec build/src/Scrubline.app/Contents/MacOS/Scrubline "$@"
+    exec build/src/app/Scrubline.app/Contents/MacOS/Scrubline "$@"
 fi
-exec build/src/scrubline "$@"
+exec build/src/app/scrubline "$@"

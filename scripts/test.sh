@@ -6,6 +6,7 @@ cd "$(dirname "$0")/.."
 
 bash scripts/deps.sh --test
 bash scripts/check-platform-conditionals.sh
+bash scripts/check-layering.sh
 bash scripts/check-format.sh
 
 export SCRUBLINE_BUILD_DIR=build-test

@@ -1,8 +1,8 @@
 #include "AppDelegate.h"
 
-#include "models/AppSettings.h"
+#include "core/MediaController.h"
 #include "platform/PlayerControl.h"
-#include "services/MediaController.h"
+#include "settings/AppSettings.h"
 #include "utilities/ConcurrentQueue.h"
 #include "utilities/MainThread.h"
 #include "views/HUDOverlayManager.h"

@@ -1,34 +1,58 @@
 #include "ScrublineApp.h"
 
 #include "AppDelegate.h"
-#include "models/AppSettings.h"
+#include "core/MediaController.h"
+#include "core/MediaStatus.h"
 #include "platform/Platform.h"
-#include "services/MediaController.h"
+#include "scripting/AppleScriptService.h"
+#include "settings/AppSettings.h"
+#include "settings/LaunchAtLogin.h"
+#include "settings/UserDefaults.h"
 #include "utilities/Logger.h"
 #include "views/AlertBox.h"
 #include "views/HUDOverlayManager.h"
 #include "views/MenuBarExtra.h"
+#include "views/Symbols.h"
 
 #include <QApplication>
 #include <QSystemTrayIcon>
 
 ScrublineApp::ScrublineApp(QObject* parent)
     : QObject(parent) {
-    // Loaded now rather than on first use, so a damaged settings file is reported at start.
-    AppSettings::shared();
-    // Made now so that it follows the players from the start.
-    MediaController::shared();
-    AlertBox::install();
+    // 1. The platform's facilities that live in namespaces, before anything can use them.
+    LaunchAtLogin::setLoginItem(Platform::createLoginItem());
+    AppleScriptService::setEngine(Platform::createScriptEngine());
+    Symbols::setPlatformImages(Platform::createSymbolImages());
+    m_desktop = Platform::createDesktopIntegration();
 
+    // 2. The settings, loaded now rather than on first use, so a damaged file is reported at
+    // start.
+    m_settings =
+        std::make_unique<AppSettings>(std::make_unique<UserDefaults>(Platform::openUserDefaults()));
+
+    // 3. The media side, made now so that it follows the players from the start. The status
+    // asks the controller which apps run only when it polls, after both exist.
+    m_players = Platform::createPlayerControl();
+    m_mediaStatus = std::make_unique<MediaStatus>(
+        m_players, *m_settings, [this] { return m_mediaController->runningActiveApps(); });
+    m_mediaController = std::make_unique<MediaController>(m_players, Platform::createRunningApps(),
+                                                          *m_settings, *m_mediaStatus);
+    connect(m_mediaController.get(), &MediaController::alertRequested, this, &AlertBox::show);
+
+    // 4. The views.
+    m_overlay = std::make_unique<HUDOverlayManager>(*m_mediaStatus, *m_settings, m_desktop.get());
     if (!QSystemTrayIcon::isSystemTrayAvailable()) {
         // The toolkit adds the icon by itself once a tray appears.
         qCWarning(Log::general(), "No system tray is running; the icon appears when one starts");
     }
-    m_menuBarExtra =
-        std::make_unique<MenuBarExtra>(MediaController::shared(), AppSettings::shared());
-    m_appDelegate = std::make_unique<AppDelegate>(
-        Platform::createHotkeyService(), Platform::createPlayerControl(), AppSettings::shared(),
-        MediaController::shared(), &HUDOverlayManager::shared());
+    m_menuBarExtra = std::make_unique<MenuBarExtra>(*m_mediaStatus, *m_settings,
+                                                    m_desktop->defaultHotkeysHint());
+    connect(m_menuBarExtra.get(), &MenuBarExtra::seekRequested, m_mediaController.get(),
+            &MediaController::enqueueSeek);
+
+    // 5. The hotkeys, which start the overlay once the scripts are warmed.
+    m_appDelegate = std::make_unique<AppDelegate>(Platform::createHotkeyService(), m_players,
+                                                  *m_settings, *m_mediaController, m_overlay.get());
     m_appDelegate->applicationDidFinishLaunching();
     connect(qApp, &QCoreApplication::aboutToQuit, m_appDelegate.get(),
             &AppDelegate::applicationWillTerminate);

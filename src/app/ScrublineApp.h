@@ -5,9 +5,17 @@
 #include <memory>
 
 class AppDelegate;
+class AppSettings;
+class DesktopIntegration;
+class HUDOverlayManager;
+class MediaController;
+class MediaStatus;
 class MenuBarExtra;
+class PlayerControl;
 
-// The running program: the tray icon and its panel, and the hotkeys.
+// The running program and the one place that builds it: every long-lived object is made here,
+// in the order written in the constructor, and handed what it uses. Nothing below asks the
+// platform for a facility of its own.
 class ScrublineApp : public QObject {
     Q_OBJECT
 
@@ -16,6 +24,13 @@ public:
     ~ScrublineApp() override;
 
 private:
+    // Declared in the order they are made, so they go in the reverse one.
+    std::unique_ptr<AppSettings> m_settings;
+    std::unique_ptr<DesktopIntegration> m_desktop;
+    std::shared_ptr<PlayerControl> m_players;
+    std::unique_ptr<MediaStatus> m_mediaStatus;
+    std::unique_ptr<MediaController> m_mediaController;
+    std::unique_ptr<HUDOverlayManager> m_overlay;
     std::unique_ptr<MenuBarExtra> m_menuBarExtra;
     std::unique_ptr<AppDelegate> m_appDelegate;
 };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "DesktopIntegration.h"
 #include "HotkeyService.h"
 #include "LoginItem.h"
 #include "PlayerControl.h"
@@ -10,10 +11,10 @@
 #include <QSettings>
 #include <QString>
 
-#include <cstdint>
 #include <memory>
 
-// The one factory of platform facilities. Exactly one implementation is compiled in.
+// The one factory of platform facilities. Exactly one implementation is compiled in. Only the
+// application shell calls it, and hands what it makes to the objects that use it.
 namespace Platform {
 
 // The per-user store of the program's preferences.
@@ -45,12 +46,7 @@ QString displayProblem();
 // The platform's drawings of symbol names; it may have none.
 std::unique_ptr<SymbolImages> createSymbolImages();
 
-// The welcome text's line that names the preset hotkeys' modifier keys, in this platform's
-// names for them.
-QString defaultHotkeysHint();
-
-// Lets the floating window with this native handle show on every virtual desktop (Space),
-// where the window system leaves that to the program.
-void showOnEveryDesktop(std::uintptr_t nativeWindow);
+// The desktop's wording and window behaviours, for the views.
+std::unique_ptr<DesktopIntegration> createDesktopIntegration();
 
 } // namespace Platform

@@ -1,8 +1,9 @@
 #pragma once
 
 #include "models/MediaApp.h"
-#include "services/PermissionItem.h"
-#include "services/SeekResult.h"
+#include "models/PermissionItem.h"
+#include "models/SeekResult.h"
+#include "models/UserAlert.h"
 
 #include <QString>
 
@@ -14,11 +15,17 @@ class PlayerControl {
 public:
     struct SeekAnswer {
         SeekResult result = SeekResult::error;
-        // Chrome refused to run JavaScript in the page: the user has to allow it.
-        bool javaScriptOff = false;
+        // Something only the user can put right, such as a browser that refuses to run
+        // JavaScript in the page; the caller shows it.
+        std::optional<UserAlert> alert{};
 
         friend bool operator==(const SeekAnswer&, const SeekAnswer&) = default;
     };
+
+    // How long callers wait for a seek, a play/pause or a permission probe...
+    static constexpr double actionTimeout = 3.0;
+    // ...and for a now-playing query, which nobody waits on.
+    static constexpr double nowPlayingTimeout = 2.0;
 
     virtual ~PlayerControl() = default;
 

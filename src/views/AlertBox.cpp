@@ -1,6 +1,6 @@
 #include "AlertBox.h"
 
-#include "services/UserAlert.h"
+#include "models/UserAlert.h"
 
 #include <QMessageBox>
 #include <QPushButton>
@@ -19,10 +19,6 @@ void show(const UserAlert& alert) {
     box->show();
     box->raise();
     box->activateWindow();
-}
-
-void install() {
-    UserAlerts::setPresenter(show);
 }
 
 } // namespace AlertBox

@@ -1,11 +1,9 @@
 #pragma once
 
-// Shows the services' alerts as message boxes. Installed once at start-up.
+// Shows the alerts the program has for the user as message boxes.
 struct UserAlert;
 
 namespace AlertBox {
-
-void install();
 
 // Shows the alert as an informational message box and returns at once; the box closes and
 // frees itself when its button is pressed.

@@ -3,23 +3,19 @@
 #include "HUDOverlayView.h"
 #include "HUDPanel.h"
 #include "SkipSymbols.h"
-#include "models/AppSettings.h"
-#include "services/MediaController.h"
+#include "core/MediaStatus.h"
+#include "platform/DesktopIntegration.h"
+#include "settings/AppSettings.h"
 
 #include <QGuiApplication>
 #include <QScreen>
 
-HUDOverlayManager& HUDOverlayManager::shared() {
-    // Never destroyed: it lives as long as the process, like the controller it follows.
-    static auto* manager = new HUDOverlayManager(MediaController::shared(), AppSettings::shared());
-    return *manager;
-}
-
-HUDOverlayManager::HUDOverlayManager(MediaController& controller, AppSettings& settings,
-                                     QObject* parent)
+HUDOverlayManager::HUDOverlayManager(MediaStatus& status, AppSettings& settings,
+                                     DesktopIntegration* desktop, QObject* parent)
     : QObject(parent)
-    , m_controller(controller)
-    , m_settings(settings) {
+    , m_status(status)
+    , m_settings(settings)
+    , m_desktop(desktop) {
     m_fade.setPropertyName("windowOpacity");
     connect(&m_fade, &QPropertyAnimation::finished, this, [this] {
         if (m_panel != nullptr && m_fade.endValue().toReal() == 0.0) {
@@ -37,8 +33,8 @@ void HUDOverlayManager::start() {
     disconnect(m_subscription);
     // Each value is taken as published and handled once the current event is done, as the
     // card is a consequence of the change rather than part of it.
-    m_subscription = connect(&m_controller, &MediaController::seekFeedbackChanged, this, [this] {
-        const std::optional<SeekFeedback> feedback = m_controller.seekFeedback();
+    m_subscription = connect(&m_status, &MediaStatus::seekFeedbackChanged, this, [this] {
+        const std::optional<SeekFeedback> feedback = m_status.seekFeedback();
         QMetaObject::invokeMethod(
             this,
             [this, feedback] {
@@ -60,6 +56,9 @@ void HUDOverlayManager::show(const SeekFeedback& feedback) {
     const std::int64_t backward = SkipSymbols::wholeSeconds(m_settings.firstBackwardSeconds());
     if (m_panel == nullptr) {
         m_panel = std::make_unique<HUDPanel>();
+        if (m_desktop != nullptr) {
+            m_desktop->showOnEveryDesktop(static_cast<std::uintptr_t>(m_panel->winId()));
+        }
         m_fade.setTargetObject(m_panel.get());
     }
     m_panel->setCard(new HUDOverlayView(feedback, forward, backward));

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "services/SeekFeedback.h"
+#include "models/SeekFeedback.h"
 
 #include <QObject>
 #include <QPropertyAnimation>
@@ -9,9 +9,10 @@
 
 class AppSettings;
 class HUDPanel;
-class MediaController;
+class DesktopIntegration;
+class MediaStatus;
 
-// Shows the overlay card while the media controller publishes a feedback: it fades in on
+// Shows the overlay card while the media status publishes a feedback: it fades in on
 // every feedback and fades out when the feedback clears. GUI thread only.
 class HUDOverlayManager : public QObject {
     Q_OBJECT
@@ -20,14 +21,12 @@ public:
     static constexpr int fadeInMs = 150;
     static constexpr int fadeOutMs = 200;
 
-    // Follows the shared media controller and settings; made on first use, never destroyed.
-    static HUDOverlayManager& shared();
-
-    HUDOverlayManager(MediaController& controller, AppSettings& settings,
-                      QObject* parent = nullptr);
+    // `desktop`, when given, puts the overlay on every virtual desktop.
+    HUDOverlayManager(MediaStatus& status, AppSettings& settings,
+                      DesktopIntegration* desktop = nullptr, QObject* parent = nullptr);
     ~HUDOverlayManager() override;
 
-    // Starts following the controller's feedback; a second call replaces the first.
+    // Starts following the status's feedback; a second call replaces the first.
     void start();
 
     // The window, once a card has been shown; null before.
@@ -37,8 +36,9 @@ private:
     void show(const SeekFeedback& feedback);
     void hide();
 
-    MediaController& m_controller;
+    MediaStatus& m_status;
     AppSettings& m_settings;
+    DesktopIntegration* m_desktop;
     std::unique_ptr<HUDPanel> m_panel;
     QPropertyAnimation m_fade;
     QMetaObject::Connection m_subscription;

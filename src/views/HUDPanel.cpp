@@ -1,7 +1,6 @@
 #include "HUDPanel.h"
 
 #include "HUDOverlayView.h"
-#include "platform/Platform.h"
 
 #include <QVBoxLayout>
 
@@ -23,8 +22,6 @@ HUDPanel::HUDPanel(QWidget* parent)
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(shadowMargin, shadowMargin, shadowMargin, shadowMargin);
     layout->setSizeConstraint(QLayout::SetFixedSize);
-
-    Platform::showOnEveryDesktop(static_cast<std::uintptr_t>(winId()));
 }
 
 void HUDPanel::setCard(HUDOverlayView* card) {

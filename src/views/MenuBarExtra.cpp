@@ -4,15 +4,17 @@
 #include "MenuBarWindow.h"
 #include "Style.h"
 #include "Symbols.h"
-#include "models/AppSettings.h"
+#include "settings/AppSettings.h"
 
 #include <QApplication>
 #include <QCursor>
 
-MenuBarExtra::MenuBarExtra(MediaController& controller, AppSettings& settings, QObject* parent)
+MenuBarExtra::MenuBarExtra(MediaStatus& status, AppSettings& settings, const QString& hotkeysHint,
+                           QObject* parent)
     : QObject(parent)
     , m_settings(settings) {
-    auto* view = new MenuBarView(controller, settings);
+    auto* view = new MenuBarView(status, settings, hotkeysHint);
+    connect(view, &MenuBarView::seekRequested, this, &MenuBarExtra::seekRequested);
     m_window = std::make_unique<MenuBarWindow>(view);
     connect(view, &MenuBarView::settingsRequested, this, [this] {
         m_window->close();

@@ -7,7 +7,7 @@
 #include <memory>
 
 class AppSettings;
-class MediaController;
+class MediaStatus;
 class MenuBarWindow;
 
 // The program's place in the system tray: the icon, its pop-up panel on a click and a menu
@@ -20,7 +20,9 @@ public:
     // A click that lands this soon after the panel closed is the click that closed it.
     static constexpr int reopenGuardMs = 250;
 
-    MenuBarExtra(MediaController& controller, AppSettings& settings, QObject* parent = nullptr);
+    // `hotkeysHint` names the preset hotkeys' modifiers for the welcome content.
+    MenuBarExtra(MediaStatus& status, AppSettings& settings, const QString& hotkeysHint,
+                 QObject* parent = nullptr);
     ~MenuBarExtra() override;
 
     QSystemTrayIcon& trayIcon() { return m_trayIcon; }
@@ -33,6 +35,8 @@ public:
 signals:
     // "Settings..." was chosen.
     void settingsRequested();
+    // A seek button of the panel was pressed.
+    void seekRequested(double seconds);
 
 private:
     void followIconSetting();

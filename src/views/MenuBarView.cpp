@@ -9,8 +9,8 @@
 #include "SymbolView.h"
 #include "Symbols.h"
 #include "WelcomeView.h"
-#include "models/AppSettings.h"
-#include "services/MediaController.h"
+#include "core/MediaStatus.h"
+#include "settings/AppSettings.h"
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -62,9 +62,10 @@ QString MenuBarView::appVersion() {
     return version.isEmpty() ? QStringLiteral("1.0") : version;
 }
 
-MenuBarView::MenuBarView(MediaController& controller, AppSettings& settings, QWidget* parent)
+MenuBarView::MenuBarView(MediaStatus& status, AppSettings& settings, const QString& hotkeysHint,
+                         QWidget* parent)
     : QWidget(parent)
-    , m_controller(controller)
+    , m_status(status)
     , m_settings(settings) {
     setObjectName(QStringLiteral("menuBarView"));
     setMinimumWidth(minimumPanelWidth);
@@ -76,7 +77,8 @@ MenuBarView::MenuBarView(MediaController& controller, AppSettings& settings, QWi
     if (hasCompletedOnboarding()) {
         buildMenu();
     } else {
-        m_welcome = new WelcomeView([this] { completeOnboarding(); }, this);
+        m_welcome = new WelcomeView(
+            hotkeysHint, [this] { completeOnboarding(); }, this);
         m_layout->addWidget(m_welcome);
     }
 }
@@ -146,9 +148,9 @@ void MenuBarView::buildMenu() {
     m_forwardButton->setObjectName(QStringLiteral("forwardButton"));
     // The values are read at the press, so an edit of the actions counts at once.
     connect(m_backButton, &QToolButton::clicked, this,
-            [this] { m_controller.enqueueSeek(-m_settings.firstBackwardSeconds()); });
+            [this] { emit seekRequested(-m_settings.firstBackwardSeconds()); });
     connect(m_forwardButton, &QToolButton::clicked, this,
-            [this] { m_controller.enqueueSeek(m_settings.firstForwardSeconds()); });
+            [this] { emit seekRequested(m_settings.firstForwardSeconds()); });
     layout->addWidget(buttons);
     layout->addWidget(new Divider(m_menu));
 
@@ -174,12 +176,10 @@ void MenuBarView::buildMenu() {
 
     m_layout->addWidget(m_menu);
 
-    connect(&m_controller, &MediaController::seekFeedbackChanged, this, &MenuBarView::rebuildState);
-    connect(&m_controller, &MediaController::statusMessageChanged, this,
-            &MenuBarView::rebuildState);
-    connect(&m_controller, &MediaController::nowPlayingChanged, this, &MenuBarView::rebuildState);
-    connect(&m_controller, &MediaController::lastActiveAppChanged, this,
-            &MenuBarView::rebuildState);
+    connect(&m_status, &MediaStatus::seekFeedbackChanged, this, &MenuBarView::rebuildState);
+    connect(&m_status, &MediaStatus::statusMessageChanged, this, &MenuBarView::rebuildState);
+    connect(&m_status, &MediaStatus::nowPlayingChanged, this, &MenuBarView::rebuildState);
+    connect(&m_status, &MediaStatus::lastActiveAppChanged, this, &MenuBarView::rebuildState);
     connect(&m_settings, &AppSettings::seekActionsChanged, this, [this] {
         rebuildState();
         rebuildSeekButtons();
@@ -198,7 +198,7 @@ void MenuBarView::rebuildState() {
     const int symbolSize = stateSymbolSize;
     QString kind;
 
-    if (const auto feedback = m_controller.seekFeedback()) {
+    if (const auto feedback = m_status.seekFeedback()) {
         kind = QStringLiteral("feedback");
         const QString name = SkipSymbols::forKind(
             feedback->kind, SkipSymbols::wholeSeconds(m_settings.firstForwardSeconds()),
@@ -212,7 +212,7 @@ void MenuBarView::rebuildState() {
         layout->addWidget(dot);
         layout->addWidget(makeText(feedback->app.displayName(), Style::captionFont(),
                                    Style::primary(colors), 2, QStringLiteral("stateText"), row));
-    } else if (const auto status = m_controller.statusMessage()) {
+    } else if (const auto status = m_status.statusMessage()) {
         kind = QStringLiteral("status");
         auto* symbol = new SymbolView(QStringLiteral("exclamationmark.triangle"), symbolSize, row);
         symbol->setObjectName(QStringLiteral("stateSymbol"));
@@ -220,7 +220,7 @@ void MenuBarView::rebuildState() {
         layout->addWidget(symbol, 0, Qt::AlignTop);
         layout->addWidget(makeText(*status, Style::captionFont(), Style::secondary(colors), 3,
                                    QStringLiteral("stateText"), row));
-    } else if (const auto playing = m_controller.nowPlaying()) {
+    } else if (const auto playing = m_status.nowPlaying()) {
         kind = QStringLiteral("nowPlaying");
         auto* symbol = new SymbolView(playing->app.symbolName(), symbolSize, row);
         symbol->setObjectName(QStringLiteral("stateSymbol"));
@@ -236,7 +236,7 @@ void MenuBarView::rebuildState() {
                                       row));
         }
         layout->addLayout(lines, 1);
-    } else if (const auto last = m_controller.lastActiveApp(); !last) {
+    } else if (const auto last = m_status.lastActiveApp(); !last) {
         kind = QStringLiteral("noMedia");
         layout->addWidget(makeText(QStringLiteral("No media detected"), Style::captionFont(),
                                    Style::secondary(colors), 1, QStringLiteral("stateText"), row));
@@ -327,8 +327,8 @@ void MenuBarView::setPolling(bool on) {
     }
     m_polling = poll;
     if (poll) {
-        m_controller.startNowPlayingPolling();
+        m_status.startNowPlayingPolling();
     } else {
-        m_controller.stopNowPlayingPolling();
+        m_status.stopNowPlayingPolling();
     }
 }

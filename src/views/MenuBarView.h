@@ -8,7 +8,7 @@
 #include <set>
 
 class AppSettings;
-class MediaController;
+class MediaStatus;
 class QLabel;
 class QToolButton;
 class QVBoxLayout;
@@ -31,7 +31,9 @@ public:
     // The application's version, "1.0" when none is set.
     static QString appVersion();
 
-    MenuBarView(MediaController& controller, AppSettings& settings, QWidget* parent = nullptr);
+    // `hotkeysHint` names the preset hotkeys' modifiers for the welcome content.
+    MenuBarView(MediaStatus& status, AppSettings& settings, const QString& hotkeysHint,
+                QWidget* parent = nullptr);
     ~MenuBarView() override;
 
     bool hasCompletedOnboarding() const;
@@ -43,6 +45,8 @@ public:
     QSize fittingSize();
 
 signals:
+    // A seek button was pressed: seek by this signed number of seconds.
+    void seekRequested(double seconds);
     void settingsRequested();
     void quitRequested();
     // What is shown changed, and with it maybe the size needed.
@@ -60,7 +64,7 @@ private:
     void rebuildSeekButtons();
     void setPolling(bool on);
 
-    MediaController& m_controller;
+    MediaStatus& m_status;
     AppSettings& m_settings;
     QVBoxLayout* m_layout = nullptr;
     QPointer<WelcomeView> m_welcome;

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "services/SeekFeedback.h"
+#include "models/SeekFeedback.h"
 
 #include <QString>
 

@@ -1,6 +1,6 @@
 #include "Symbols.h"
 
-#include "platform/Platform.h"
+#include "platform/SymbolImages.h"
 
 #include <QFont>
 #include <QHash>
@@ -65,9 +65,9 @@ Parts partsOf(const QString& symbolName) {
     return {symbolName, {}};
 }
 
-SymbolImages& platformImages() {
-    static const auto images = Platform::createSymbolImages();
-    return *images;
+std::unique_ptr<SymbolImages>& platformImages() {
+    static std::unique_ptr<SymbolImages> images;
+    return images;
 }
 
 // Black ink on a transparent ground becomes `color`; white ink (the cut-outs of the filled
@@ -141,7 +141,8 @@ QPixmap pixmap(const QString& symbolName, int pixelSize, const QColor& color,
     }
     const int devicePixels = qMax(1, qRound(pixelSize * devicePixelRatio));
     const Parts parts = partsOf(symbolName);
-    const QByteArray pixels = platformImages().image(symbolName, devicePixels);
+    const QByteArray pixels =
+        platformImages() ? platformImages()->image(symbolName, devicePixels) : QByteArray();
     const bool native = pixels.size() == qsizetype(devicePixels) * devicePixels * 4;
     QImage image;
     if (native) {
@@ -166,6 +167,10 @@ QIcon icon(const QString& symbolName, const QColor& color) {
         result.addPixmap(pixmap(symbolName, size, color));
     }
     return result;
+}
+
+void setPlatformImages(std::unique_ptr<SymbolImages> images) {
+    platformImages() = std::move(images);
 }
 
 } // namespace Symbols

@@ -2,7 +2,6 @@
 
 #include "Style.h"
 #include "SymbolView.h"
-#include "platform/Platform.h"
 
 #include <QFontInfo>
 #include <QHBoxLayout>
@@ -51,7 +50,8 @@ QString prominentButtonStyle(const QPalette& palette) {
 
 } // namespace
 
-WelcomeView::WelcomeView(std::function<void()> onDismiss, QWidget* parent)
+WelcomeView::WelcomeView(const QString& hotkeysHint, std::function<void()> onDismiss,
+                         QWidget* parent)
     : QWidget(parent)
     , m_onDismiss(std::move(onDismiss)) {
     setObjectName(QStringLiteral("welcomeView"));
@@ -80,8 +80,8 @@ WelcomeView::WelcomeView(std::function<void()> onDismiss, QWidget* parent)
     auto* hintsLayout = new QVBoxLayout(hints);
     hintsLayout->setContentsMargins(4, 2, 4, 2);
     hintsLayout->setSpacing(4);
-    hintsLayout->addWidget(makeHintLine(QStringLiteral("keyboard"), Platform::defaultHotkeysHint(),
-                                        QStringLiteral("hotkeysHint"), this));
+    hintsLayout->addWidget(
+        makeHintLine(QStringLiteral("keyboard"), hotkeysHint, QStringLiteral("hotkeysHint"), this));
     hintsLayout->addWidget(makeHintLine(QStringLiteral("goforward.10"),
                                         QStringLiteral("Right Arrow: Forward 10s"),
                                         QStringLiteral("forwardHint"), this));

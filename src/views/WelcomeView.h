@@ -10,7 +10,9 @@ class WelcomeView : public QWidget {
     Q_OBJECT
 
 public:
-    explicit WelcomeView(std::function<void()> onDismiss, QWidget* parent = nullptr);
+    // `hotkeysHint` names the preset hotkeys' modifiers as this desktop calls them.
+    WelcomeView(const QString& hotkeysHint, std::function<void()> onDismiss,
+                QWidget* parent = nullptr);
 
 private:
     std::function<void()> m_onDismiss;

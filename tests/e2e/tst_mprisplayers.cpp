@@ -1,13 +1,14 @@
 // Player discovery and control through the session bus: which players stand for which app,
 // running names as players come and go, and which of several players is acted on.
-#include "models/AppSettings.h"
+#include "core/MediaController.h"
+#include "core/MediaStatus.h"
 #include "platform/linux/MprisPlayerControl.h"
 #include "platform/linux/MprisPlayerRegistry.h"
 #include "platform/linux/MprisRunningApps.h"
-#include "services/MediaController.h"
+#include "settings/AppSettings.h"
+#include "settings/UserDefaults.h"
 #include "support/PlayerProcess.h"
 #include "support/TempHome.h"
-#include "utilities/UserDefaults.h"
 
 #include <QDBusConnection>
 #include <QSettings>
@@ -460,7 +461,7 @@ private slots:
         QTRY_COMPARE(registry.playersOf(MediaApp::spotify).size(), 1);
         QCOMPARE(control.seekIfPlaying(MediaApp::spotify, 10, 3.0).result, SeekResult::notPlaying);
         QCOMPARE(control.nowPlayingText(MediaApp::spotify, 2.0), std::optional<QString>(QString()));
-        QCOMPARE(control.seekIfPlaying(MediaApp::spotify, 10, 3.0).javaScriptOff, false);
+        QCOMPARE(control.seekIfPlaying(MediaApp::spotify, 10, 3.0).alert, std::nullopt);
     }
 
     void nowPlayingOfThePlayingPlayer() {
@@ -504,13 +505,15 @@ private slots:
         MprisPlayerRegistry registry(QDBusConnection::sessionBus());
         auto spotify = player(QStringLiteral("spotify"), QString(), {QStringLiteral("--spotify")});
         QTRY_COMPARE(registry.runningApps().size(), 1);
-        MediaController controller(std::make_shared<MprisPlayerControl>(registry),
-                                   std::make_unique<MprisRunningApps>(registry), settings);
+        auto control = std::make_shared<MprisPlayerControl>(registry);
+        MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
+        MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
+                                   status);
         QSignalSpy finished(&controller, &MediaController::seekFinished);
         controller.enqueueSeek(-10);
         QTRY_COMPARE(finished.size(), 1);
-        QCOMPARE(controller.seekFeedback()->app, MediaApp(MediaApp::spotify));
-        QCOMPARE(controller.seekFeedback()->kind, FeedbackKind::backward);
+        QCOMPARE(status.seekFeedback()->app, MediaApp(MediaApp::spotify));
+        QCOMPARE(status.seekFeedback()->kind, FeedbackKind::backward);
         QCOMPARE(spotify->calls().filter(QStringLiteral("SetPosition")).size(), 1);
     }
 
@@ -526,12 +529,14 @@ private slots:
                              QRegularExpression(QStringLiteral(
                                  "^No D-Bus session bus, so no media player can be reached: ")));
         MprisPlayerRegistry registry(none);
-        MediaController controller(std::make_shared<MprisPlayerControl>(registry),
-                                   std::make_unique<MprisRunningApps>(registry), settings);
+        auto control = std::make_shared<MprisPlayerControl>(registry);
+        MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
+        MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
+                                   status);
         QSignalSpy finished(&controller, &MediaController::seekFinished);
         controller.enqueueSeek(10);
         QTRY_COMPARE(finished.size(), 1);
-        QCOMPARE(controller.statusMessage(),
+        QCOMPARE(status.statusMessage(),
                  std::optional<QString>(QStringLiteral("No media apps running")));
     }
 };

@@ -1,7 +1,7 @@
-#include "models/AppSettings.h"
 #include "platform/IniSettings.h"
+#include "settings/AppSettings.h"
+#include "settings/UserDefaults.h"
 #include "support/Desktop.h"
-#include "utilities/UserDefaults.h"
 
 #include <QFile>
 #include <QProcess>

@@ -1,5 +1,5 @@
-#include "services/ChromeYouTubeController.h"
-#include "services/UserAlert.h"
+#include "models/UserAlert.h"
+#include "scripting/ChromeYouTubeController.h"
 #include "views/AlertBox.h"
 
 #include <QAbstractButton>
@@ -7,8 +7,6 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QtTest>
-
-#include <thread>
 
 namespace {
 
@@ -28,8 +26,6 @@ class TestAlertBox : public QObject {
     Q_OBJECT
 
 private slots:
-    void initTestCase() { AlertBox::install(); }
-
     void cleanup() {
         for (QMessageBox* box : visibleBoxes()) {
             box->close();
@@ -38,9 +34,8 @@ private slots:
     }
 
     void theChromeAlertReadsAsWritten() {
-        ChromeYouTubeController::showJSPermissionAlert();
-        QVERIFY(visibleBoxes().isEmpty()); // shown once the current event is done
-        QTRY_COMPARE(visibleBoxes().size(), 1);
+        AlertBox::show(ChromeYouTubeController::jsPermissionAlert());
+        QCOMPARE(visibleBoxes().size(), 1);
 
         QMessageBox* box = visibleBoxes().first();
         QCOMPARE(box->text(), QStringLiteral("Chrome JavaScript Access Required"));
@@ -64,21 +59,18 @@ private slots:
     }
 
     void okClosesAndFreesTheBox() {
-        ChromeYouTubeController::showJSPermissionAlert();
+        AlertBox::show(ChromeYouTubeController::jsPermissionAlert());
         QTRY_COMPARE(visibleBoxes().size(), 1);
         QPointer<QMessageBox> box = visibleBoxes().first();
         box->buttons().first()->click();
         QTRY_VERIFY(box.isNull());
     }
 
-    // No once-only guard: each refusal shows its own alert, also when asked from a worker.
+    // No once-only guard: each refusal shows its own alert.
     void eachRequestShowsItsOwnAlert() {
-        std::thread seekThread([] {
-            ChromeYouTubeController::showJSPermissionAlert();
-            ChromeYouTubeController::showJSPermissionAlert();
-        });
-        seekThread.join();
-        ChromeYouTubeController::showJSPermissionAlert();
+        for (int i = 0; i < 3; ++i) {
+            AlertBox::show(ChromeYouTubeController::jsPermissionAlert());
+        }
         QTRY_COMPARE(visibleBoxes().size(), 3);
     }
 };

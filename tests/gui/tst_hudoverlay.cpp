@@ -57,7 +57,8 @@ private slots:
         m_rig = std::make_unique<ControllerRig>();
         m_rig->start({});
         m_rig->settings().setFeedbackDuration(30); // cleared by the test where it matters
-        m_manager = std::make_unique<HUDOverlayManager>(m_rig->controller(), m_rig->settings());
+        m_manager = std::make_unique<HUDOverlayManager>(m_rig->status(), m_rig->settings(),
+                                                        &m_rig->desktop());
         m_manager->start();
     }
 
@@ -89,7 +90,7 @@ private slots:
         QFETCH(int, kind);
         QFETCH(QString, icon);
         setSteps(forward, backward);
-        m_rig->controller().showFeedback(MediaApp::appleMusic, static_cast<FeedbackKind>(kind));
+        m_rig->status().showFeedback(MediaApp::appleMusic, static_cast<FeedbackKind>(kind));
         QTRY_VERIFY(cardShowing());
         HUDOverlayView* card = panel()->card();
         QCOMPARE(card->iconName(), icon);
@@ -104,7 +105,7 @@ private slots:
     void theIconIgnoresThePressedStep() {
         m_rig->settings().setSeekActions({SeekAction(Direction::forward, 5, 124, 6400),
                                           SeekAction(Direction::forward, 30, 125, 6400)});
-        m_rig->controller().showFeedback(MediaApp::spotify, FeedbackKind::forward);
+        m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::forward);
         QTRY_VERIFY(cardShowing());
         QCOMPARE(panel()->card()->iconName(), QStringLiteral("goforward.5"));
     }
@@ -121,7 +122,7 @@ private slots:
     void theCardNamesEachPlayer() {
         QFETCH(int, app);
         QFETCH(QString, name);
-        m_rig->controller().showFeedback(static_cast<MediaApp::Value>(app), FeedbackKind::forward);
+        m_rig->status().showFeedback(static_cast<MediaApp::Value>(app), FeedbackKind::forward);
         QTRY_VERIFY(cardShowing());
         QCOMPARE(panel()->card()->playerName(), name);
     }
@@ -129,7 +130,7 @@ private slots:
     // The written measures: paddings 32 and 24, spacing 12, radius 18, fonts 36 and 14 points
     // medium.
     void theCardIsLaidOutAsWritten() {
-        m_rig->controller().showFeedback(MediaApp::chromeYouTube, FeedbackKind::forward);
+        m_rig->status().showFeedback(MediaApp::chromeYouTube, FeedbackKind::forward);
         QTRY_VERIFY(cardShowing());
         HUDOverlayView* card = panel()->card();
         auto* icon = card->findChild<QWidget*>(QStringLiteral("icon"));
@@ -151,7 +152,7 @@ private slots:
     }
 
     void theWindowNeverTakesFocusOrClicks() {
-        m_rig->controller().showFeedback(MediaApp::spotify, FeedbackKind::forward);
+        m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::forward);
         QTRY_VERIFY(cardShowing());
         const Qt::WindowFlags flags = panel()->windowFlags();
         QVERIFY(flags.testFlag(Qt::WindowDoesNotAcceptFocus));
@@ -178,7 +179,7 @@ private slots:
         QVERIFY(QTest::qWaitForWindowActive(&below));
         QSignalSpy clicks(&below, &QPushButton::clicked);
 
-        m_rig->controller().showFeedback(MediaApp::spotify, FeedbackKind::backward);
+        m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::backward);
         QTRY_VERIFY(cardShowing());
         QTRY_COMPARE(panel()->windowOpacity(), 1.0);
         QVERIFY(QTest::qWaitForWindowExposed(panel()));
@@ -191,7 +192,7 @@ private slots:
     }
 
     void theCardIsCentredInTheAvailableArea() {
-        m_rig->controller().showFeedback(MediaApp::spotify, FeedbackKind::forward);
+        m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::forward);
         QTRY_VERIFY(cardShowing());
         const QRect available = QGuiApplication::primaryScreen()->availableGeometry();
         const QPoint offset = panel()->geometry().center() - available.center();
@@ -203,7 +204,7 @@ private slots:
     void fadesInAndOut() {
         m_rig->settings().setFeedbackDuration(0.4);
         QList<qreal> opacities;
-        m_rig->controller().showFeedback(MediaApp::spotify, FeedbackKind::forward);
+        m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::forward);
         QTRY_VERIFY(panel() != nullptr);
         connect(panel()->windowHandle(), &QWindow::opacityChanged, this,
                 [&opacities](qreal opacity) { opacities << opacity; });
@@ -215,7 +216,7 @@ private slots:
         QVERIFY(opacities.contains(1.0));
         // The panel is kept for the next show.
         const HUDPanel* kept = panel();
-        m_rig->controller().showFeedback(MediaApp::spotify, FeedbackKind::backward);
+        m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::backward);
         QTRY_VERIFY(cardShowing());
         QCOMPARE(panel(), kept);
         QCOMPARE(panel()->card()->iconName(), QStringLiteral("gobackward.10"));
@@ -224,8 +225,8 @@ private slots:
     void switchedOffItShowsNothing() {
         m_rig->settings().setShowHUDOverlay(false);
         m_rig->settings().setFeedbackDuration(0.2);
-        QSignalSpy changes(&m_rig->controller(), &MediaController::seekFeedbackChanged);
-        m_rig->controller().showFeedback(MediaApp::spotify, FeedbackKind::forward);
+        QSignalSpy changes(&m_rig->status(), &MediaStatus::seekFeedbackChanged);
+        m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::forward);
         QTRY_COMPARE(changes.count(), 2); // shown, then cleared
         QTest::qWait(50);
         QVERIFY(panel() == nullptr);
@@ -234,7 +235,7 @@ private slots:
     // Turned off while the card is up: it stays until its feedback clears, as usual.
     void switchingOffLeavesAVisibleCardToItsFeedback() {
         m_rig->settings().setFeedbackDuration(0.5);
-        m_rig->controller().showFeedback(MediaApp::spotify, FeedbackKind::forward);
+        m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::forward);
         QTRY_VERIFY(cardShowing());
         m_rig->settings().setShowHUDOverlay(false);
         QVERIFY(panel()->isVisible());
@@ -245,8 +246,8 @@ private slots:
         // The feedback comes while the overlay is off, and clears once it is on again.
         m_rig->settings().setShowHUDOverlay(false);
         m_rig->settings().setFeedbackDuration(0.3);
-        QSignalSpy changes(&m_rig->controller(), &MediaController::seekFeedbackChanged);
-        m_rig->controller().showFeedback(MediaApp::spotify, FeedbackKind::forward);
+        QSignalSpy changes(&m_rig->status(), &MediaStatus::seekFeedbackChanged);
+        m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::forward);
         QTRY_COMPARE(changes.count(), 1);
         QTest::qWait(20);
         m_rig->settings().setShowHUDOverlay(true);
@@ -258,7 +259,7 @@ private slots:
     // Two feedbacks 50 ms apart: one window, shown once, faded in again from nothing with
     // the second's symbol and player.
     void aSecondFeedbackRestartsTheFade() {
-        m_rig->controller().showFeedback(MediaApp::spotify, FeedbackKind::forward);
+        m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::forward);
         QTRY_VERIFY(panel() != nullptr);
         HUDPanel* first = panel();
         ShowCounter shows;
@@ -270,7 +271,7 @@ private slots:
         QVERIFY2(before > 0.0, "the first card is fading in");
         first->installEventFilter(&shows);
 
-        m_rig->controller().showFeedback(MediaApp::chromeYouTube, FeedbackKind::playPause);
+        m_rig->status().showFeedback(MediaApp::chromeYouTube, FeedbackKind::playPause);
         QTRY_COMPARE(panel()->card()->playerName(), QStringLiteral("YouTube (Chrome)"));
         QTRY_COMPARE(panel()->windowOpacity(), 1.0);
         QCOMPARE(panel(), first);
@@ -308,7 +309,7 @@ private slots:
             {FeedbackKind::playPause, MediaApp::appleMusic, QStringLiteral("playpause")},
         };
         for (const auto& each : cases) {
-            m_rig->controller().showFeedback(each.app, each.kind);
+            m_rig->status().showFeedback(each.app, each.kind);
             QTRY_VERIFY(cardShowing() && panel()->card()->feedback().app == each.app);
             QTRY_COMPARE(panel()->windowOpacity(), 1.0);
             const QString path = Screenshots::save(

@@ -39,7 +39,8 @@ private slots:
         m_rig = std::make_unique<ControllerRig>();
         m_rig->start({});
         m_rig->settings().defaults().setBool(MenuBarView::onboardingKey, true);
-        m_extra = std::make_unique<MenuBarExtra>(m_rig->controller(), m_rig->settings());
+        m_extra = std::make_unique<MenuBarExtra>(m_rig->status(), m_rig->settings(),
+                                                 m_rig->desktop().defaultHotkeysHint());
     }
 
     void cleanup() {
@@ -72,7 +73,8 @@ private slots:
     void aHiddenIconStaysHiddenAtStart() {
         m_extra.reset();
         m_rig->settings().defaults().setBool(AppSettings::Keys::showMenuBarIcon, false);
-        m_extra = std::make_unique<MenuBarExtra>(m_rig->controller(), m_rig->settings());
+        m_extra = std::make_unique<MenuBarExtra>(m_rig->status(), m_rig->settings(),
+                                                 m_rig->desktop().defaultHotkeysHint());
         QVERIFY(!m_extra->trayIcon().isVisible());
     }
 
@@ -87,7 +89,7 @@ private slots:
         MenuBarWindow& window = m_extra->window();
         QTRY_VERIFY(window.isVisible());
         QVERIFY(QTest::qWaitForWindowExposed(&window));
-        QVERIFY(m_rig->controller().isPollingNowPlaying());
+        QVERIFY(m_rig->status().isPollingNowPlaying());
         const QRect panel = window.frameGeometry();
         const QRect screen = QGuiApplication::primaryScreen()->availableGeometry();
         QVERIFY2(screen.contains(panel), "wholly on screen");
@@ -98,7 +100,7 @@ private slots:
 
         QTest::keyClick(&window, Qt::Key_Escape);
         QTRY_VERIFY(!window.isVisible());
-        QVERIFY(!m_rig->controller().isPollingNowPlaying());
+        QVERIFY(!m_rig->status().isPollingNowPlaying());
     }
 
     // Where the tray says nothing of its icon, the panel opens at the pointer.
@@ -128,7 +130,7 @@ private slots:
         QVERIFY(QTest::qWaitForWindowExposed(&window));
         Desktop::click(elsewhere.geometry().center(), 1);
         QTRY_VERIFY(!window.isVisible());
-        QVERIFY(!m_rig->controller().isPollingNowPlaying());
+        QVERIFY(!m_rig->status().isPollingNowPlaying());
     }
 
     void anotherWindowTakingTheFocusCloses() {
@@ -151,7 +153,7 @@ private slots:
         QVERIFY(window.isVisible());
         m_rig->settings().defaults().setBool(AppSettings::Keys::showMenuBarIcon, false);
         QVERIFY(!window.isVisible());
-        QVERIFY(!m_rig->controller().isPollingNowPlaying());
+        QVERIFY(!m_rig->status().isPollingNowPlaying());
     }
 
     // The click on the icon that takes the focus from the open panel closes it; it must not

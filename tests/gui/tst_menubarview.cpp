@@ -44,7 +44,12 @@ private:
     std::unique_ptr<ControllerRig> m_rig;
 
     std::unique_ptr<MenuBarView> makeView() {
-        return std::make_unique<MenuBarView>(m_rig->controller(), m_rig->settings());
+        auto view = std::make_unique<MenuBarView>(m_rig->status(), m_rig->settings(),
+                                                  m_rig->desktop().defaultHotkeysHint());
+        // As the application shell wires it.
+        connect(view.get(), &MenuBarView::seekRequested, &m_rig->controller(),
+                &MediaController::enqueueSeek);
+        return view;
     }
 
     void completeOnboarding() {
@@ -102,7 +107,7 @@ private slots:
                  QStringLiteral("Get Started"));
         QVERIFY(view->width() >= 200 && view->width() <= 280);
         // The welcome content has no now-playing line to keep fresh.
-        QVERIFY(!m_rig->controller().isPollingNowPlaying());
+        QVERIFY(!m_rig->status().isPollingNowPlaying());
     }
 
     void getStartedShowsTheMenuAtOnceAndForGood() {
@@ -115,7 +120,7 @@ private slots:
         QVERIFY(menu != nullptr);
         QVERIFY(menu->isVisible());
         QVERIFY(view->hasCompletedOnboarding());
-        QVERIFY(m_rig->controller().isPollingNowPlaying());
+        QVERIFY(m_rig->status().isPollingNowPlaying());
         QTRY_VERIFY(view->findChild<WelcomeView*>() == nullptr);
 
         // On disk, where the next run reads it.
@@ -148,12 +153,12 @@ private slots:
         completeOnboarding();
         setSteps(10, 10);
         const auto view = makeView();
-        m_rig->controller().showStatus(QStringLiteral("Spotify returned an error"));
+        m_rig->status().showStatus(QStringLiteral("Spotify returned an error"));
         QCOMPARE(view->stateKind(), QStringLiteral("status"));
-        m_rig->controller().showFeedback(MediaApp::spotify, FeedbackKind::forward);
+        m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::forward);
         // The controller clears a status on success; put one back beside the feedback.
-        m_rig->controller().showStatus(QStringLiteral("Spotify returned an error"));
-        QVERIFY(m_rig->controller().statusMessage().has_value());
+        m_rig->status().showStatus(QStringLiteral("Spotify returned an error"));
+        QVERIFY(m_rig->status().statusMessage().has_value());
         QCOMPARE(view->stateKind(), QStringLiteral("feedback"));
         QCOMPARE(stateText(*view), QStringLiteral("Spotify"));
         QCOMPARE(stateSymbol(*view), QStringLiteral("goforward.10"));
@@ -175,7 +180,7 @@ private slots:
         completeOnboarding();
         setSteps(7.9, 30);
         const auto view = makeView();
-        m_rig->controller().showFeedback(MediaApp::chromeYouTube, static_cast<FeedbackKind>(kind));
+        m_rig->status().showFeedback(MediaApp::chromeYouTube, static_cast<FeedbackKind>(kind));
         QCOMPARE(stateSymbol(*view), symbol);
         QCOMPARE(stateText(*view), QStringLiteral("YouTube (Chrome)"));
         QCOMPARE(child<ColorDot>(*view, QStringLiteral("playerDot"))->color(), QColor(0xFF3B30));
@@ -184,7 +189,7 @@ private slots:
     void aStatusShowsWithItsWarning() {
         completeOnboarding();
         const auto view = makeView();
-        m_rig->controller().showStatus(QStringLiteral("No media apps running"));
+        m_rig->status().showStatus(QStringLiteral("No media apps running"));
         QCOMPARE(view->stateKind(), QStringLiteral("status"));
         QCOMPARE(stateText(*view), QStringLiteral("No media apps running"));
         QCOMPARE(stateSymbol(*view), QStringLiteral("exclamationmark.triangle"));
@@ -197,7 +202,7 @@ private slots:
         QCOMPARE(m_rig->seek({10}), 1);
         QCOMPARE(view->stateKind(), QStringLiteral("feedback"));
         QTRY_COMPARE(view->stateKind(), QStringLiteral("lastApp"));
-        QVERIFY(!m_rig->controller().nowPlaying().has_value());
+        QVERIFY(!m_rig->status().nowPlaying().has_value());
         QCOMPARE(stateText(*view), QStringLiteral("Last: Spotify"));
         QCOMPARE(stateSymbol(*view), QStringLiteral("music.note"));
         QCOMPARE(child<ColorDot>(*view, QStringLiteral("playerDot"))->color(), QColor(0x34C759));
@@ -270,13 +275,13 @@ private slots:
     void pollingRunsOnlyWhileShown() {
         completeOnboarding();
         const auto view = makeView();
-        QVERIFY(!m_rig->controller().isPollingNowPlaying());
+        QVERIFY(!m_rig->status().isPollingNowPlaying());
         view->show();
-        QVERIFY(m_rig->controller().isPollingNowPlaying());
+        QVERIFY(m_rig->status().isPollingNowPlaying());
         view->hide();
-        QVERIFY(!m_rig->controller().isPollingNowPlaying());
+        QVERIFY(!m_rig->status().isPollingNowPlaying());
         view->show();
-        QVERIFY(m_rig->controller().isPollingNowPlaying());
+        QVERIFY(m_rig->status().isPollingNowPlaying());
     }
 
     void theRowsLightUpUnderThePointer() {
@@ -329,7 +334,7 @@ private slots:
         completeOnboarding();
         const auto view = makeView();
         view->show();
-        m_rig->controller().showStatus(
+        m_rig->status().showStatus(
             QStringLiteral("Grant YouTube (Chrome) permission in System Settings > Privacy > "
                            "Automation"));
         view->adjustSize();
@@ -351,7 +356,8 @@ private slots:
         QApplication::setPalette(dark ? Screenshots::darkPalette() : Screenshots::lightPalette());
         setSteps(10, 10);
         const auto shoot = [this, &theme](const QString& name, const auto& prepare) {
-            auto* view = new MenuBarView(m_rig->controller(), m_rig->settings());
+            auto* view = new MenuBarView(m_rig->status(), m_rig->settings(),
+                                         m_rig->desktop().defaultHotkeysHint());
             MenuBarWindow window(view);
             prepare();
             window.openAt(QRect(900, 4, 24, 24));
@@ -377,24 +383,23 @@ private slots:
         shoot(QStringLiteral("welcome"), [] {});
         completeOnboarding();
         shoot(QStringLiteral("nomedia"), [] {});
-        shoot(QStringLiteral("feedback"), [this] {
-            m_rig->controller().showFeedback(MediaApp::spotify, FeedbackKind::forward);
-        });
+        shoot(QStringLiteral("feedback"),
+              [this] { m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::forward); });
         shoot(QStringLiteral("status"), [this] {
             m_rig->settings().setFeedbackDuration(0);
-            m_rig->controller().showFeedback(MediaApp::spotify, FeedbackKind::forward);
-            QTRY_VERIFY(!m_rig->controller().seekFeedback().has_value());
-            m_rig->controller().showStatus(QStringLiteral(
+            m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::forward);
+            QTRY_VERIFY(!m_rig->status().seekFeedback().has_value());
+            m_rig->status().showStatus(QStringLiteral(
                 "Grant YouTube (Chrome) permission in System Settings > Privacy > Automation"));
         });
         shoot(QStringLiteral("lastapp"), [this] {
             m_rig->settings().setFeedbackDuration(0);
             QCOMPARE(m_rig->seek({10}), 1);
-            QTRY_VERIFY(!m_rig->controller().seekFeedback().has_value());
+            QTRY_VERIFY(!m_rig->status().seekFeedback().has_value());
         });
         m_rig->players().setNowPlayingText(MediaApp::spotify,
                                            QStringLiteral("Bohemian Rhapsody - Queen"));
-        shoot(QStringLiteral("nowplaying"), [this] { m_rig->controller().pollNowPlaying(); });
+        shoot(QStringLiteral("nowplaying"), [this] { m_rig->status().pollNowPlaying(); });
     }
 };
 

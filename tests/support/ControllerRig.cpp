@@ -1,6 +1,7 @@
 #include "ControllerRig.h"
 
-#include "utilities/UserDefaults.h"
+#include "platform/Platform.h"
+#include "settings/UserDefaults.h"
 
 #include <QEventLoop>
 #include <QSettings>
@@ -10,17 +11,24 @@ ControllerRig::ControllerRig()
     : m_settings(
           std::make_unique<AppSettings>(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
               m_home.path() + QStringLiteral("/settings.conf"), QSettings::IniFormat))))
-    , m_players(std::make_shared<FakePlayers>()) {}
+    , m_players(std::make_shared<FakePlayers>())
+    , m_desktop(Platform::createDesktopIntegration()) {}
 
 ControllerRig::~ControllerRig() {
     m_players->openGate();
     m_controller.reset();
+    m_status.reset();
 }
 
 void ControllerRig::start(const QSet<QString>& running) {
     auto apps = std::make_unique<FakeRunningApps>(running);
     m_running = apps.get();
-    m_controller = std::make_unique<MediaController>(m_players, std::move(apps), *m_settings);
+    m_status = std::make_unique<MediaStatus>(m_players, *m_settings,
+                                             [this] { return m_controller->runningActiveApps(); });
+    m_controller =
+        std::make_unique<MediaController>(m_players, std::move(apps), *m_settings, *m_status);
+    QObject::connect(m_controller.get(), &MediaController::alertRequested, m_controller.get(),
+                     [this](const UserAlert& alert) { m_alerts << alert; });
 }
 
 qsizetype ControllerRig::seek(const QList<double>& requests, int timeoutMs) {

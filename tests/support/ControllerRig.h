@@ -3,15 +3,17 @@
 #include "FakePlayers.h"
 #include "FakeRunningApps.h"
 #include "TempHome.h"
-#include "models/AppSettings.h"
-#include "services/MediaController.h"
+#include "core/MediaController.h"
+#include "core/MediaStatus.h"
+#include "platform/DesktopIntegration.h"
+#include "settings/AppSettings.h"
 
 #include <QList>
 
 #include <memory>
 
-// A media controller over fake players and running applications, with real settings in a
-// temporary home.
+// A media controller and its status over fake players and running applications, with real
+// settings in a temporary home, wired as the application shell wires them.
 class ControllerRig {
 public:
     ControllerRig();
@@ -29,11 +31,19 @@ public:
     FakePlayers& players() { return *m_players; }
     FakeRunningApps& running() { return *m_running; }
     MediaController& controller() { return *m_controller; }
+    MediaStatus& status() { return *m_status; }
+    // This platform's own, as the views get it.
+    DesktopIntegration& desktop() { return *m_desktop; }
+    // The alerts the controller asked to show, in order.
+    const QList<UserAlert>& alerts() const { return m_alerts; }
 
 private:
     TempHome m_home;
     std::unique_ptr<AppSettings> m_settings;
     std::shared_ptr<FakePlayers> m_players;
+    std::unique_ptr<DesktopIntegration> m_desktop;
     FakeRunningApps* m_running = nullptr;
+    std::unique_ptr<MediaStatus> m_status;
     std::unique_ptr<MediaController> m_controller;
+    QList<UserAlert> m_alerts;
 };

@@ -113,8 +113,8 @@ PlayerControl::SeekAnswer FakePlayers::seekIfPlaying(MediaApp app, double second
     std::unique_lock lock(m_mutex);
     const bool hung = begin(Call::seek, app.rawValue(), seconds, timeout, lock);
     const SeekAnswer answer =
-        hung ? SeekAnswer{SeekResult::error, false}
-             : m_seekAnswers.value(app.rawValue(), SeekAnswer{SeekResult::notPlaying, false});
+        hung ? SeekAnswer{SeekResult::error}
+             : m_seekAnswers.value(app.rawValue(), SeekAnswer{SeekResult::notPlaying});
     end(Call::seek, app.rawValue(), seconds, lock);
     return answer;
 }

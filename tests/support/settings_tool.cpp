@@ -2,8 +2,8 @@
 //   settings_tool write-once <file>   saves one change, says "saved", then waits to be killed
 //   settings_tool write-loop <file>   saves changes without end, saying "saved <n>" after each
 //   settings_tool label <seconds>     prints the label of a forward action of that many seconds
-#include "models/AppSettings.h"
 #include "platform/IniSettings.h"
+#include "settings/AppSettings.h"
 
 #include <QCoreApplication>
 #include <QSettings>

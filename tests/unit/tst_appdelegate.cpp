@@ -2,11 +2,11 @@
 // what a press hands to the media controller, and when the registrations follow the settings.
 // The system's hotkey service is replaced by a recording double; everything else is real.
 #include "app/AppDelegate.h"
-#include "services/AppleScriptService.h"
-#include "services/ChromeYouTubeController.h"
-#include "services/NativeMediaAppController.h"
-#include "services/SafariYouTubeController.h"
-#include "services/ScriptedPlayerControl.h"
+#include "scripting/AppleScriptService.h"
+#include "scripting/ChromeYouTubeController.h"
+#include "scripting/NativeMediaAppController.h"
+#include "scripting/SafariYouTubeController.h"
+#include "scripting/ScriptedPlayerControl.h"
 #include "support/ControllerRig.h"
 #include "support/LogCapture.h"
 #include "support/RecordingHotkeyService.h"

@@ -1,4 +1,4 @@
-#include "services/AppleScriptService.h"
+#include "scripting/AppleScriptService.h"
 #include "support/LogCapture.h"
 #include "support/ScriptedEngine.h"
 #include "utilities/ConcurrentQueue.h"

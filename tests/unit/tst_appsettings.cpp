@@ -1,9 +1,9 @@
-#include "models/AppSettings.h"
 #include "platform/linux/XdgAutostartLoginItem.h"
+#include "settings/AppSettings.h"
+#include "settings/LaunchAtLogin.h"
 #include "support/LogCapture.h"
 #include "support/OnDisk.h"
 #include "support/TempHome.h"
-#include "utilities/LaunchAtLogin.h"
 
 #include <QElapsedTimer>
 #include <QFile>

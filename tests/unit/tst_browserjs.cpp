@@ -1,7 +1,7 @@
 // The JavaScript programs the browser scripts run in a YouTube tab, run here in a real
 // JavaScript engine against a page with one video element whose state each test sets.
-#include "services/ChromeYouTubeController.h"
-#include "services/SafariYouTubeController.h"
+#include "scripting/ChromeYouTubeController.h"
+#include "scripting/SafariYouTubeController.h"
 
 #include <QJSEngine>
 #include <QRegularExpression>

@@ -1,6 +1,6 @@
-#include "models/AppSettings.h"
-#include "models/SettingsCoding.h"
 #include "platform/IniSettings.h"
+#include "settings/AppSettings.h"
+#include "settings/SettingsCoding.h"
 #include "support/TempHome.h"
 
 #include <QProcess>

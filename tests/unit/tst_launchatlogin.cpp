@@ -1,9 +1,10 @@
-#include "models/AppSettings.h"
+#include "platform/Platform.h"
 #include "platform/linux/XdgAutostartLoginItem.h"
+#include "settings/AppSettings.h"
+#include "settings/LaunchAtLogin.h"
 #include "support/LogCapture.h"
 #include "support/RecordingLoginItem.h"
 #include "support/TempHome.h"
-#include "utilities/LaunchAtLogin.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -73,12 +74,21 @@ private slots:
                  QStringLiteral("/usr/bin/scrubline"));
     }
 
-    void withoutAChoiceTheRunningExecutableIsRegistered() {
-        LaunchAtLogin::setLoginItem(nullptr);
+    void thePlatformsItemRegistersTheRunningExecutable() {
+        LaunchAtLogin::setLoginItem(Platform::createLoginItem());
         LaunchAtLogin::setEnabled(true);
         QVERIFY(readEntry().contains(
             QStringLiteral("\nExec=%1\n")
                 .arg(XdgAutostartLoginItem::execValue(QCoreApplication::applicationFilePath()))));
+    }
+
+    // Before the application shell gives it a login item, a change is only logged.
+    void withoutALoginItemAChangeIsLoggedAndWritesNothing() {
+        LaunchAtLogin::setLoginItem(nullptr);
+        LogCapture log;
+        LaunchAtLogin::setEnabled(true);
+        QCOMPARE(loginErrors(log), 1);
+        QVERIFY(!QFile::exists(XdgAutostartLoginItem::entryPath()));
     }
 
     void enablingAndDisablingAreIdempotent() {

@@ -1,5 +1,6 @@
-#include "models/AppSettings.h"
 #include "platform/Platform.h"
+#include "settings/AppSettings.h"
+#include "settings/UserDefaults.h"
 #include "support/TempHome.h"
 
 #include <QDir>
@@ -25,12 +26,11 @@ private slots:
                  home.path() + QStringLiteral("/.config/Scrubline/Scrubline.conf"));
     }
 
-    // Only once per process: the shared store stays bound to the folder it was opened in.
-    void sharedStoreWritesTheStandardFile() {
+    // The store as the application shell makes it writes the standard file.
+    void theStandardStoreWritesTheStandardFile() {
         TempHome home;
         const QString file = home.configPath() + QStringLiteral("/Scrubline/Scrubline.conf");
-        AppSettings& settings = AppSettings::shared();
-        QCOMPARE(&settings, &AppSettings::shared());
+        AppSettings settings(std::make_unique<UserDefaults>(Platform::openUserDefaults()));
         QVERIFY(!QFile::exists(file));
         settings.setEnabledApps({MediaApp::appleMusic});
         QVERIFY(QFile::exists(file));

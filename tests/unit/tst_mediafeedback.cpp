@@ -12,7 +12,7 @@ using Call = FakePlayers::Call;
 class ChangeLog {
 public:
     template <class Signal>
-    ChangeLog(MediaController& controller, Signal signal) {
+    ChangeLog(MediaStatus& controller, Signal signal) {
         m_clock.start();
         QObject::connect(&controller, signal, &controller,
                          [this] { m_times << m_clock.elapsed(); });
@@ -36,7 +36,7 @@ class TestMediaFeedback : public QObject {
 private:
     std::unique_ptr<ControllerRig> m_rig;
 
-    MediaController& controller() { return m_rig->controller(); }
+    MediaStatus& status() { return m_rig->status(); }
 
 private slots:
     void init() {
@@ -48,13 +48,13 @@ private slots:
     // Two successes a second apart with the default 2.5 s: shown until 2.5 s after the second.
     void eachSuccessRestartsTheFeedbackTime() {
         QCOMPARE(m_rig->settings().feedbackDuration(), 2.5);
-        ChangeLog changes(controller(), &MediaController::seekFeedbackChanged);
-        controller().showFeedback(MediaApp::spotify, FeedbackKind::forward);
-        const SeekFeedback first = *controller().seekFeedback();
+        ChangeLog changes(status(), &MediaStatus::seekFeedbackChanged);
+        status().showFeedback(MediaApp::spotify, FeedbackKind::forward);
+        const SeekFeedback first = *status().seekFeedback();
         QTest::qWait(1000);
-        controller().showFeedback(MediaApp::spotify, FeedbackKind::forward);
+        status().showFeedback(MediaApp::spotify, FeedbackKind::forward);
         const qint64 second = changes.now();
-        const SeekFeedback again = *controller().seekFeedback();
+        const SeekFeedback again = *status().seekFeedback();
         // Two equal actions are still two values.
         QCOMPARE(again.app, first.app);
         QCOMPARE(again.kind, first.kind);
@@ -62,7 +62,7 @@ private slots:
         QVERIFY(!again.id.isNull());
 
         QTRY_COMPARE_WITH_TIMEOUT(changes.count(), 3, 15000);
-        QCOMPARE(controller().seekFeedback(), std::nullopt);
+        QCOMPARE(status().seekFeedback(), std::nullopt);
         // Cleared once, by the newer timer: not before its full time after the second.
         QVERIFY2(changes.at(2) - second >= 2495,
                  qPrintable(QString::number(changes.at(2) - second)));
@@ -72,47 +72,47 @@ private slots:
 
     void theFeedbackTimeFollowsTheSetting() {
         m_rig->settings().setFeedbackDuration(0.1);
-        ChangeLog changes(controller(), &MediaController::seekFeedbackChanged);
-        controller().showFeedback(MediaApp::appleMusic, FeedbackKind::backward);
+        ChangeLog changes(status(), &MediaStatus::seekFeedbackChanged);
+        status().showFeedback(MediaApp::appleMusic, FeedbackKind::backward);
         QTRY_COMPARE(changes.count(), 2);
         QVERIFY(changes.at(1) - changes.at(0) >= 95);
 
         m_rig->settings().setFeedbackDuration(0.7);
         const qint64 shown = changes.now();
-        controller().showFeedback(MediaApp::appleMusic, FeedbackKind::backward);
+        status().showFeedback(MediaApp::appleMusic, FeedbackKind::backward);
         QTRY_COMPARE(changes.count(), 4);
         QVERIFY(changes.at(3) - shown >= 695);
     }
 
     void aSuccessHidesAProblemAtOnce() {
-        controller().showStatus(QStringLiteral("No media apps running"));
-        QSignalSpy status(&controller(), &MediaController::statusMessageChanged);
-        controller().showFeedback(MediaApp::spotify, FeedbackKind::playPause);
-        QCOMPARE(status.size(), 1);
-        QCOMPARE(controller().statusMessage(), std::nullopt);
+        status().showStatus(QStringLiteral("No media apps running"));
+        QSignalSpy changes(&status(), &MediaStatus::statusMessageChanged);
+        status().showFeedback(MediaApp::spotify, FeedbackKind::playPause);
+        QCOMPARE(changes.size(), 1);
+        QCOMPARE(status().statusMessage(), std::nullopt);
     }
 
     void aRepeatedProblemStaysFiveSecondsAfterTheLast() {
-        ChangeLog changes(controller(), &MediaController::statusMessageChanged);
+        ChangeLog changes(status(), &MediaStatus::statusMessageChanged);
         const QString text = QStringLiteral("YouTube (Chrome) returned an error");
-        controller().showStatus(text);
+        status().showStatus(text);
         QTest::qWait(1500);
-        controller().showStatus(text);
+        status().showStatus(text);
         const qint64 second = changes.now();
         QCOMPARE(changes.count(), 1); // the same text is not published again
         QTRY_COMPARE_WITH_TIMEOUT(changes.count(), 2, 15000);
-        QCOMPARE(controller().statusMessage(), std::nullopt);
+        QCOMPARE(status().statusMessage(), std::nullopt);
         QVERIFY2(changes.at(1) - second >= 4995,
                  qPrintable(QString::number(changes.at(1) - second)));
     }
 
     // The timer of an older problem never clears a newer one.
     void aNewProblemReplacesTheOld() {
-        ChangeLog changes(controller(), &MediaController::statusMessageChanged);
-        controller().showStatus(QStringLiteral("No media apps running"));
-        controller().showStatus(QStringLiteral("Spotify returned an error"));
+        ChangeLog changes(status(), &MediaStatus::statusMessageChanged);
+        status().showStatus(QStringLiteral("No media apps running"));
+        status().showStatus(QStringLiteral("Spotify returned an error"));
         QCOMPARE(changes.count(), 2);
-        QCOMPARE(controller().statusMessage(),
+        QCOMPARE(status().statusMessage(),
                  std::optional<QString>(QStringLiteral("Spotify returned an error")));
         QTRY_COMPARE_WITH_TIMEOUT(changes.count(), 3, 15000);
         QVERIFY(changes.at(2) - changes.at(1) >= 4995);
@@ -121,10 +121,10 @@ private slots:
     void titleAndArtistAreSplitAtTheFirstDash() {
         m_rig->players().setNowPlayingText(MediaApp::spotify,
                                            QStringLiteral("Intro - Live - Band"));
-        QSignalSpy changed(&controller(), &MediaController::nowPlayingChanged);
-        controller().pollNowPlaying();
+        QSignalSpy changed(&status(), &MediaStatus::nowPlayingChanged);
+        status().pollNowPlaying();
         QTRY_COMPARE(changed.size(), 1);
-        QCOMPARE(controller().nowPlaying(),
+        QCOMPARE(status().nowPlaying(),
                  std::optional<NowPlaying>(
                      {QStringLiteral("Intro"), QStringLiteral("Live - Band"), MediaApp::spotify}));
     }
@@ -172,10 +172,10 @@ private slots:
         m_rig->players().setNowPlayingText(MediaApp::spotify, QString()); // nothing playing
         m_rig->players().setNowPlayingText(MediaApp::appleMusic, QStringLiteral("Blue - Joni"));
         m_rig->running().launch(QStringLiteral("Safari"));
-        QSignalSpy changed(&controller(), &MediaController::nowPlayingChanged);
-        controller().pollNowPlaying();
+        QSignalSpy changed(&status(), &MediaStatus::nowPlayingChanged);
+        status().pollNowPlaying();
         QTRY_COMPARE(changed.size(), 1);
-        QCOMPARE(controller().nowPlaying()->app, MediaApp(MediaApp::appleMusic));
+        QCOMPARE(status().nowPlaying()->app, MediaApp(MediaApp::appleMusic));
         // Asked in order, stopping at the first that plays.
         QCOMPARE(m_rig->players().subjects(Call::nowPlaying),
                  QStringList({QStringLiteral("spotify"), QStringLiteral("appleMusic")}));
@@ -183,64 +183,64 @@ private slots:
 
     void nothingPlayingClearsTheLineAtTheNextPoll() {
         m_rig->players().setNowPlayingText(MediaApp::spotify, QStringLiteral("Intro - Band"));
-        QSignalSpy changed(&controller(), &MediaController::nowPlayingChanged);
-        controller().pollNowPlaying();
+        QSignalSpy changed(&status(), &MediaStatus::nowPlayingChanged);
+        status().pollNowPlaying();
         QTRY_COMPARE(changed.size(), 1);
         m_rig->players().setNowPlayingText(MediaApp::spotify, std::nullopt);
-        controller().pollNowPlaying();
+        status().pollNowPlaying();
         QTRY_COMPARE(changed.size(), 2);
-        QCOMPARE(controller().nowPlaying(), std::nullopt);
+        QCOMPARE(status().nowPlaying(), std::nullopt);
     }
 
     // A player that hangs costs its own time-out and the next one is asked.
     void aHungPlayerYieldsNothing() {
         m_rig->players().hang(MediaApp::spotify);
         m_rig->players().setNowPlayingText(MediaApp::appleMusic, QStringLiteral("Blue - Joni"));
-        QSignalSpy changed(&controller(), &MediaController::nowPlayingChanged);
+        QSignalSpy changed(&status(), &MediaStatus::nowPlayingChanged);
         QElapsedTimer clock;
         clock.start();
-        controller().pollNowPlaying();
+        status().pollNowPlaying();
         QTRY_COMPARE_WITH_TIMEOUT(changed.size(), 1, 15000);
         QVERIFY(clock.elapsed() >= 1995); // the now-playing time-out is two seconds
-        QCOMPARE(controller().nowPlaying()->title, QStringLiteral("Blue"));
+        QCOMPARE(status().nowPlaying()->title, QStringLiteral("Blue"));
     }
 
     void pollingStartsAtOnceAndStopsWithThePanel() {
-        QVERIFY(!controller().isPollingNowPlaying());
-        controller().startNowPlayingPolling();
-        QVERIFY(controller().isPollingNowPlaying());
+        QVERIFY(!status().isPollingNowPlaying());
+        status().startNowPlayingPolling();
+        QVERIFY(status().isPollingNowPlaying());
         QTRY_COMPARE(m_rig->players().subjects(Call::nowPlaying).size(), 2);
         // The next poll is ten seconds away.
         QTest::qWait(500);
         QCOMPARE(m_rig->players().subjects(Call::nowPlaying).size(), 2);
-        controller().stopNowPlayingPolling();
-        QVERIFY(!controller().isPollingNowPlaying());
+        status().stopNowPlayingPolling();
+        QVERIFY(!status().isPollingNowPlaying());
         // Starting again polls at once again.
-        controller().startNowPlayingPolling();
+        status().startNowPlayingPolling();
         QTRY_COMPARE(m_rig->players().subjects(Call::nowPlaying).size(), 4);
-        controller().stopNowPlayingPolling();
+        status().stopNowPlayingPolling();
     }
 
     void theLastValueStaysAfterPollingStops() {
         m_rig->players().setNowPlayingText(MediaApp::spotify, QStringLiteral("Intro - Band"));
-        QSignalSpy changed(&controller(), &MediaController::nowPlayingChanged);
-        controller().startNowPlayingPolling();
+        QSignalSpy changed(&status(), &MediaStatus::nowPlayingChanged);
+        status().startNowPlayingPolling();
         QTRY_COMPARE(changed.size(), 1);
-        controller().stopNowPlayingPolling();
-        QCOMPARE(controller().nowPlaying()->title, QStringLiteral("Intro"));
+        status().stopNowPlayingPolling();
+        QCOMPARE(status().nowPlaying()->title, QStringLiteral("Intro"));
     }
 
     void noRunningPlayerMeansNothingPlaying() {
         m_rig->players().setNowPlayingText(MediaApp::spotify, QStringLiteral("Intro - Band"));
-        QSignalSpy changed(&controller(), &MediaController::nowPlayingChanged);
-        controller().pollNowPlaying();
+        QSignalSpy changed(&status(), &MediaStatus::nowPlayingChanged);
+        status().pollNowPlaying();
         QTRY_COMPARE(changed.size(), 1);
         const auto asked = m_rig->players().subjects(Call::nowPlaying).size();
         m_rig->running().quit(QStringLiteral("Spotify"));
         m_rig->running().quit(QStringLiteral("Music"));
-        controller().pollNowPlaying();
+        status().pollNowPlaying();
         QTRY_COMPARE(changed.size(), 2);
-        QCOMPARE(controller().nowPlaying(), std::nullopt);
+        QCOMPARE(status().nowPlaying(), std::nullopt);
         QCOMPARE(m_rig->players().subjects(Call::nowPlaying).size(), asked); // nobody asked
     }
 
@@ -249,14 +249,14 @@ private slots:
         m_rig->running().quit(QStringLiteral("Spotify"));
         m_rig->running().quit(QStringLiteral("Music"));
         QCOMPARE(m_rig->seek({10}), 1);
-        QCOMPARE(controller().statusMessage(),
+        QCOMPARE(status().statusMessage(),
                  std::optional<QString>(QStringLiteral("No media apps running")));
         QTest::qWait(500);
         m_rig->running().launch(QStringLiteral("Spotify"));
         m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
         QCOMPARE(m_rig->seek({10}), 1);
-        QCOMPARE(controller().statusMessage(), std::nullopt);
-        QCOMPARE(controller().seekFeedback()->app, MediaApp(MediaApp::spotify));
+        QCOMPARE(status().statusMessage(), std::nullopt);
+        QCOMPARE(status().seekFeedback()->app, MediaApp(MediaApp::spotify));
     }
 };
 

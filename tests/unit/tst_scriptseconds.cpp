@@ -1,4 +1,4 @@
-#include "services/ScriptSeconds.h"
+#include "scripting/ScriptSeconds.h"
 
 #include <QRandomGenerator>
 #include <QtTest>

@@ -1,7 +1,7 @@
-#include "services/ChromeYouTubeController.h"
-#include "services/NativeMediaAppController.h"
-#include "services/PermissionProbes.h"
-#include "services/SafariYouTubeController.h"
+#include "scripting/ChromeYouTubeController.h"
+#include "scripting/NativeMediaAppController.h"
+#include "scripting/PermissionProbes.h"
+#include "scripting/SafariYouTubeController.h"
 
 #include <QFile>
 #include <QRegularExpression>

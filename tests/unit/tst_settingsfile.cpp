@@ -1,9 +1,9 @@
-#include "models/AppSettings.h"
 #include "platform/linux/XdgAutostartLoginItem.h"
+#include "settings/AppSettings.h"
+#include "settings/LaunchAtLogin.h"
 #include "support/OnDisk.h"
 #include "support/RecordingLoginItem.h"
 #include "support/TempHome.h"
-#include "utilities/LaunchAtLogin.h"
 
 #include <QFile>
 #include <QJsonDocument>

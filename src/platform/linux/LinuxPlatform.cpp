@@ -1,3 +1,4 @@
+#include "LinuxDesktopIntegration.h"
 #include "MprisPlayerControl.h"
 #include "MprisPlayerRegistry.h"
 #include "MprisRunningApps.h"
@@ -76,14 +77,8 @@ std::unique_ptr<SymbolImages> createSymbolImages() {
     return std::make_unique<NoSymbolImages>();
 }
 
-QString defaultHotkeysHint() {
-    // The preset modifiers as a PC keyboard labels them: option is Alt, command is Super.
-    return QStringLiteral("Default: Ctrl+Alt+Super + Arrow Keys");
-}
-
-void showOnEveryDesktop(std::uintptr_t /*nativeWindow*/) {
-    // The overlay bypasses the window manager on X11, which puts it on every desktop; Wayland
-    // compositors decide for themselves.
+std::unique_ptr<DesktopIntegration> createDesktopIntegration() {
+    return std::make_unique<LinuxDesktopIntegration>();
 }
 
 } // namespace Platform

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "services/SeekResult.h"
+#include "models/SeekResult.h"
 
 #include <QDBusConnection>
 #include <QString>

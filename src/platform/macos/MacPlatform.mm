@@ -1,12 +1,12 @@
 #include "AppleScriptEngine.h"
 #include "CarbonHotkeyService.h"
+#include "MacDesktopIntegration.h"
 #include "SMAppServiceLoginItem.h"
 #include "SystemSymbolImages.h"
 #include "WorkspaceRunningApps.h"
-#include "services/ScriptedPlayerControl.h"
+#include "scripting/ScriptedPlayerControl.h"
 
 #include "platform/Platform.h"
-#import <AppKit/AppKit.h>
 #include <ApplicationServices/ApplicationServices.h>
 
 namespace Platform {
@@ -49,21 +49,8 @@ std::unique_ptr<SymbolImages> createSymbolImages() {
     return std::make_unique<SystemSymbolImages>();
 }
 
-QString defaultHotkeysHint() {
-    return QStringLiteral("Default: Ctrl+Opt+Shift+Cmd + Arrow Keys");
-}
-
-void showOnEveryDesktop(std::uintptr_t nativeWindow) {
-    // A Qt window's native handle on macOS is its content NSView.
-    NSView* view = (__bridge NSView*)reinterpret_cast<void*>(nativeWindow);
-    NSWindow* window = view.window;
-    if (window == nil) {
-        return;
-    }
-    window.collectionBehavior = NSWindowCollectionBehaviorCanJoinAllSpaces |
-                                NSWindowCollectionBehaviorStationary |
-                                NSWindowCollectionBehaviorIgnoresCycle;
-    window.hidesOnDeactivate = NO;
+std::unique_ptr<DesktopIntegration> createDesktopIntegration() {
+    return std::make_unique<MacDesktopIntegration>();
 }
 
 } // namespace Platform

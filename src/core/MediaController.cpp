@@ -1,0 +1,182 @@
+#include "MediaController.h"
+
+#include "MediaStatus.h"
+#include "platform/PlayerControl.h"
+#include "platform/RunningApps.h"
+#include "settings/AppSettings.h"
+#include "utilities/Logger.h"
+#include "utilities/SerialQueue.h"
+
+#include <QThread>
+
+MediaController::MediaController(std::shared_ptr<PlayerControl> players,
+                                 std::unique_ptr<RunningApps> running, AppSettings& settings,
+                                 MediaStatus& status, QObject* parent)
+    : QObject(parent)
+    , m_players(std::move(players))
+    , m_runningApps(std::move(running))
+    , m_settings(settings)
+    , m_status(status)
+    , m_seekDispatchQueue(std::make_unique<SerialQueue>(QStringLiteral("com.scrubline.seek"))) {
+    m_runningProcessNames = m_runningApps->runningNames();
+    connect(m_runningApps.get(), &RunningApps::launched, this, &MediaController::appDidLaunch);
+    connect(m_runningApps.get(), &RunningApps::terminated, this, &MediaController::appDidTerminate);
+}
+
+MediaController::~MediaController() {
+    m_seekDispatchQueue.reset();
+}
+
+void MediaController::enqueueSeek(double seconds) {
+    if (QThread::currentThread() != thread()) {
+        // Requests from one thread keep their order: queued calls are delivered in order.
+        QMetaObject::invokeMethod(
+            this, [this, seconds] { enqueueSeek(seconds); }, Qt::QueuedConnection);
+        return;
+    }
+    if (!m_trialInFlight && !m_nextSeekScheduled && m_seekQueue.empty()) {
+        // Nothing waits: start now. This only hands the trial to the seek thread.
+        executeSeek(seconds);
+        return;
+    }
+    m_seekQueue.push_back(seconds);
+    scheduleNextSeek();
+}
+
+// The next request starts from the event loop, never from inside the one before, so a long
+// burst neither deepens the stack nor holds up the interface.
+void MediaController::scheduleNextSeek() {
+    if (m_nextSeekScheduled || m_trialInFlight || m_seekQueue.empty()) {
+        return;
+    }
+    m_nextSeekScheduled = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            m_nextSeekScheduled = false;
+            if (m_trialInFlight || m_seekQueue.empty()) {
+                return;
+            }
+            const double seconds = m_seekQueue.front();
+            m_seekQueue.pop_front();
+            executeSeek(seconds);
+        },
+        Qt::QueuedConnection);
+}
+
+QList<MediaApp> MediaController::runningActiveApps() const {
+    QList<MediaApp> candidates;
+    for (const MediaApp app : m_settings.activeApps()) {
+        if (m_runningProcessNames.contains(app.processName())) {
+            candidates << app;
+        }
+    }
+    return candidates;
+}
+
+void MediaController::executeSeek(double seconds) {
+    QElapsedTimer clock;
+    clock.start();
+    QList<MediaApp> candidates = runningActiveApps();
+    if (candidates.isEmpty()) {
+        m_status.showStatus(QStringLiteral("No media apps running"));
+        emit seekFinished(seconds);
+        scheduleNextSeek();
+        return;
+    }
+    // The app that answered last is the likeliest to be playing still.
+    if (m_lastSuccessfulApp) {
+        const qsizetype at = candidates.indexOf(*m_lastSuccessfulApp);
+        if (at > 0) {
+            candidates.move(at, 0);
+        }
+    }
+
+    m_trialInFlight = true;
+    m_seekDispatchQueue->async([this, players = m_players, candidates, seconds, clock] {
+        const Trial trial = tryApps(*players, candidates, seconds);
+        // The controller waits for this thread before it goes, so it is still here.
+        QMetaObject::invokeMethod(
+            this, [this, seconds, clock, trial] { finishSeek(seconds, clock, trial); },
+            Qt::QueuedConnection);
+    });
+}
+
+MediaController::Trial MediaController::tryApps(PlayerControl& players,
+                                                const QList<MediaApp>& candidates, double seconds) {
+    Trial trial;
+    std::optional<MediaApp> lastErrorApp;
+    for (const MediaApp app : candidates) {
+        SeekResult verdict = SeekResult::error;
+        if (seconds != 0) {
+            const PlayerControl::SeekAnswer answer =
+                players.seekIfPlaying(app, seconds, PlayerControl::actionTimeout);
+            if (answer.alert) {
+                trial.alerts << *answer.alert;
+            }
+            verdict = answer.result;
+        } else {
+            verdict = players.playPause(app, PlayerControl::actionTimeout);
+        }
+        switch (verdict) {
+        case SeekResult::seeked:
+        case SeekResult::permissionDenied:
+            trial.outcome = Outcome{verdict, app};
+            return trial;
+        case SeekResult::notPlaying:
+            break;
+        case SeekResult::error:
+            lastErrorApp = app;
+            break;
+        }
+    }
+    if (lastErrorApp) {
+        trial.outcome = Outcome{SeekResult::error, *lastErrorApp};
+    }
+    return trial;
+}
+
+void MediaController::finishSeek(double seconds, const QElapsedTimer& clock, const Trial& trial) {
+    qCInfo(Log::seek(), "Seek %.*fs: %.*fms", 1, seconds, 1,
+           static_cast<double>(clock.nsecsElapsed()) / 1e6);
+    m_trialInFlight = false;
+
+    for (const UserAlert& alert : trial.alerts) {
+        emit alertRequested(alert);
+    }
+    if (const std::optional<Outcome>& outcome = trial.outcome) {
+        const MediaApp app = outcome->app;
+        switch (outcome->result) {
+        case SeekResult::permissionDenied:
+            m_status.showStatus(
+                QStringLiteral("Grant ") + app.displayName() +
+                QStringLiteral(" permission in System Settings > Privacy > Automation"));
+            break;
+        case SeekResult::error:
+            m_status.showStatus(app.displayName() + QStringLiteral(" returned an error"));
+            break;
+        case SeekResult::seeked:
+            m_status.setLastActiveApp(app);
+            m_lastSuccessfulApp = app;
+            m_status.showFeedback(app, seconds > 0   ? FeedbackKind::forward
+                                       : seconds < 0 ? FeedbackKind::backward
+                                                     : FeedbackKind::playPause);
+            break;
+        case SeekResult::notPlaying:
+            break; // never an outcome: the next app is tried instead
+        }
+    }
+    emit seekFinished(seconds);
+    scheduleNextSeek();
+}
+
+void MediaController::appDidLaunch(const QString& name) {
+    m_runningProcessNames.insert(name);
+}
+
+void MediaController::appDidTerminate(const QString& name) {
+    m_runningProcessNames.remove(name);
+    if (m_lastSuccessfulApp && m_lastSuccessfulApp->processName() == name) {
+        m_lastSuccessfulApp.reset();
+    }
+}

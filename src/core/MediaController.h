@@ -1,0 +1,82 @@
+#pragma once
+
+#include "models/MediaApp.h"
+#include "models/SeekResult.h"
+#include "models/UserAlert.h"
+
+#include <QElapsedTimer>
+#include <QList>
+#include <QObject>
+#include <QSet>
+#include <QString>
+
+#include <deque>
+#include <memory>
+#include <optional>
+
+class AppSettings;
+class MediaStatus;
+class SerialQueue;
+class PlayerControl;
+class RunningApps;
+
+// Turns requests to seek by a signed number of seconds (0 toggles play/pause) into actions on
+// the right media app, one request at a time in arrival order, and reports what happened to the
+// media status. Lives on the GUI thread; the players are driven on a thread of its own, so
+// nothing here ever waits for a player.
+class MediaController : public QObject {
+    Q_OBJECT
+
+public:
+    MediaController(std::shared_ptr<PlayerControl> players, std::unique_ptr<RunningApps> running,
+                    AppSettings& settings, MediaStatus& status, QObject* parent = nullptr);
+    // Waits for a trial in flight, which a player's time-out bounds.
+    ~MediaController() override;
+
+    // Queues a request. Never blocks and never drops one; callable from any thread.
+    void enqueueSeek(double seconds);
+
+    // The app tried first by the next request.
+    std::optional<MediaApp> lastSuccessfulApp() const { return m_lastSuccessfulApp; }
+    QSet<QString> runningProcessNames() const { return m_runningProcessNames; }
+    // The enabled apps, in the user's order, whose process runs now.
+    QList<MediaApp> runningActiveApps() const;
+
+signals:
+    // A request was served: its trial (if any) is over and its outcome handled.
+    void seekFinished(double seconds);
+    // A player said that only the user can make it work; one per such answer.
+    void alertRequested(const UserAlert& alert);
+
+private:
+    struct Outcome {
+        SeekResult result;
+        MediaApp app;
+    };
+    struct Trial {
+        std::optional<Outcome> outcome;
+        QList<UserAlert> alerts;
+    };
+
+    void appDidLaunch(const QString& name);
+    void appDidTerminate(const QString& name);
+
+    void scheduleNextSeek();
+    void executeSeek(double seconds);
+    void finishSeek(double seconds, const QElapsedTimer& clock, const Trial& trial);
+    static Trial tryApps(PlayerControl& players, const QList<MediaApp>& candidates, double seconds);
+
+    std::shared_ptr<PlayerControl> m_players;
+    std::unique_ptr<RunningApps> m_runningApps;
+    AppSettings& m_settings;
+    MediaStatus& m_status;
+
+    QSet<QString> m_runningProcessNames;
+    std::optional<MediaApp> m_lastSuccessfulApp;
+
+    std::deque<double> m_seekQueue;
+    bool m_trialInFlight = false;
+    bool m_nextSeekScheduled = false;
+    // The serial seek thread; declared last, so it is gone before anything a trial reads.
+    std::unique_ptr<SerialQueue> m_seekDispatchQueue;
+};

@@ -1,0 +1,64 @@
+#pragma once
+
+#include "models/PermissionItem.h"
+
+#include <QHash>
+#include <QObject>
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+class PlayerControl;
+class RunningApps;
+
+// Finds out, per media target, whether Scrubline may control it, by probing the running ones
+// one after another off the GUI thread. A full check is kept for 30 seconds so that opening the
+// Permissions tab again does not probe again. Lives on the GUI thread.
+class PermissionChecker : public QObject {
+    Q_OBJECT
+
+public:
+    using Statuses = QHash<QString, PermissionStatus>;
+    // Seconds on a monotonic clock.
+    using Clock = std::function<double()>;
+
+    static constexpr double cacheTTL = 30.0;
+
+    // Without a clock, the system's monotonic one.
+    PermissionChecker(std::shared_ptr<PlayerControl> players, std::unique_ptr<RunningApps> running,
+                      bool accessibilityGranted, Clock now = {}, QObject* parent = nullptr);
+    ~PermissionChecker() override;
+
+    // Starts a check and returns at once; results arrive through statusesChanged. Ignored
+    // while a check runs, even when forced. Unforced, a check less than 30 seconds old is
+    // shown again instead.
+    void checkAll(bool forceRefresh);
+
+    Statuses statuses() const { return m_statuses; }
+    PermissionStatus status(const QString& id) const;
+    bool isChecking() const { return m_isChecking; }
+    // Read once, when the checker is made.
+    bool accessibilityGranted() const { return m_accessibilityGranted; }
+
+    // Probes the items one after another on a worker thread and hands the results to `done`
+    // on the GUI thread, unless `context` is gone by then.
+    static void runProbes(std::shared_ptr<PlayerControl> players, QList<PermissionItem> items,
+                          QObject* context, std::function<void(Statuses)> done);
+
+signals:
+    void statusesChanged();
+    void isCheckingChanged();
+
+private:
+    void setChecking(bool checking);
+
+    std::shared_ptr<PlayerControl> m_players;
+    std::unique_ptr<RunningApps> m_runningApps;
+    Clock m_now;
+    Statuses m_statuses;
+    bool m_isChecking = false;
+    bool m_accessibilityGranted;
+    Statuses m_cachedResults;
+    double m_cacheTime = 0;
+};

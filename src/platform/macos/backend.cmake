@@ -1,0 +1,14 @@
+# macOS: players driven by AppleScript, Carbon hot keys, the login item service.
+add_library(scrubline_platform STATIC
+    macos/AppleScriptEngine.mm
+    macos/CarbonHotkeyService.mm
+    macos/MacDesktopIntegration.mm
+    macos/MacPlatform.mm
+    macos/SMAppServiceLoginItem.mm
+    macos/SystemSymbolImages.mm
+    macos/WorkspaceRunningApps.mm)
+target_link_libraries(scrubline_platform PUBLIC Qt6::Core
+    PRIVATE scrubline_scripting
+            "-framework Foundation" "-framework AppKit" "-framework ApplicationServices"
+            "-framework Carbon" "-framework ServiceManagement")
+target_compile_options(scrubline_platform PRIVATE $<$<COMPILE_LANGUAGE:OBJCXX>:-fobjc-arc>)

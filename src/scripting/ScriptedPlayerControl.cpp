@@ -1,0 +1,103 @@
+#include "ScriptedPlayerControl.h"
+
+#include "AppleScriptService.h"
+#include "ChromeYouTubeController.h"
+#include "NativeMediaAppController.h"
+#include "PermissionProbes.h"
+#include "SafariYouTubeController.h"
+
+namespace {
+
+QString seekScript(MediaApp app, double seconds) {
+    switch (app.value()) {
+    case MediaApp::spotify:
+        return SpotifyController::seekScript(seconds);
+    case MediaApp::appleMusic:
+        return MusicController::seekScript(seconds);
+    case MediaApp::chromeYouTube:
+        return ChromeYouTubeController::scriptSource(seconds);
+    case MediaApp::safariYouTube:
+        return SafariYouTubeController::scriptSource(seconds);
+    }
+    Q_UNREACHABLE();
+}
+
+QString nowPlayingScript(MediaApp app) {
+    switch (app.value()) {
+    case MediaApp::spotify:
+        return SpotifyController::nowPlayingScript();
+    case MediaApp::appleMusic:
+        return MusicController::nowPlayingScript();
+    case MediaApp::chromeYouTube:
+        return ChromeYouTubeController::nowPlayingScript();
+    case MediaApp::safariYouTube:
+        return SafariYouTubeController::nowPlayingScript();
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace
+
+PlayerControl::SeekAnswer ScriptedPlayerControl::seekIfPlaying(MediaApp app, double seconds,
+                                                               double timeout) {
+    switch (app.value()) {
+    case MediaApp::spotify:
+        return {SpotifyController::seekIfPlaying(seconds, timeout)};
+    case MediaApp::appleMusic:
+        return {MusicController::seekIfPlaying(seconds, timeout)};
+    case MediaApp::chromeYouTube:
+    case MediaApp::safariYouTube:
+        break;
+    }
+    // A Chrome refusal to run JavaScript goes back to the caller, who tells the user.
+    const ScriptResult result = AppleScriptService::execute(seekScript(app, seconds), timeout);
+    SeekAnswer answer{seekResultOfAnswer(result)};
+    if (app == MediaApp::chromeYouTube && ChromeYouTubeController::isJavaScriptOff(result)) {
+        answer.alert = ChromeYouTubeController::jsPermissionAlert();
+    }
+    return answer;
+}
+
+// The native players toggle whatever their state, so any answer means done; the browsers
+// answer "true" only when they found a YouTube tab.
+SeekResult ScriptedPlayerControl::playPause(MediaApp app, double timeout) {
+    switch (app.value()) {
+    case MediaApp::spotify:
+        return seekResultOfPlayPause(
+            AppleScriptService::execute(SpotifyController::playPauseScript(), timeout));
+    case MediaApp::appleMusic:
+        return seekResultOfPlayPause(
+            AppleScriptService::execute(MusicController::playPauseScript(), timeout));
+    case MediaApp::chromeYouTube:
+        return seekResultOfAnswer(
+            AppleScriptService::execute(ChromeYouTubeController::playPauseScript(), timeout));
+    case MediaApp::safariYouTube:
+        return SafariYouTubeController::togglePlayPause(timeout);
+    }
+    Q_UNREACHABLE();
+}
+
+std::optional<QString> ScriptedPlayerControl::nowPlayingText(MediaApp app, double timeout) {
+    const ScriptResult result = AppleScriptService::execute(nowPlayingScript(app), timeout);
+    return result.isSuccess() ? result.text() : std::nullopt;
+}
+
+PermissionStatus ScriptedPlayerControl::probe(const PermissionItem& item, double timeout) {
+    switch (item.kind) {
+    case PermissionItem::Kind::automation:
+        return PermissionProbes::automationStatus(AppleScriptService::execute(
+            PermissionProbes::automationProbe(item.processName), timeout));
+    case PermissionItem::Kind::chromeJS:
+        return PermissionProbes::chromeJavaScriptStatus(
+            AppleScriptService::execute(PermissionProbes::chromeJavaScriptProbe(), timeout));
+    case PermissionItem::Kind::accessibility:
+        break; // read from the platform, never probed
+    }
+    return PermissionStatus::unknown;
+}
+
+void ScriptedPlayerControl::warmSeek(double seconds) {
+    for (const MediaApp app : MediaApp::allCases()) {
+        AppleScriptService::precompile(seekScript(app, seconds));
+    }
+}

@@ -1,0 +1,108 @@
+#pragma once
+
+#include "models/MediaApp.h"
+#include "models/SeekAction.h"
+#include "settings/UserDefaults.h"
+
+#include <QByteArray>
+#include <QList>
+#include <QObject>
+#include <QTimer>
+
+#include <functional>
+#include <memory>
+#include <optional>
+
+// The one store of the user's preferences. Lives on the GUI thread; every value is written to
+// the defaults as soon as it changes, except the seek actions, whose save is debounced.
+class AppSettings : public QObject {
+    Q_OBJECT
+    Q_PROPERTY(
+        bool launchAtLogin READ launchAtLogin WRITE setLaunchAtLogin NOTIFY launchAtLoginChanged)
+    Q_PROPERTY(double feedbackDuration READ feedbackDuration WRITE setFeedbackDuration NOTIFY
+                   feedbackDurationChanged)
+    Q_PROPERTY(bool showHUDOverlay READ showHUDOverlay WRITE setShowHUDOverlay NOTIFY
+                   showHUDOverlayChanged)
+
+public:
+    // The defaults keys this store owns, and the one it resets for the app shell.
+    struct Keys {
+        static inline const QString launchAtLogin = QStringLiteral("launchAtLogin");
+        static inline const QString feedbackDuration = QStringLiteral("feedbackDuration");
+        static inline const QString showHUDOverlay = QStringLiteral("showHUDOverlay");
+        static inline const QString enabledApps = QStringLiteral("enabledAppsOrder");
+        static inline const QString disabledApps = QStringLiteral("disabledApps");
+        static inline const QString seekActions = QStringLiteral("seekActions");
+        static inline const QString showMenuBarIcon = QStringLiteral("showMenuBarIcon");
+    };
+
+    static constexpr int saveDebounceMs = 300;
+
+    // Loads at once from `defaults`.
+    explicit AppSettings(std::unique_ptr<UserDefaults> defaults, QObject* parent = nullptr);
+    ~AppSettings() override;
+
+    // Bound values: read from and written straight to the defaults.
+    bool launchAtLogin() const;
+    void setLaunchAtLogin(bool value);
+    double feedbackDuration() const;
+    void setFeedbackDuration(double seconds);
+    bool showHUDOverlay() const;
+    void setShowHUDOverlay(bool value);
+
+    // Every assignment runs the field's save, even when the value is the same.
+    const QList<MediaApp>& enabledApps() const { return m_enabledApps; }
+    void setEnabledApps(QList<MediaApp> apps);
+    const MediaAppSet& disabledApps() const { return m_disabledApps; }
+    void setDisabledApps(MediaAppSet apps);
+    const QList<SeekAction>& seekActions() const { return m_seekActions; }
+    void setSeekActions(QList<SeekAction> actions);
+
+    // Called after each debounced save of the seek actions, and once at once by a reset or an
+    // import; the hotkey layer re-registers from it.
+    void setOnSeekActionsChanged(std::function<void()> callback);
+
+    // The enabled apps, in priority order, that are not switched off.
+    QList<MediaApp> activeApps() const;
+    // The step of the first forward (backward) action, 10 when there is none.
+    double firstForwardSeconds() const;
+    double firstBackwardSeconds() const;
+
+    // Restores everything but the feedback duration.
+    void resetToDefaults();
+
+    // The settings file: pretty-printed JSON with sorted keys, or nothing if encoding fails.
+    std::optional<QByteArray> exportSettings() const;
+    // All or nothing: false, with nothing changed, unless `bytes` is a complete settings file.
+    bool importSettings(const QByteArray& bytes);
+
+    // The defaults database, for the keys owned by other parts of the program.
+    UserDefaults& defaults() { return *m_defaults; }
+
+signals:
+    void launchAtLoginChanged(bool value);
+    void feedbackDurationChanged(double seconds);
+    void showHUDOverlayChanged(bool value);
+    void enabledAppsChanged();
+    void disabledAppsChanged();
+    void seekActionsChanged();
+
+private:
+    void loadEnabledApps();
+    void loadDisabledApps();
+    void loadSeekActions();
+    void saveEnabledApps();
+    void saveDisabledApps();
+    void saveSeekActions();
+    void debounceSaveSeekActions();
+    void saveData(const QString& key, const OrderedJson& value);
+    std::optional<QJsonValue> storedJson(const QString& key) const;
+    void assertOnOwnThread() const;
+
+    std::unique_ptr<UserDefaults> m_defaults;
+    QList<MediaApp> m_enabledApps;
+    MediaAppSet m_disabledApps;
+    QList<SeekAction> m_seekActions;
+    std::function<void()> m_onSeekActionsChanged;
+    QTimer m_saveDebounce;
+};
