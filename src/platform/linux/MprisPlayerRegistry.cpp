@@ -33,7 +33,6 @@ MprisPlayerRegistry& MprisPlayerRegistry::shared() {
 MprisPlayerRegistry::MprisPlayerRegistry(QDBusConnection bus, QObject* parent)
     : QObject(parent)
     , m_bus(std::move(bus)) {
-    m_clock.start();
     if (!m_bus.isConnected()) {
         qCCritical(Log::general(), "No D-Bus session bus, so no media player can be reached: %s",
                    qUtf8Printable(m_bus.lastError().message()));
@@ -194,24 +193,7 @@ void MprisPlayerRegistry::propertiesChanged(const QString& interface, const QVar
         if (playing) {
             player.lastActive = ++m_activity;
         }
-        if (!player.known) {
-            continue; // nothing to keep up to date until the player was read once
-        }
-        if (heldOver(player, changed)) {
-            continue;
-        }
-        // The position so far runs at the old state; from here on at the new one.
-        reanchor(player);
-        const MprisClient::State before = *player.known;
-        MprisClient::apply(*player.known, changed);
-        // Another item, even under the same track id, starts at a position not told. Some
-        // players send the same metadata again after every seek; that changes nothing.
-        const bool anotherItem = player.known->trackId != before.trackId ||
-                                 player.known->lengthUs != before.lengthUs ||
-                                 player.known->title != before.title;
-        if (anotherItem && !changed.contains(QStringLiteral("Position"))) {
-            player.known->positionUs.reset();
-        }
+        player.estimate.applyChanges(changed);
     }
 }
 
@@ -219,12 +201,7 @@ void MprisPlayerRegistry::seeked(qlonglong positionUs, const QDBusMessage& messa
     QMutexLocker lock(&m_mutex);
     for (Player& player : m_players) {
         if (player.owner == message.service()) {
-            player.announcesSeeks = true;
-            player.awaitingSeeked = false;
-            if (player.known) {
-                player.known->positionUs = positionUs;
-                player.knownAtNs = m_clock.nsecsElapsed();
-            }
+            player.estimate.seeked(positionUs);
         }
     }
 }
@@ -232,30 +209,27 @@ void MprisPlayerRegistry::seeked(qlonglong positionUs, const QDBusMessage& messa
 void MprisPlayerRegistry::remember(const QString& busName, const MprisClient::State& state) {
     QMutexLocker lock(&m_mutex);
     if (auto found = m_players.find(busName); found != m_players.end()) {
-        found->known = state;
-        found->knownAtNs = m_clock.nsecsElapsed();
-        found->holdingSinceNs = -1;
+        found->estimate.remember(state);
     }
 }
 
 void MprisPlayerRegistry::expectSeeked(const QString& busName) {
     QMutexLocker lock(&m_mutex);
     if (auto found = m_players.find(busName); found != m_players.end()) {
-        found->awaitingSeeked = true;
-        found->ownSeekAtNs = m_clock.nsecsElapsed();
+        found->estimate.expectSeeked();
     }
 }
 
 bool MprisPlayerRegistry::isSeekInFlight(const QString& busName) const {
     QMutexLocker lock(&m_mutex);
     const auto found = m_players.constFind(busName);
-    return found != m_players.cend() && found->announcesSeeks && found->awaitingSeeked;
+    return found != m_players.cend() && found->estimate.isSeekInFlight();
 }
 
 bool MprisPlayerRegistry::isHeldOver(const QString& busName) const {
     QMutexLocker lock(&m_mutex);
     const auto found = m_players.constFind(busName);
-    return found != m_players.cend() && holds(*found);
+    return found != m_players.cend() && found->estimate.isHeldOver();
 }
 
 QString MprisPlayerRegistry::ownerOf(const QString& busName) const {
@@ -264,79 +238,8 @@ QString MprisPlayerRegistry::ownerOf(const QString& busName) const {
     return found != m_players.cend() ? found->owner : QString();
 }
 
-bool MprisPlayerRegistry::holds(const Player& player) const {
-    return player.holdingSinceNs >= 0 &&
-           m_clock.nsecsElapsed() - player.holdingSinceNs <= seekFlickerNs;
-}
-
-bool MprisPlayerRegistry::heldOver(Player& player, const QVariantMap& changed) {
-    MprisClient::State after = *player.known;
-    MprisClient::apply(after, changed);
-    const bool sameItem = after.trackId == player.known->trackId &&
-                          after.lengthUs == player.known->lengthUs &&
-                          after.title == player.known->title;
-    const bool vanished = after.playbackStatus == QLatin1String("Stopped") &&
-                          changed.contains(QStringLiteral("Metadata")) &&
-                          !MprisClient::isUsableTrack(after.trackId);
-    if (player.holdingSinceNs >= 0) {
-        if (holds(player) && vanished) {
-            return true; // said again
-        }
-        if (holds(player) && after.isPlaying() && sameItem) {
-            player.holdingSinceNs = -1; // back, where the position ran on meanwhile
-            return false;
-        }
-        // Not the moment we held over after all: what the player is now is read again.
-        player.holdingSinceNs = -1;
-        player.known.reset();
-        return true;
-    }
-    const qint64 now = m_clock.nsecsElapsed();
-    const bool afterOurSeek = player.ownSeekAtNs >= 0 && now - player.ownSeekAtNs <= seekFlickerNs;
-    if (vanished && afterOurSeek && player.known->isPlaying() &&
-        MprisClient::isUsableTrack(player.known->trackId)) {
-        reanchor(player);
-        player.holdingSinceNs = now;
-        return true;
-    }
-    return false;
-}
-
 bool MprisPlayerRegistry::canSeekRelatively(const QString& busName, qint64 deltaUs) const {
     QMutexLocker lock(&m_mutex);
     const auto found = m_players.constFind(busName);
-    if (found == m_players.cend() || !found->known || !found->announcesSeeks ||
-        found->awaitingSeeked || (found->holdingSinceNs >= 0 && !holds(*found))) {
-        return false;
-    }
-    const MprisClient::State& state = *found->known;
-    if (!state.isPlaying() || !MprisClient::isUsableTrack(state.trackId) || !state.lengthUs ||
-        *state.lengthUs <= 0 || !state.positionUs) {
-        return false;
-    }
-    const qint64 ageUs = (m_clock.nsecsElapsed() - found->knownAtNs) / 1000;
-    constexpr qint64 oldest = 60'000'000;
-    if (ageUs > oldest) {
-        return false;
-    }
-    // Stalls and rate changes make a guess drift; keep well away from both ends.
-    const qint64 margin = 2'000'000 + ageUs / 10;
-    const qint64 target = estimatedPositionUs(*found) + deltaUs;
-    return target >= margin && target <= *state.lengthUs - margin;
-}
-
-qint64 MprisPlayerRegistry::estimatedPositionUs(const Player& player) const {
-    const qint64 base = player.known->positionUs.value_or(0);
-    if (!player.known->isPlaying()) {
-        return base;
-    }
-    const double elapsedUs = static_cast<double>(m_clock.nsecsElapsed() - player.knownAtNs) / 1000;
-    return base + static_cast<qint64>(elapsedUs * player.known->rate);
-}
-
-void MprisPlayerRegistry::reanchor(Player& player) {
-    if (player.known->positionUs) {
-        player.known->positionUs = estimatedPositionUs(player);
-    }
-    player.knownAtNs = m_clock.nsecsElapsed();
+    return found != m_players.cend() && found->estimate.canSeekRelatively(deltaUs);
 }

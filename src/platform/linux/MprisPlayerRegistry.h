@@ -1,11 +1,11 @@
 #pragma once
 
 #include "MprisClient.h"
+#include "PlayerPositionEstimate.h"
 #include "models/MediaApp.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
-#include <QElapsedTimer>
 #include <QHash>
 #include <QMutex>
 #include <QObject>
@@ -42,20 +42,14 @@ public:
     void remember(const QString& busName, const MprisClient::State& state);
     // Our own seek is on its way: the position is unsure until the player announces it.
     void expectSeeked(const QString& busName);
-    // A browser's media session says "Stopped" with no metadata for a moment after a seek, then
-    // plays the same track again. Right after our own seek of a playing player, that moment is
-    // held over: the player still counts as playing its track, from where it was, for at most
-    // this long. Anything else it says meanwhile (a pause, another track) ends the hold and
-    // leaves the player to be read again.
-    static constexpr qint64 seekFlickerNs = 1'500'000'000;
+    // How long the moment a browser says "Stopped" after our seek is held over.
+    static constexpr qint64 seekFlickerNs = PlayerPositionEstimate::seekFlickerNs;
     // Whether that moment of the player is being held over now.
     bool isHeldOver(const QString& busName) const;
     // The unique connection name the player's signals come from; empty when unknown.
     QString ownerOf(const QString& busName) const;
-    // True when a relative seek by this much is known to stay inside the track, by a margin
-    // that grows with the time since the position was last known for sure. Only for players
-    // that announce every move of the position (Seeked), so that one moved by the user in its
-    // own window is never guessed wrong; Spotify, which does not, is always read first.
+    // True when a relative seek by this much is known to stay inside the track (see
+    // PlayerPositionEstimate); false for a player not followed.
     bool canSeekRelatively(const QString& busName, qint64 deltaUs) const;
     // True while our last seek of a player that announces its moves is not announced yet. Its
     // reported position may then still be the one from before that seek.
@@ -84,19 +78,8 @@ private:
         MediaApp app;
         QString owner; // the unique connection name
         quint64 lastActive = 0;
-        std::optional<MprisClient::State> known{};
-        qint64 knownAtNs = 0;        // when known->positionUs was the position
-        bool announcesSeeks = false; // a Seeked signal of it was seen
-        bool awaitingSeeked = false; // our last seek of it is not announced yet
-        qint64 ownSeekAtNs = -1;     // when our last seek of it was sent
-        qint64 holdingSinceNs = -1;  // its flicker after our seek, held over since then
+        PlayerPositionEstimate estimate{}; // with m_mutex held
     };
-
-    qint64 estimatedPositionUs(const Player& player) const; // with m_mutex held
-    void reanchor(Player& player);                          // with m_mutex held
-    bool holds(const Player& player) const;                 // with m_mutex held
-    // Whether a change ends or starts a hold of the player; false when it is to be applied.
-    bool heldOver(Player& player, const QVariantMap& changed); // with m_mutex held
 
     void add(const QString& busName, const QString& owner);
     void remove(const QString& busName);
@@ -106,5 +89,4 @@ private:
     mutable QMutex m_mutex;
     QHash<QString, Player> m_players;
     quint64 m_activity = 0;
-    QElapsedTimer m_clock;
 };

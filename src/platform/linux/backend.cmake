@@ -10,6 +10,7 @@ add_library(scrubline_platform STATIC
     linux/MprisPlayerControl.cpp
     linux/MprisPlayerRegistry.cpp
     linux/MprisRunningApps.cpp
+    linux/PlayerPositionEstimate.cpp
     linux/X11HotkeyService.cpp
     linux/X11KeySymbols.cpp
     linux/XdgAutostartLoginItem.cpp)
