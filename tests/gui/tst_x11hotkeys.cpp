@@ -1,6 +1,6 @@
 // Global hotkeys as the X server sees them: grabs on the root window of the test's own Xvfb,
 // pressed through xdotool (XTEST), with a second X client standing for another program.
-#include "models/SeekAction.h"
+#include "models/KeyTable.h"
 #include "platform/linux/X11HotkeyService.h"
 #include "platform/linux/X11KeySymbols.h"
 #include "support/Desktop.h"
@@ -11,6 +11,7 @@
 #include <X11/keysym.h>
 
 #include <cstdlib>
+#include <optional>
 
 namespace {
 
@@ -114,7 +115,7 @@ private:
 
 // Whether the hotkey display has a name of its own for the key, not a numbered fallback.
 bool hasName(std::uint16_t keyCode) {
-    return SeekAction::keyName(keyCode) != QStringLiteral("Key%1").arg(keyCode);
+    return KeyTable::keyName(keyCode) != QStringLiteral("Key%1").arg(keyCode);
 }
 
 int xcbErrors(const LogCapture& log) {
@@ -271,9 +272,9 @@ private slots:
 
     void everyKeyOfTheTableGrabsWithoutAnError() {
         LogCapture log;
-        const std::vector<std::uint16_t> keyCodes = X11KeySymbols::knownKeyCodes();
-        QCOMPARE(keyCodes.size(), std::size_t(73));
-        for (const std::uint16_t keyCode : keyCodes) {
+        QCOMPARE(KeyTable::keys().size(), std::size_t(73));
+        for (const KeyTable::Key& key : KeyTable::keys()) {
+            const std::uint16_t keyCode = key.keyCode;
             QVERIFY2(hasName(keyCode), qPrintable(QString::number(keyCode)));
             const auto handle =
                 m_service->registerHotkey(keyCode, controlOptionCommand, signature, keyCode + 1U);
@@ -288,6 +289,44 @@ private slots:
         QCOMPARE(xcbErrors(log), 0);
         QVERIFY(!X11KeySymbols::forKeyCode(10).has_value());
         QVERIFY(!m_service->registerHotkey(10, controlOptionCommand, signature, 1));
+    }
+
+    void keySymbols_data() {
+        QTest::addColumn<int>("keyCode");
+        QTest::addColumn<std::uint32_t>("symbol");
+
+        QTest::newRow("A") << 0 << std::uint32_t{XK_a};
+        QTest::newRow("Z") << 6 << std::uint32_t{XK_z};
+        QTest::newRow("5") << 23 << std::uint32_t{XK_5};
+        QTest::newRow("=") << 24 << std::uint32_t{XK_equal};
+        QTest::newRow("]") << 30 << std::uint32_t{XK_bracketright};
+        QTest::newRow("'") << 39 << std::uint32_t{XK_apostrophe};
+        QTest::newRow("\\") << 42 << std::uint32_t{XK_backslash};
+        QTest::newRow("`") << 50 << std::uint32_t{XK_grave};
+        QTest::newRow("return") << 36 << std::uint32_t{XK_Return};
+        QTest::newRow("tab") << 48 << std::uint32_t{XK_Tab};
+        QTest::newRow("space") << 49 << std::uint32_t{XK_space};
+        QTest::newRow("delete") << 51 << std::uint32_t{XK_BackSpace};
+        QTest::newRow("escape") << 53 << std::uint32_t{XK_Escape};
+        QTest::newRow("forward delete") << 117 << std::uint32_t{XK_Delete};
+        QTest::newRow("home") << 115 << std::uint32_t{XK_Home};
+        QTest::newRow("end") << 119 << std::uint32_t{XK_End};
+        QTest::newRow("page up") << 116 << std::uint32_t{XK_Prior};
+        QTest::newRow("page down") << 121 << std::uint32_t{XK_Next};
+        QTest::newRow("F1") << 122 << std::uint32_t{XK_F1};
+        QTest::newRow("F3") << 99 << std::uint32_t{XK_F3};
+        QTest::newRow("F12") << 111 << std::uint32_t{XK_F12};
+        QTest::newRow("left") << 123 << std::uint32_t{XK_Left};
+        QTest::newRow("right") << 124 << std::uint32_t{XK_Right};
+        QTest::newRow("down") << 125 << std::uint32_t{XK_Down};
+        QTest::newRow("up") << 126 << std::uint32_t{XK_Up};
+    }
+
+    void keySymbols() {
+        QFETCH(int, keyCode);
+        QFETCH(std::uint32_t, symbol);
+
+        QCOMPARE(X11KeySymbols::forKeyCode(std::uint16_t(keyCode)), std::optional(symbol));
     }
 
     void theLetterKeysAreTheirPlacesOnAnAnsiKeyboard() {

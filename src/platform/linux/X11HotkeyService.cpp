@@ -1,7 +1,7 @@
 #include "X11HotkeyService.h"
 
 #include "X11KeySymbols.h"
-#include "models/SeekAction.h"
+#include "models/KeyTable.h"
 #include "utilities/Logger.h"
 
 #include <QCoreApplication>
