@@ -7,87 +7,6 @@
 
 namespace {
 
-// Names of the ANSI-layout virtual key codes below 127; empty entries fall back to "Key<code>".
-constexpr std::array<const char*, 127> keyNameTable() {
-    std::array<const char*, 127> names{};
-    names[0] = "A";
-    names[1] = "S";
-    names[2] = "D";
-    names[3] = "F";
-    names[4] = "H";
-    names[5] = "G";
-    names[6] = "Z";
-    names[7] = "X";
-    names[8] = "C";
-    names[9] = "V";
-    names[11] = "B";
-    names[12] = "Q";
-    names[13] = "W";
-    names[14] = "E";
-    names[15] = "R";
-    names[16] = "Y";
-    names[17] = "T";
-    names[18] = "1";
-    names[19] = "2";
-    names[20] = "3";
-    names[21] = "4";
-    names[22] = "6";
-    names[23] = "5";
-    names[24] = "=";
-    names[25] = "9";
-    names[26] = "7";
-    names[27] = "-";
-    names[28] = "8";
-    names[29] = "0";
-    names[30] = "]";
-    names[31] = "O";
-    names[32] = "U";
-    names[33] = "[";
-    names[34] = "I";
-    names[35] = "P";
-    names[36] = "\u21A9"; // return
-    names[37] = "L";
-    names[38] = "J";
-    names[39] = "'";
-    names[40] = "K";
-    names[41] = ";";
-    names[42] = "\\";
-    names[43] = ",";
-    names[44] = "/";
-    names[45] = "N";
-    names[46] = "M";
-    names[47] = ".";
-    names[48] = "\u21E5"; // tab
-    names[49] = "Space";
-    names[50] = "`";
-    names[51] = "\u232B"; // delete
-    names[53] = "\u238B"; // escape
-    names[96] = "F5";
-    names[97] = "F6";
-    names[98] = "F7";
-    names[99] = "F3";
-    names[100] = "F8";
-    names[101] = "F9";
-    names[103] = "F11";
-    names[109] = "F10";
-    names[111] = "F12";
-    names[115] = "\u2196"; // home
-    names[116] = "PgUp";
-    names[117] = "\u2326"; // forward delete
-    names[118] = "F4";
-    names[119] = "\u2198"; // end
-    names[120] = "F2";
-    names[121] = "PgDn";
-    names[122] = "F1";
-    names[123] = "\u2190";
-    names[124] = "\u2192";
-    names[125] = "\u2193";
-    names[126] = "\u2191";
-    return names;
-}
-
-constexpr auto kKeyNames = keyNameTable();
-
 // Whether `seconds` truncates to a value a signed 64-bit integer holds.
 bool fitsWholeSeconds(double seconds) {
     return std::isfinite(seconds) && seconds >= -0x1p63 && seconds < 0x1p63;
@@ -187,47 +106,6 @@ QString SeekAction::directionIcon() const {
     default:
         return base;
     }
-}
-
-QString SeekAction::keyName(std::uint16_t keyCode) {
-    if (keyCode < kKeyNames.size() && kKeyNames[keyCode] != nullptr) {
-        return QString::fromUtf8(kKeyNames[keyCode]);
-    }
-    return QStringLiteral("Key%1").arg(keyCode);
-}
-
-QString SeekAction::displayString(std::uint16_t keyCode, std::uint32_t modifiers) {
-    QString text;
-    if (modifiers & CarbonModifier::control) {
-        text += QChar(0x2303);
-    }
-    if (modifiers & CarbonModifier::option) {
-        text += QChar(0x2325);
-    }
-    if (modifiers & CarbonModifier::shift) {
-        text += QChar(0x21E7);
-    }
-    if (modifiers & CarbonModifier::command) {
-        text += QChar(0x2318);
-    }
-    return text + keyName(keyCode);
-}
-
-std::uint32_t SeekAction::toCarbonModifiers(std::uint64_t modifierFlags) {
-    std::uint32_t mask = 0;
-    if (modifierFlags & ModifierFlag::command) {
-        mask |= CarbonModifier::command;
-    }
-    if (modifierFlags & ModifierFlag::shift) {
-        mask |= CarbonModifier::shift;
-    }
-    if (modifierFlags & ModifierFlag::option) {
-        mask |= CarbonModifier::option;
-    }
-    if (modifierFlags & ModifierFlag::control) {
-        mask |= CarbonModifier::control;
-    }
-    return mask;
 }
 
 OrderedJson SeekAction::toJson() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "models/KeyTable.h"
 #include "utilities/OrderedJson.h"
 
 #include <QJsonValue>
@@ -10,27 +11,6 @@
 #include <array>
 #include <cstdint>
 #include <optional>
-
-// Carbon hot-key modifier bits. Hotkeys are stored with these on every platform.
-namespace CarbonModifier {
-inline constexpr std::uint32_t command = 0x100;
-inline constexpr std::uint32_t shift = 0x200;
-inline constexpr std::uint32_t option = 0x800;
-inline constexpr std::uint32_t control = 0x1000;
-} // namespace CarbonModifier
-
-// Keyboard modifier-flag bits of the reference platform's key events; the views translate their
-// toolkit's modifiers into these before calling SeekAction::toCarbonModifiers.
-namespace ModifierFlag {
-inline constexpr std::uint64_t capsLock = 1ULL << 16;
-inline constexpr std::uint64_t shift = 1ULL << 17;
-inline constexpr std::uint64_t control = 1ULL << 18;
-inline constexpr std::uint64_t option = 1ULL << 19;
-inline constexpr std::uint64_t command = 1ULL << 20;
-inline constexpr std::uint64_t numericPad = 1ULL << 21;
-inline constexpr std::uint64_t help = 1ULL << 22;
-inline constexpr std::uint64_t function = 1ULL << 23;
-} // namespace ModifierFlag
 
 // One user-configured hotkey: seek forward or backward by `seconds`, or toggle play/pause.
 class SeekAction {
@@ -62,9 +42,14 @@ public:
     QString label() const;
     QString directionIcon() const;
 
-    static QString keyName(std::uint16_t keyCode);
-    static QString displayString(std::uint16_t keyCode, std::uint32_t modifiers);
-    static std::uint32_t toCarbonModifiers(std::uint64_t modifierFlags);
+    // The key table answers these; they stay here for code that holds an action in hand.
+    static QString keyName(std::uint16_t keyCode) { return KeyTable::keyName(keyCode); }
+    static QString displayString(std::uint16_t keyCode, std::uint32_t modifiers) {
+        return KeyTable::displayString(keyCode, modifiers);
+    }
+    static std::uint32_t toCarbonModifiers(std::uint64_t modifierFlags) {
+        return KeyTable::toCarbonModifiers(modifierFlags);
+    }
 
     // The JSON object the defaults database and the settings file hold.
     OrderedJson toJson() const;

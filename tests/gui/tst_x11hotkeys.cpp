@@ -1,6 +1,6 @@
 // Global hotkeys as the X server sees them: grabs on the root window of the test's own Xvfb,
 // pressed through xdotool (XTEST), with a second X client standing for another program.
-#include "models/SeekAction.h"
+#include "models/KeyTable.h"
 #include "platform/linux/X11HotkeyService.h"
 #include "platform/linux/X11KeySymbols.h"
 #include "support/Desktop.h"
@@ -10,7 +10,11 @@
 
 #include <X11/keysym.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <optional>
+#include <utility>
+#include <vector>
 
 namespace {
 
@@ -29,6 +33,21 @@ void xdotool(const QStringList& arguments) {
 
 void press(const QString& keys) {
     xdotool({QStringLiteral("key"), QStringLiteral("--delay"), QStringLiteral("0"), keys});
+}
+
+// Loads another keyboard layout into the server, as a person switching layouts does.
+void setLayout(const QString& layout) {
+    QProcess tool;
+    tool.start(QStringLiteral("setxkbmap"), {layout});
+    QVERIFY2(tool.waitForFinished(10000), "setxkbmap runs (Debian package x11-xkb-utils)");
+    QCOMPARE(tool.exitCode(), 0);
+}
+
+const QString reGrabbed =
+    QStringLiteral("Keyboard mapping changed; hotkeys grabbed again where they moved");
+
+int reGrabs(const LogCapture& log) {
+    return log.count(QStringLiteral("com.scrubline.app.general"), QtInfoMsg, reGrabbed);
 }
 
 // Another program on the same display, with grabs of its own.
@@ -63,6 +82,34 @@ public:
         return found;
     }
 
+    // Every column of the key's row in the core keymap.
+    std::vector<xcb_keysym_t> symbolsOf(xcb_keycode_t key) const {
+        auto* reply = xcb_get_keyboard_mapping_reply(
+            m_connection, xcb_get_keyboard_mapping(m_connection, key, 1), nullptr);
+        const xcb_keysym_t* symbols = xcb_get_keyboard_mapping_keysyms(reply);
+        std::vector<xcb_keysym_t> row(symbols, symbols + reply->keysyms_per_keycode);
+        std::free(reply);
+        return row;
+    }
+
+    // The highest key code with no symbol at all.
+    xcb_keycode_t spareKey() const {
+        for (int key = xcb_get_setup(m_connection)->max_keycode; key > 8; --key) {
+            const auto row = symbolsOf(static_cast<xcb_keycode_t>(key));
+            if (std::all_of(row.begin(), row.end(), [](xcb_keysym_t s) { return s == 0; })) {
+                return static_cast<xcb_keycode_t>(key);
+            }
+        }
+        return 0;
+    }
+
+    // As xmodmap does it, with the core request.
+    void setSymbols(xcb_keycode_t key, const std::vector<xcb_keysym_t>& row) {
+        xcb_change_keyboard_mapping(m_connection, 1, key, static_cast<std::uint8_t>(row.size()),
+                                    row.data());
+        xcb_flush(m_connection);
+    }
+
     // The modifier bit the server gives the key with this symbol, 0 when none.
     std::uint16_t modifierOf(xcb_keysym_t symbol) const {
         const xcb_keycode_t key = keyCode(symbol);
@@ -86,15 +133,24 @@ public:
     }
 
     bool grab(xcb_keysym_t symbol, std::uint16_t modifiers) {
+        return grabKey(keyCode(symbol), modifiers);
+    }
+
+    void ungrab(xcb_keysym_t symbol, std::uint16_t modifiers) {
+        ungrabKey(keyCode(symbol), modifiers);
+    }
+
+    // By the server's key code, whatever symbol the keymap puts on it now.
+    bool grabKey(xcb_keycode_t key, std::uint16_t modifiers) {
         xcb_generic_error_t* error = xcb_request_check(
-            m_connection, xcb_grab_key_checked(m_connection, 0, m_root, modifiers, keyCode(symbol),
+            m_connection, xcb_grab_key_checked(m_connection, 0, m_root, modifiers, key,
                                                XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
         std::free(error);
         return error == nullptr;
     }
 
-    void ungrab(xcb_keysym_t symbol, std::uint16_t modifiers) {
-        xcb_ungrab_key(m_connection, keyCode(symbol), m_root, modifiers);
+    void ungrabKey(xcb_keycode_t key, std::uint16_t modifiers) {
+        xcb_ungrab_key(m_connection, key, m_root, modifiers);
         xcb_flush(m_connection);
     }
 
@@ -114,7 +170,7 @@ private:
 
 // Whether the hotkey display has a name of its own for the key, not a numbered fallback.
 bool hasName(std::uint16_t keyCode) {
-    return SeekAction::keyName(keyCode) != QStringLiteral("Key%1").arg(keyCode);
+    return KeyTable::keyName(keyCode) != QStringLiteral("Key%1").arg(keyCode);
 }
 
 int xcbErrors(const LogCapture& log) {
@@ -133,6 +189,7 @@ class TestX11Hotkeys : public QObject {
 private:
     std::unique_ptr<X11HotkeyService> m_service;
     QList<std::uint32_t> m_pressed;
+    bool m_layoutChanged = false;
 
     // Long enough for a press that is coming to have come.
     void settle() { QTest::qWait(400); }
@@ -151,6 +208,10 @@ private slots:
 
     void cleanup() {
         m_service.reset();
+        // A test that failed half-way must not leave the next with another layout either.
+        if (std::exchange(m_layoutChanged, false)) {
+            setLayout(QStringLiteral("us"));
+        }
         // A test that failed half-way must not leave the locks on for the next.
         OtherClient observer;
         if ((observer.lockState() & XCB_MOD_MASK_LOCK) != 0) {
@@ -271,9 +332,9 @@ private slots:
 
     void everyKeyOfTheTableGrabsWithoutAnError() {
         LogCapture log;
-        const std::vector<std::uint16_t> keyCodes = X11KeySymbols::knownKeyCodes();
-        QCOMPARE(keyCodes.size(), std::size_t(73));
-        for (const std::uint16_t keyCode : keyCodes) {
+        QCOMPARE(KeyTable::keys().size(), std::size_t(73));
+        for (const KeyTable::Key& key : KeyTable::keys()) {
+            const std::uint16_t keyCode = key.keyCode;
             QVERIFY2(hasName(keyCode), qPrintable(QString::number(keyCode)));
             const auto handle =
                 m_service->registerHotkey(keyCode, controlOptionCommand, signature, keyCode + 1U);
@@ -290,6 +351,44 @@ private slots:
         QVERIFY(!m_service->registerHotkey(10, controlOptionCommand, signature, 1));
     }
 
+    void keySymbols_data() {
+        QTest::addColumn<int>("keyCode");
+        QTest::addColumn<std::uint32_t>("symbol");
+
+        QTest::newRow("A") << 0 << std::uint32_t{XK_a};
+        QTest::newRow("Z") << 6 << std::uint32_t{XK_z};
+        QTest::newRow("5") << 23 << std::uint32_t{XK_5};
+        QTest::newRow("=") << 24 << std::uint32_t{XK_equal};
+        QTest::newRow("]") << 30 << std::uint32_t{XK_bracketright};
+        QTest::newRow("'") << 39 << std::uint32_t{XK_apostrophe};
+        QTest::newRow("\\") << 42 << std::uint32_t{XK_backslash};
+        QTest::newRow("`") << 50 << std::uint32_t{XK_grave};
+        QTest::newRow("return") << 36 << std::uint32_t{XK_Return};
+        QTest::newRow("tab") << 48 << std::uint32_t{XK_Tab};
+        QTest::newRow("space") << 49 << std::uint32_t{XK_space};
+        QTest::newRow("delete") << 51 << std::uint32_t{XK_BackSpace};
+        QTest::newRow("escape") << 53 << std::uint32_t{XK_Escape};
+        QTest::newRow("forward delete") << 117 << std::uint32_t{XK_Delete};
+        QTest::newRow("home") << 115 << std::uint32_t{XK_Home};
+        QTest::newRow("end") << 119 << std::uint32_t{XK_End};
+        QTest::newRow("page up") << 116 << std::uint32_t{XK_Prior};
+        QTest::newRow("page down") << 121 << std::uint32_t{XK_Next};
+        QTest::newRow("F1") << 122 << std::uint32_t{XK_F1};
+        QTest::newRow("F3") << 99 << std::uint32_t{XK_F3};
+        QTest::newRow("F12") << 111 << std::uint32_t{XK_F12};
+        QTest::newRow("left") << 123 << std::uint32_t{XK_Left};
+        QTest::newRow("right") << 124 << std::uint32_t{XK_Right};
+        QTest::newRow("down") << 125 << std::uint32_t{XK_Down};
+        QTest::newRow("up") << 126 << std::uint32_t{XK_Up};
+    }
+
+    void keySymbols() {
+        QFETCH(int, keyCode);
+        QFETCH(std::uint32_t, symbol);
+
+        QCOMPARE(X11KeySymbols::forKeyCode(std::uint16_t(keyCode)), std::optional(symbol));
+    }
+
     void theLetterKeysAreTheirPlacesOnAnAnsiKeyboard() {
         QVERIFY(m_service->registerHotkey(0, 0, signature, 1));                        // A
         QVERIFY(m_service->registerHotkey(13, CarbonModifier::control, signature, 2)); // W
@@ -298,6 +397,138 @@ private slots:
         press(QStringLiteral("a"));
         press(QStringLiteral("alt+Delete"));
         QTRY_COMPARE(m_pressed, (QList<std::uint32_t>{2, 1, 3}));
+    }
+
+    void theHotkeysFollowALayoutSwitch() {
+        OtherClient other;
+        QVERIFY(other.connected());
+        const std::uint16_t modifiers = other.controlAltSuper();
+        // On the German layout Y and Z change places.
+        const xcb_keycode_t zKey = other.keyCode(XK_z);
+        const xcb_keycode_t yKey = other.keyCode(XK_y);
+        QVERIFY(zKey != 0 && yKey != 0 && zKey != yKey);
+
+        LogCapture log;
+        QVERIFY(m_service->registerHotkey(6, controlOptionCommand, signature, 1));  // Z
+        QVERIFY(m_service->registerHotkey(40, controlOptionCommand, signature, 2)); // K
+        QVERIFY(m_service->registerHotkey(rightArrow, controlOptionCommand, signature, 3));
+        QVERIFY(m_service->registerHotkey(49, CarbonModifier::shift | CarbonModifier::control,
+                                          signature, 4));
+
+        // Loading the layout in use again moves no key, so the grabs stay as they are.
+        setLayout(QStringLiteral("us"));
+        settle();
+        QCOMPARE(reGrabs(log), 0);
+
+        m_layoutChanged = true;
+        setLayout(QStringLiteral("de"));
+        QTRY_COMPARE(reGrabs(log), 1);
+        QCOMPARE(other.keyCode(XK_z), yKey);
+        QCOMPARE(other.keyCode(XK_y), zKey);
+
+        // xdotool types a symbol on whichever key the layout has it.
+        press(QStringLiteral("ctrl+alt+super+z"));
+        press(QStringLiteral("ctrl+alt+super+k"));
+        press(QStringLiteral("ctrl+alt+super+Right"));
+        press(QStringLiteral("shift+ctrl+space"));
+        QTRY_COMPARE(m_pressed, (QList<std::uint32_t>{1, 2, 3, 4}));
+        // The key that typed Z before now types Y, and is no hotkey of ours.
+        press(QStringLiteral("ctrl+alt+super+y"));
+        settle();
+        QCOMPARE(m_pressed, (QList<std::uint32_t>{1, 2, 3, 4}));
+        // Its old grab is gone, lock variants included.
+        QVERIFY(other.grabKey(zKey, modifiers));
+        QVERIFY(other.grabKey(zKey, modifiers | XCB_MOD_MASK_LOCK));
+        other.ungrabKey(zKey, modifiers);
+        other.ungrabKey(zKey, modifiers | XCB_MOD_MASK_LOCK);
+        // One switch, one round of grabs.
+        QCOMPARE(reGrabs(log), 1);
+        QCOMPARE(xcbErrors(log), 0);
+
+        setLayout(QStringLiteral("us"));
+        m_layoutChanged = false;
+        QTRY_COMPARE(reGrabs(log), 2);
+        press(QStringLiteral("ctrl+alt+super+z"));
+        press(QStringLiteral("ctrl+alt+super+y"));
+        press(QStringLiteral("ctrl+alt+super+Right"));
+        QTRY_COMPARE(m_pressed, (QList<std::uint32_t>{1, 2, 3, 4, 1, 3}));
+        QVERIFY(other.grabKey(yKey, modifiers));
+        other.ungrabKey(yKey, modifiers);
+    }
+
+    void aHotkeyAnotherProgramTookDuringASwitchComesBackWithTheNextSwitch() {
+        OtherClient other;
+        QVERIFY(other.connected());
+        const std::uint16_t modifiers = other.controlAltSuper();
+        // Where Z goes on the German layout.
+        const xcb_keycode_t yKey = other.keyCode(XK_y);
+        QVERIFY(other.grabKey(yKey, modifiers));
+
+        LogCapture log;
+        const auto z = m_service->registerHotkey(6, controlOptionCommand, signature, 1);
+        QVERIFY(z);
+        QVERIFY(m_service->registerHotkey(40, controlOptionCommand, signature, 2)); // K
+
+        m_layoutChanged = true;
+        setLayout(QStringLiteral("de"));
+        QTRY_COMPARE(reGrabs(log), 1);
+        // Said once: the several notifications of one switch made one try. Counted before any
+        // press, since the first key xdotool sends can make its device the keyboard, which
+        // reads as a mapping change of its own and makes another try.
+        settle();
+        const QString refused = QStringLiteral("Hotkey %1 does not work with this keyboard mapping")
+                                    .arg(KeyTable::displayString(6, controlOptionCommand));
+        QCOMPARE(log.count(QStringLiteral("com.scrubline.app.general"), QtWarningMsg, refused), 1);
+        press(QStringLiteral("ctrl+alt+super+z"));
+        press(QStringLiteral("ctrl+alt+super+k"));
+        QTRY_COMPARE(m_pressed, QList<std::uint32_t>{2});
+        settle();
+        QCOMPARE(m_pressed, QList<std::uint32_t>{2});
+
+        // Kept without a grab: the next switch grabs it again.
+        other.ungrabKey(yKey, modifiers);
+        setLayout(QStringLiteral("us"));
+        m_layoutChanged = false;
+        QTRY_COMPARE(reGrabs(log), 2);
+        press(QStringLiteral("ctrl+alt+super+z"));
+        QTRY_COMPARE(m_pressed, (QList<std::uint32_t>{2, 1}));
+        m_service->unregisterHotkey(*z);
+        QVERIFY(other.grab(XK_z, modifiers));
+        other.ungrab(XK_z, modifiers);
+        QCOMPARE(xcbErrors(log), 0);
+    }
+
+    void aKeyAnotherProgramMovesIsGrabbedWhereItWent() {
+        OtherClient other;
+        QVERIFY(other.connected());
+        const std::uint16_t modifiers = other.controlAltSuper();
+        const xcb_keycode_t kKey = other.keyCode(XK_k);
+        const xcb_keycode_t spare = other.spareKey();
+        QVERIFY(kKey != 0 && spare != 0);
+
+        LogCapture log;
+        QVERIFY(m_service->registerHotkey(40, controlOptionCommand, signature, 1)); // K
+        QVERIFY(m_service->registerHotkey(rightArrow, controlOptionCommand, signature, 2));
+        // K onto a key that had nothing, and something else onto K's own key.
+        m_layoutChanged = true;
+        other.setSymbols(spare, other.symbolsOf(kKey));
+        other.setSymbols(kKey, {XK_F20});
+        QTRY_COMPARE(other.keyCode(XK_k), spare);
+        QTRY_COMPARE(reGrabs(log), 1);
+
+        press(QStringLiteral("ctrl+alt+super+k"));
+        press(QStringLiteral("ctrl+alt+super+Right"));
+        QTRY_COMPARE(m_pressed, (QList<std::uint32_t>{1, 2}));
+        QVERIFY(other.grabKey(kKey, modifiers));
+        other.ungrabKey(kKey, modifiers);
+        QCOMPARE(xcbErrors(log), 0);
+
+        setLayout(QStringLiteral("us"));
+        m_layoutChanged = false;
+        QTRY_COMPARE(reGrabs(log), 2);
+        QCOMPARE(other.keyCode(XK_k), kKey);
+        press(QStringLiteral("ctrl+alt+super+k"));
+        QTRY_COMPARE(m_pressed, (QList<std::uint32_t>{1, 2, 1}));
     }
 };
 

@@ -1,7 +1,7 @@
 #include "X11HotkeyService.h"
 
 #include "X11KeySymbols.h"
-#include "models/SeekAction.h"
+#include "models/KeyTable.h"
 #include "utilities/Logger.h"
 
 #include <QCoreApplication>
@@ -11,11 +11,22 @@
 
 #include <cstdlib>
 #include <memory>
+#include <string_view>
+#include <utility>
 
 namespace {
 
 // Everything the server puts into a key event's state that is a modifier and not a button.
 constexpr std::uint16_t kModifierStateBits = 0xff;
+
+// The keyboard extension's own event types, in the second byte of its events. A new keymap
+// (setxkbmap) comes as the first, a change of some keys (xmodmap) as the second.
+constexpr std::uint8_t kXkbNewKeyboardNotify = 0;
+constexpr std::uint8_t kXkbMapNotify = 1;
+
+// Long enough to take in every notification of one layout switch, short enough that the
+// hotkeys work again before a person reaches for them.
+constexpr int kMappingSettleMs = 150;
 
 struct FreeDeleter {
     void operator()(void* pointer) const { std::free(pointer); }
@@ -71,16 +82,33 @@ private:
 
 X11HotkeyService::X11HotkeyService()
     : m_connection(toolkitConnection()) {
-    if (m_connection != nullptr) {
-        const xcb_setup_t* setup = xcb_get_setup(m_connection);
-        m_root = xcb_setup_roots_iterator(setup).data->root;
+    m_mappingChanged.setSingleShot(true);
+    m_mappingChanged.setInterval(kMappingSettleMs);
+    QObject::connect(&m_mappingChanged, &QTimer::timeout, &m_mappingChanged,
+                     [this] { followMappingChange(); });
+    if (m_connection == nullptr) {
+        return;
+    }
+    const xcb_setup_t* setup = xcb_get_setup(m_connection);
+    m_root = xcb_setup_roots_iterator(setup).data->root;
+    m_modifierBits = readModifierBits(KeyboardMapping(m_connection));
+    constexpr std::string_view xkbName = "XKEYBOARD";
+    const ReplyPtr<xcb_query_extension_reply_t> xkb(xcb_query_extension_reply(
+        m_connection,
+        xcb_query_extension(m_connection, static_cast<std::uint16_t>(xkbName.size()),
+                            xkbName.data()),
+        nullptr));
+    if (xkb && xkb->present != 0) {
+        m_xkbFirstEvent = xkb->first_event;
     }
 }
 
 X11HotkeyService::~X11HotkeyService() {
-    for (const auto& [handle, registration] : m_registrations) {
-        if (isGrabbed(registration.combination)) {
-            ungrab(registration.combination);
+    for (auto& [handle, registration] : m_registrations) {
+        if (const auto held = std::exchange(registration.grabbed, std::nullopt)) {
+            if (!isGrabbed(*held)) {
+                ungrab(*held);
+            }
         }
     }
     m_registrations.clear();
@@ -118,22 +146,13 @@ std::optional<HotkeyService::Handle> X11HotkeyService::registerHotkey(std::uint3
     if (m_connection == nullptr || keyCode > 0xffff) {
         return std::nullopt;
     }
-    const auto symbol = X11KeySymbols::forKeyCode(static_cast<std::uint16_t>(keyCode));
-    if (!symbol) {
-        return std::nullopt;
-    }
-    const KeyboardMapping mapping(m_connection);
-    const auto serverKey = mapping.keyCodeFor(*symbol);
-    if (!serverKey) {
-        return std::nullopt; // the keyboard has no such key
-    }
-    m_modifierBits = readModifierBits(mapping);
-    const Combination combination{*serverKey, modifiersFor(carbonModifiers)};
-    if (!isGrabbed(combination) && !grab(combination)) {
+    const auto code = static_cast<std::uint16_t>(keyCode);
+    const auto combination = combinationFor(KeyboardMapping(m_connection), code, carbonModifiers);
+    if (!combination || (!isGrabbed(*combination) && !grab(*combination))) {
         return std::nullopt;
     }
     const Handle handle = m_nextHandle++;
-    m_registrations.emplace(handle, Registration{combination, id});
+    m_registrations.emplace(handle, Registration{code, carbonModifiers, id, combination});
     return handle;
 }
 
@@ -142,21 +161,25 @@ void X11HotkeyService::unregisterHotkey(Handle handle) {
     if (found == m_registrations.end()) {
         return;
     }
-    const Combination combination = found->second.combination;
+    const std::optional<Combination> held = found->second.grabbed;
     m_registrations.erase(found);
     // Two registrations of one combination share the one grab.
-    if (!isGrabbed(combination)) {
-        ungrab(combination);
+    if (held && !isGrabbed(*held)) {
+        ungrab(*held);
     }
 }
 
 bool X11HotkeyService::nativeEventFilter(const QByteArray& eventType, void* message,
                                          qintptr* /*result*/) {
-    if (eventType != "xcb_generic_event_t" || !m_handler) {
+    if (eventType != "xcb_generic_event_t") {
         return false;
     }
     const auto* event = static_cast<const xcb_generic_event_t*>(message);
-    if ((event->response_type & ~0x80) != XCB_KEY_PRESS) {
+    if (isMappingChange(event)) {
+        m_mappingChanged.start();
+        return false; // the toolkit follows the change as well
+    }
+    if ((event->response_type & ~0x80) != XCB_KEY_PRESS || !m_handler) {
         return false;
     }
     const auto* press = static_cast<const xcb_key_press_event_t*>(message);
@@ -167,7 +190,7 @@ bool X11HotkeyService::nativeEventFilter(const QByteArray& eventType, void* mess
     const Combination pressed{
         press->detail, static_cast<std::uint16_t>(press->state & kModifierStateBits & ~locks)};
     for (const auto& [handle, registration] : m_registrations) {
-        if (registration.combination == pressed) {
+        if (registration.grabbed == pressed) {
             // A copy: the handler may re-register, which replaces the table being read.
             const PressHandler handler = m_handler;
             handler(registration.id);
@@ -175,6 +198,61 @@ bool X11HotkeyService::nativeEventFilter(const QByteArray& eventType, void* mess
         }
     }
     return false;
+}
+
+bool X11HotkeyService::isMappingChange(const xcb_generic_event_t* event) const {
+    const auto type = static_cast<std::uint8_t>(event->response_type & ~0x80);
+    if (type == XCB_MAPPING_NOTIFY) {
+        const auto* notify = reinterpret_cast<const xcb_mapping_notify_event_t*>(event);
+        return notify->request != XCB_MAPPING_POINTER;
+    }
+    // A client that uses the keyboard extension, as the toolkit does, hears of a new keymap only
+    // through it.
+    return m_xkbFirstEvent && type == *m_xkbFirstEvent &&
+           (event->pad0 == kXkbNewKeyboardNotify || event->pad0 == kXkbMapNotify);
+}
+
+void X11HotkeyService::followMappingChange() {
+    const KeyboardMapping mapping(m_connection);
+    const ModifierBits bits = readModifierBits(mapping);
+    // Only what moved is let go, so a hotkey whose key stays where it was is never without its
+    // grab. Another keyboard of the same layout taking over (a second keyboard, xdotool) reads
+    // as a mapping change too, and moves nothing. When a modifier moves, every grab goes: each
+    // was made with the old bits, lock variants included.
+    const bool sameBits = bits == m_modifierBits;
+    bool regrabbed = false;
+    for (auto& [handle, registration] : m_registrations) {
+        if (!registration.grabbed ||
+            (sameBits && registration.grabbed == combinationFor(mapping, registration.keyCode,
+                                                                registration.carbonModifiers))) {
+            continue;
+        }
+        const Combination held = *std::exchange(registration.grabbed, std::nullopt);
+        if (!isGrabbed(held)) {
+            ungrab(held);
+        }
+        regrabbed = true;
+    }
+    m_modifierBits = bits;
+    for (auto& [handle, registration] : m_registrations) {
+        if (registration.grabbed) {
+            continue;
+        }
+        const auto combination =
+            combinationFor(mapping, registration.keyCode, registration.carbonModifiers);
+        if (combination && (isGrabbed(*combination) || grab(*combination))) {
+            registration.grabbed = combination;
+            regrabbed = true;
+        } else {
+            // Kept, so that the next mapping change tries again.
+            qCWarning(Log::general(), "Hotkey %s does not work with this keyboard mapping",
+                      qPrintable(KeyTable::displayString(registration.keyCode,
+                                                         registration.carbonModifiers)));
+        }
+    }
+    if (regrabbed) {
+        qCInfo(Log::general(), "Keyboard mapping changed; hotkeys grabbed again where they moved");
+    }
 }
 
 X11HotkeyService::ModifierBits
@@ -221,6 +299,20 @@ X11HotkeyService::readModifierBits(const KeyboardMapping& mapping) const {
     return bits;
 }
 
+std::optional<X11HotkeyService::Combination>
+X11HotkeyService::combinationFor(const KeyboardMapping& mapping, std::uint16_t keyCode,
+                                 std::uint32_t carbonModifiers) const {
+    const auto symbol = X11KeySymbols::forKeyCode(keyCode);
+    if (!symbol) {
+        return std::nullopt;
+    }
+    const auto serverKey = mapping.keyCodeFor(*symbol);
+    if (!serverKey) {
+        return std::nullopt; // the keyboard has no such key
+    }
+    return Combination{*serverKey, modifiersFor(carbonModifiers)};
+}
+
 std::uint16_t X11HotkeyService::modifiersFor(std::uint32_t carbonModifiers) const {
     std::uint16_t modifiers = 0;
     if ((carbonModifiers & CarbonModifier::control) != 0) {
@@ -250,7 +342,7 @@ std::vector<std::uint16_t> X11HotkeyService::lockVariants() const {
 
 bool X11HotkeyService::isGrabbed(const Combination& combination) const {
     for (const auto& [handle, registration] : m_registrations) {
-        if (registration.combination == combination) {
+        if (registration.grabbed == combination) {
             return true;
         }
     }

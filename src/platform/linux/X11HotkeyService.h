@@ -3,15 +3,20 @@
 #include "platform/HotkeyService.h"
 
 #include <QAbstractNativeEventFilter>
+#include <QTimer>
 
+#include <cstdint>
 #include <map>
+#include <optional>
 #include <vector>
 
 #include <xcb/xcb.h>
 
 // Global hotkeys as key grabs on the root window, over the toolkit's own X connection, so that
 // presses arrive with the toolkit's other events on the GUI thread. Without an X connection
-// (a Wayland session) nothing can be grabbed.
+// (a Wayland session) nothing can be grabbed. Grabs are of the server's key codes, so when the
+// keyboard mapping changes (a layout switch) every hotkey is looked up again, and grabbed again
+// where its key moved.
 class X11HotkeyService final : public HotkeyService, private QAbstractNativeEventFilter {
 public:
     X11HotkeyService();
@@ -34,19 +39,29 @@ private:
         friend bool operator==(const Combination&, const Combination&) = default;
     };
     struct Registration {
-        Combination combination;
+        std::uint16_t keyCode;
+        std::uint32_t carbonModifiers;
         std::uint32_t id;
+        // What this registration holds, alone or with others; nothing while another program
+        // holds it or the keyboard has no such key since a mapping change.
+        std::optional<Combination> grabbed;
     };
     // Where the server puts the modifiers whose bit depends on its keymap.
     struct ModifierBits {
         std::uint16_t alt = XCB_MOD_MASK_1;
         std::uint16_t super = XCB_MOD_MASK_4;
         std::uint16_t numLock = 0;
+        friend bool operator==(const ModifierBits&, const ModifierBits&) = default;
     };
 
     bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
 
+    bool isMappingChange(const xcb_generic_event_t* event) const;
+    void followMappingChange();
+
     ModifierBits readModifierBits(const KeyboardMapping& mapping) const;
+    std::optional<Combination> combinationFor(const KeyboardMapping& mapping, std::uint16_t keyCode,
+                                              std::uint32_t carbonModifiers) const;
     std::uint16_t modifiersFor(std::uint32_t carbonModifiers) const;
     std::vector<std::uint16_t> lockVariants() const;
     bool isGrabbed(const Combination& combination) const;
@@ -57,7 +72,14 @@ private:
     xcb_window_t m_root = XCB_WINDOW_NONE;
     PressHandler m_handler;
     bool m_filtering = false;
+    // Every grab held was made under these bits, lock variants included: when they change, so
+    // does every grab.
     ModifierBits m_modifierBits;
+    // The first event of the keyboard extension, through which the toolkit's connection hears
+    // of mapping changes instead of the core MappingNotify.
+    std::optional<std::uint8_t> m_xkbFirstEvent;
+    // One layout switch sends several notifications; the grabs are redone once they stop.
+    QTimer m_mappingChanged;
     // By handle, which grows with each registration: the first registration of a combination
     // held twice is the one its presses go to.
     std::map<Handle, Registration> m_registrations;

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <QString>
+#include <QtCore/qnamespace.h>
+
+#include <cstdint>
+#include <optional>
+#include <span>
+
+// Carbon hot-key modifier bits. Hotkeys are stored with these on every platform.
+namespace CarbonModifier {
+inline constexpr std::uint32_t command = 0x100;
+inline constexpr std::uint32_t shift = 0x200;
+inline constexpr std::uint32_t option = 0x800;
+inline constexpr std::uint32_t control = 0x1000;
+} // namespace CarbonModifier
+
+// Keyboard modifier-flag bits of the reference platform's key events; the views translate their
+// toolkit's modifiers into these before calling KeyTable::toCarbonModifiers.
+namespace ModifierFlag {
+inline constexpr std::uint64_t capsLock = 1ULL << 16;
+inline constexpr std::uint64_t shift = 1ULL << 17;
+inline constexpr std::uint64_t control = 1ULL << 18;
+inline constexpr std::uint64_t option = 1ULL << 19;
+inline constexpr std::uint64_t command = 1ULL << 20;
+inline constexpr std::uint64_t numericPad = 1ULL << 21;
+inline constexpr std::uint64_t help = 1ULL << 22;
+inline constexpr std::uint64_t function = 1ULL << 23;
+} // namespace ModifierFlag
+
+// The keys a hotkey can be made of. Hotkeys are stored with the reference platform's virtual
+// key codes on every platform, so that settings travel between machines; a code names a key by
+// its place on an ANSI keyboard. This is the one place that says what each stored code is: its
+// name in the hotkey display, and the toolkit's key for it, from which a recorded key press
+// becomes a stored code and a backend finds the key to grab.
+class KeyTable {
+public:
+    struct Key {
+        std::uint16_t keyCode;
+        // UTF-8.
+        const char* name;
+        // Qt::Key_unknown where the toolkit has no key of its own for it.
+        Qt::Key qtKey;
+    };
+
+    // In ascending order of key code.
+    static std::span<const Key> keys();
+    static std::optional<Key> forKeyCode(std::uint16_t keyCode);
+    static std::optional<Key> forQtKey(Qt::Key qtKey);
+
+    // "Key<code>" for a code the table does not name.
+    static QString keyName(std::uint16_t keyCode);
+    // The modifiers' glyphs in the order control, option, shift, command, then the key's name.
+    static QString displayString(std::uint16_t keyCode, std::uint32_t carbonModifiers);
+    static std::uint32_t toCarbonModifiers(std::uint64_t modifierFlags);
+};
