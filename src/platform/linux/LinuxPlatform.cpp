@@ -13,6 +13,18 @@
 
 #include <xcb/xcb.h>
 
+namespace {
+
+// The players on the session bus, followed once for the whole program: the player control and
+// every list of running apps read the same registry. Made on first use, on the GUI thread, by
+// the application shell; never destroyed, as the seek thread may still read it at exit.
+MprisPlayerRegistry& sessionPlayers() {
+    static auto* registry = new MprisPlayerRegistry(QDBusConnection::sessionBus());
+    return *registry;
+}
+
+} // namespace
+
 namespace Platform {
 
 std::unique_ptr<QSettings> openUserDefaults() {
@@ -29,11 +41,11 @@ std::unique_ptr<LoginItem> createLoginItem() {
 }
 
 std::shared_ptr<PlayerControl> createPlayerControl() {
-    return std::make_shared<MprisPlayerControl>(MprisPlayerRegistry::shared());
+    return std::make_shared<MprisPlayerControl>(sessionPlayers());
 }
 
 std::unique_ptr<RunningApps> createRunningApps() {
-    return std::make_unique<MprisRunningApps>(MprisPlayerRegistry::shared());
+    return std::make_unique<MprisRunningApps>(sessionPlayers());
 }
 
 std::unique_ptr<HotkeyService> createHotkeyService() {

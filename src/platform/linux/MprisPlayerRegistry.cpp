@@ -25,11 +25,6 @@ const QSet<QString> chromeExecutables = {
 
 } // namespace
 
-MprisPlayerRegistry& MprisPlayerRegistry::shared() {
-    static auto* registry = new MprisPlayerRegistry(QDBusConnection::sessionBus());
-    return *registry;
-}
-
 MprisPlayerRegistry::MprisPlayerRegistry(QDBusConnection bus, QObject* parent)
     : QObject(parent)
     , m_bus(std::move(bus)) {

@@ -22,9 +22,6 @@ class MprisPlayerRegistry : public QObject {
 public:
     static constexpr QLatin1String namePrefix{"org.mpris.MediaPlayer2."};
 
-    // The registry of the session bus, made on first use (on the GUI thread).
-    static MprisPlayerRegistry& shared();
-
     explicit MprisPlayerRegistry(QDBusConnection bus, QObject* parent = nullptr);
 
     QDBusConnection bus() const { return m_bus; }
