@@ -8,6 +8,13 @@ ColorDot::ColorDot(const QColor& color, QWidget* parent)
     setFixedSize(diameter, diameter);
 }
 
+void ColorDot::setColor(const QColor& color) {
+    if (color != m_color) {
+        m_color = color;
+        update();
+    }
+}
+
 void ColorDot::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
     painter.setRenderHint(QPainter::Antialiasing);

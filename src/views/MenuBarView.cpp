@@ -2,6 +2,7 @@
 
 #include "ColorDot.h"
 #include "Divider.h"
+#include "MenuBarState.h"
 #include "MenuItemButton.h"
 #include "MenuItemLabel.h"
 #include "SkipSymbols.h"
@@ -176,106 +177,146 @@ void MenuBarView::buildMenu() {
 
     m_layout->addWidget(m_menu);
 
-    connect(&m_status, &MediaStatus::seekFeedbackChanged, this, &MenuBarView::rebuildState);
-    connect(&m_status, &MediaStatus::statusMessageChanged, this, &MenuBarView::rebuildState);
-    connect(&m_status, &MediaStatus::nowPlayingChanged, this, &MenuBarView::rebuildState);
-    connect(&m_status, &MediaStatus::lastActiveAppChanged, this, &MenuBarView::rebuildState);
+    buildStateRows();
+    connect(&m_status, &MediaStatus::seekFeedbackChanged, this, &MenuBarView::updateState);
+    connect(&m_status, &MediaStatus::statusMessageChanged, this, &MenuBarView::updateState);
+    connect(&m_status, &MediaStatus::nowPlayingChanged, this, &MenuBarView::updateState);
+    connect(&m_status, &MediaStatus::lastActiveAppChanged, this, &MenuBarView::updateState);
     connect(&m_settings, &AppSettings::seekActionsChanged, this, [this] {
-        rebuildState();
+        updateState();
         rebuildSeekButtons();
     });
-    rebuildState();
+    updateState();
     rebuildSeekButtons();
 }
 
-void MenuBarView::rebuildState() {
+void MenuBarView::buildStateRows() {
     const QPalette colors = palette();
-    auto* row = new QWidget(m_stateSection);
-    row->setObjectName(QStringLiteral("stateRow"));
-    auto* layout = new QHBoxLayout(row);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(6);
-    const int symbolSize = stateSymbolSize;
-    QString kind;
+    const auto addRow = [this](MenuBarState state) -> StateRow& {
+        StateRow& row = m_stateRows[static_cast<std::size_t>(state)];
+        row.row = new QWidget(m_stateSection);
+        row.row->setObjectName(QStringLiteral("stateRow"));
+        row.row->setProperty("kind", menuBarStateName(state));
+        row.layout = new QHBoxLayout(row.row);
+        row.layout->setContentsMargins(0, 0, 0, 0);
+        row.layout->setSpacing(6);
+        row.row->hide();
+        m_stateSection->layout()->addWidget(row.row);
+        return row;
+    };
+    const auto addSymbol = [](StateRow& row, const QString& name, Qt::Alignment alignment) {
+        row.symbol = new SymbolView(name, stateSymbolSize, row.row);
+        row.symbol->setObjectName(QStringLiteral("stateSymbol"));
+        row.layout->addWidget(row.symbol, 0, alignment);
+    };
+    const auto addDot = [](StateRow& row) {
+        row.dot = new ColorDot(QColor(), row.row);
+        row.dot->setObjectName(QStringLiteral("playerDot"));
+        row.layout->addWidget(row.dot);
+    };
 
-    if (const auto feedback = m_status.seekFeedback()) {
-        kind = QStringLiteral("feedback");
-        const QString name = SkipSymbols::forKind(
-            feedback->kind, SkipSymbols::wholeSeconds(m_settings.firstForwardSeconds()),
-            SkipSymbols::wholeSeconds(m_settings.firstBackwardSeconds()));
-        auto* symbol = new SymbolView(name, symbolSize, row);
-        symbol->setObjectName(QStringLiteral("stateSymbol"));
-        symbol->setTone(SymbolView::Tone::accent);
-        layout->addWidget(symbol);
-        auto* dot = new ColorDot(Style::tint(feedback->app.tintColor()), row);
-        dot->setObjectName(QStringLiteral("playerDot"));
-        layout->addWidget(dot);
-        layout->addWidget(makeText(feedback->app.displayName(), Style::captionFont(),
-                                   Style::primary(colors), 2, QStringLiteral("stateText"), row));
-    } else if (const auto status = m_status.statusMessage()) {
-        kind = QStringLiteral("status");
-        auto* symbol = new SymbolView(QStringLiteral("exclamationmark.triangle"), symbolSize, row);
-        symbol->setObjectName(QStringLiteral("stateSymbol"));
-        symbol->setTone(SymbolView::Tone::warning);
-        layout->addWidget(symbol, 0, Qt::AlignTop);
-        layout->addWidget(makeText(*status, Style::captionFont(), Style::secondary(colors), 3,
-                                   QStringLiteral("stateText"), row));
-    } else if (const auto playing = m_status.nowPlaying()) {
-        kind = QStringLiteral("nowPlaying");
-        auto* symbol = new SymbolView(playing->app.symbolName(), symbolSize, row);
-        symbol->setObjectName(QStringLiteral("stateSymbol"));
-        symbol->setTone(SymbolView::Tone::secondary);
-        layout->addWidget(symbol, 0, Qt::AlignTop);
-        auto* lines = new QVBoxLayout;
-        lines->setSpacing(1);
-        lines->addWidget(makeText(playing->title, Style::captionFont(), Style::primary(colors), 1,
-                                  QStringLiteral("stateText"), row));
-        if (!playing->artist.isEmpty()) {
-            lines->addWidget(makeText(playing->artist, Style::caption2Font(),
-                                      Style::secondary(colors), 1, QStringLiteral("stateDetail"),
-                                      row));
+    StateRow& feedback = addRow(MenuBarState::feedback);
+    addSymbol(feedback, QStringLiteral("playpause"), {});
+    feedback.symbol->setTone(SymbolView::Tone::accent);
+    addDot(feedback);
+    feedback.text = makeText({}, Style::captionFont(), Style::primary(colors), 2,
+                             QStringLiteral("stateText"), feedback.row);
+    feedback.layout->addWidget(feedback.text);
+
+    StateRow& status = addRow(MenuBarState::status);
+    addSymbol(status, QStringLiteral("exclamationmark.triangle"), Qt::AlignTop);
+    status.symbol->setTone(SymbolView::Tone::warning);
+    status.text = makeText({}, Style::captionFont(), Style::secondary(colors), 3,
+                           QStringLiteral("stateText"), status.row);
+    status.layout->addWidget(status.text);
+
+    StateRow& playing = addRow(MenuBarState::nowPlaying);
+    addSymbol(playing, QStringLiteral("music.note"), Qt::AlignTop);
+    playing.symbol->setTone(SymbolView::Tone::secondary);
+    auto* lines = new QVBoxLayout;
+    lines->setSpacing(1);
+    playing.text = makeText({}, Style::captionFont(), Style::primary(colors), 1,
+                            QStringLiteral("stateText"), playing.row);
+    playing.detail = makeText({}, Style::caption2Font(), Style::secondary(colors), 1,
+                              QStringLiteral("stateDetail"), playing.row);
+    lines->addWidget(playing.text);
+    lines->addWidget(playing.detail);
+    playing.layout->addLayout(lines, 1);
+
+    StateRow& none = addRow(MenuBarState::noMedia);
+    none.text = makeText(QStringLiteral("No media detected"), Style::captionFont(),
+                         Style::secondary(colors), 1, QStringLiteral("stateText"), none.row);
+    none.layout->addWidget(none.text);
+
+    StateRow& last = addRow(MenuBarState::lastApp);
+    addSymbol(last, QStringLiteral("music.note"), {});
+    addDot(last);
+    last.text = makeText({}, Style::captionFont(), Style::secondary(colors), 1,
+                         QStringLiteral("stateText"), last.row);
+    last.layout->addWidget(last.text);
+}
+
+void MenuBarView::updateState() {
+    const MenuBarState state = menuBarState(m_status);
+    StateRow& row = m_stateRows[static_cast<std::size_t>(state)];
+    switch (state) {
+    case MenuBarState::feedback: {
+        const SeekFeedback feedback = *m_status.seekFeedback();
+        row.symbol->setSymbolName(SkipSymbols::forKind(
+            feedback.kind, SkipSymbols::wholeSeconds(m_settings.firstForwardSeconds()),
+            SkipSymbols::wholeSeconds(m_settings.firstBackwardSeconds())));
+        row.dot->setColor(Style::tint(feedback.app.tintColor()));
+        row.text->setText(feedback.app.displayName());
+        break;
+    }
+    case MenuBarState::status:
+        row.text->setText(*m_status.statusMessage());
+        break;
+    case MenuBarState::nowPlaying: {
+        const NowPlaying playing = *m_status.nowPlaying();
+        row.symbol->setSymbolName(playing.app.symbolName());
+        row.text->setText(playing.title);
+        row.detail->setText(playing.artist);
+        row.detail->setVisible(!playing.artist.isEmpty());
+        break;
+    }
+    case MenuBarState::noMedia:
+        break;
+    case MenuBarState::lastApp: {
+        const MediaApp last = *m_status.lastActiveApp();
+        row.symbol->setSymbolName(last.symbolName());
+        row.symbol->setColor(Style::tint(last.tintColor()));
+        row.dot->setColor(Style::tint(last.tintColor()));
+        row.text->setText(QStringLiteral("Last: ") + last.displayName());
+        break;
+    }
+    }
+
+    const bool changed = !m_state || *m_state != state;
+    const bool fade = m_state && changed &&
+                      (state == MenuBarState::feedback || *m_state == MenuBarState::feedback);
+    if (changed) {
+        for (StateRow& each : m_stateRows) {
+            if (&each != &row) {
+                each.row->hide();
+            }
         }
-        layout->addLayout(lines, 1);
-    } else if (const auto last = m_status.lastActiveApp(); !last) {
-        kind = QStringLiteral("noMedia");
-        layout->addWidget(makeText(QStringLiteral("No media detected"), Style::captionFont(),
-                                   Style::secondary(colors), 1, QStringLiteral("stateText"), row));
-    } else {
-        kind = QStringLiteral("lastApp");
-        auto* symbol = new SymbolView(last->symbolName(), symbolSize, row);
-        symbol->setObjectName(QStringLiteral("stateSymbol"));
-        symbol->setColor(Style::tint(last->tintColor()));
-        layout->addWidget(symbol);
-        auto* dot = new ColorDot(Style::tint(last->tintColor()), row);
-        dot->setObjectName(QStringLiteral("playerDot"));
-        layout->addWidget(dot);
-        layout->addWidget(makeText(QStringLiteral("Last: ") + last->displayName(),
-                                   Style::captionFont(), Style::secondary(colors), 1,
-                                   QStringLiteral("stateText"), row));
+        row.row->show();
+        m_state = state;
     }
-
-    row->setProperty("kind", kind);
-    const bool fade = kind != m_stateKind && (kind == QStringLiteral("feedback") ||
-                                              m_stateKind == QStringLiteral("feedback"));
-    if (m_stateRow != nullptr) {
-        m_stateSection->layout()->removeWidget(m_stateRow);
-        delete m_stateRow;
-    }
-    m_stateRow = row;
-    m_stateKind = kind;
-    m_stateSection->layout()->addWidget(row);
     if (fade) {
         // The feedback line comes and goes softly.
-        auto* effect = new QGraphicsOpacityEffect(row);
+        auto* effect = new QGraphicsOpacityEffect(row.row);
         effect->setOpacity(0.0);
-        row->setGraphicsEffect(effect);
-        auto* animation = new QPropertyAnimation(effect, "opacity", row);
+        row.row->setGraphicsEffect(effect);
+        auto* animation = new QPropertyAnimation(effect, "opacity", row.row);
         animation->setDuration(stateFadeMs);
         animation->setStartValue(0.0);
         animation->setEndValue(1.0);
         animation->setEasingCurve(QEasingCurve::InOutQuad);
-        connect(animation, &QPropertyAnimation::finished, row,
-                [row] { row->setGraphicsEffect(nullptr); });
+        QWidget* faded = row.row;
+        connect(animation, &QPropertyAnimation::finished, faded,
+                [faded] { faded->setGraphicsEffect(nullptr); });
         animation->start(QAbstractAnimation::DeleteWhenStopped);
     }
     emit contentChanged();

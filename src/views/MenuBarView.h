@@ -1,13 +1,20 @@
 #pragma once
 
+#include "MenuBarState.h"
+
 #include <QPointer>
 #include <QString>
 #include <QWidget>
 
+#include <array>
 #include <cstdint>
+#include <optional>
 #include <set>
 
 class AppSettings;
+class ColorDot;
+class QHBoxLayout;
+class SymbolView;
 class MediaStatus;
 class QLabel;
 class QToolButton;
@@ -19,7 +26,6 @@ class WelcomeView;
 class MenuBarView : public QWidget {
     Q_OBJECT
     Q_PROPERTY(bool hasCompletedOnboarding READ hasCompletedOnboarding)
-    Q_PROPERTY(QString stateKind READ stateKind)
 
 public:
     static constexpr int minimumPanelWidth = 200;
@@ -37,9 +43,8 @@ public:
     ~MenuBarView() override;
 
     bool hasCompletedOnboarding() const;
-    // Which line the state section shows: "feedback", "status", "nowPlaying", "noMedia" or
-    // "lastApp".
-    QString stateKind() const { return m_stateKind; }
+    // Which line the state section shows; absent until the menu is built.
+    std::optional<MenuBarState> state() const { return m_state; }
     // The size the content needs: as wide as it would like within the panel's limits, and as
     // tall as its wrapped lines need at that width.
     QSize fittingSize();
@@ -60,7 +65,18 @@ protected:
 private:
     void completeOnboarding();
     void buildMenu();
-    void rebuildState();
+    // One row per state, made once; a change of state shows another row, or updates this one.
+    struct StateRow {
+        QWidget* row = nullptr;
+        QHBoxLayout* layout = nullptr;
+        SymbolView* symbol = nullptr;
+        ColorDot* dot = nullptr;
+        QLabel* text = nullptr;
+        QLabel* detail = nullptr;
+    };
+
+    void buildStateRows();
+    void updateState();
     void rebuildSeekButtons();
     void setPolling(bool on);
 
@@ -70,8 +86,8 @@ private:
     QPointer<WelcomeView> m_welcome;
     QWidget* m_menu = nullptr;
     QWidget* m_stateSection = nullptr;
-    QWidget* m_stateRow = nullptr;
-    QString m_stateKind;
+    std::array<StateRow, 5> m_stateRows{};
+    std::optional<MenuBarState> m_state;
     QToolButton* m_backButton = nullptr;
     QToolButton* m_forwardButton = nullptr;
     bool m_polling = false;

@@ -7,12 +7,19 @@
 
 SymbolView::SymbolView(const QString& symbolName, int pixelSize, QWidget* parent)
     : QWidget(parent)
-    , m_symbolName(symbolName)
     , m_pixelSize(pixelSize) {
+    setSymbolName(symbolName);
+    setFixedSize(pixelSize, pixelSize);
+}
+
+void SymbolView::setSymbolName(const QString& symbolName) {
     if (!Symbols::isKnown(symbolName)) {
         qFatal("SymbolView: no symbol is named \"%s\"", qPrintable(symbolName));
     }
-    setFixedSize(pixelSize, pixelSize);
+    if (symbolName != m_symbolName) {
+        m_symbolName = symbolName;
+        update();
+    }
 }
 
 void SymbolView::setTone(Tone tone) {

@@ -19,6 +19,8 @@ public:
     SymbolView(const QString& symbolName, int pixelSize, QWidget* parent = nullptr);
 
     QString symbolName() const { return m_symbolName; }
+    // An unknown name stops the process here too.
+    void setSymbolName(const QString& symbolName);
     void setTone(Tone tone);
     void setColor(const QColor& color);
     // The colour it is drawn in now.

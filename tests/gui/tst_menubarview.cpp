@@ -20,9 +20,16 @@ namespace {
 using Direction = SeekAction::Direction;
 const QString spotifyProcess = QStringLiteral("Spotify");
 
+// The named widget a person can see: the state rows not shown now are hidden, with their
+// parts, until their state comes.
 template <typename T = QWidget>
 T* child(const QWidget& parent, const QString& name) {
-    return parent.findChild<T*>(name);
+    for (T* each : parent.findChildren<T*>(name)) {
+        if (each->isVisibleTo(&parent)) {
+            return each;
+        }
+    }
+    return nullptr;
 }
 
 QString stateText(const MenuBarView& view) {
@@ -145,7 +152,7 @@ private slots:
     void nothingEverActiveReadsNoMedia() {
         completeOnboarding();
         const auto view = makeView();
-        QCOMPARE(view->stateKind(), QStringLiteral("noMedia"));
+        QCOMPARE(view->state(), std::optional(MenuBarState::noMedia));
         QCOMPARE(stateText(*view), QStringLiteral("No media detected"));
     }
 
@@ -154,16 +161,45 @@ private slots:
         setSteps(10, 10);
         const auto view = makeView();
         m_rig->status().showStatus(QStringLiteral("Spotify returned an error"));
-        QCOMPARE(view->stateKind(), QStringLiteral("status"));
+        QCOMPARE(view->state(), std::optional(MenuBarState::status));
         m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::forward);
         // The controller clears a status on success; put one back beside the feedback.
         m_rig->status().showStatus(QStringLiteral("Spotify returned an error"));
         QVERIFY(m_rig->status().statusMessage().has_value());
-        QCOMPARE(view->stateKind(), QStringLiteral("feedback"));
+        QCOMPARE(view->state(), std::optional(MenuBarState::feedback));
         QCOMPARE(stateText(*view), QStringLiteral("Spotify"));
         QCOMPARE(stateSymbol(*view), QStringLiteral("goforward.10"));
         QCOMPARE(child<ColorDot>(*view, QStringLiteral("playerDot"))->color(), QColor(0x34C759));
-        QCOMPARE(view->findChildren<QLabel*>(QStringLiteral("stateText")).size(), 1);
+        const QList<QLabel*> texts = view->findChildren<QLabel*>(QStringLiteral("stateText"));
+        QCOMPARE(
+            std::count_if(texts.cbegin(), texts.cend(),
+                          [&view](const QLabel* text) { return text->isVisibleTo(view.get()); }),
+            1);
+    }
+
+    // A change of state shows a row made with the panel, or updates the row on show; no row is
+    // made or destroyed after that.
+    void theStateRowsAreMadeOnce() {
+        completeOnboarding();
+        const auto view = makeView();
+        const QList<QWidget*> rows = view->findChildren<QWidget*>(QStringLiteral("stateRow"));
+        QCOMPARE(rows.size(), 5);
+        QSignalSpy destroyed(rows.first(), &QObject::destroyed);
+        m_rig->status().showStatus(QStringLiteral("No media apps running"));
+        m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::forward);
+        m_rig->status().showFeedback(MediaApp::chromeYouTube, FeedbackKind::backward);
+        QCOMPARE(stateText(*view), QStringLiteral("YouTube (Chrome)"));
+        QCOMPARE(view->findChildren<QWidget*>(QStringLiteral("stateRow")), rows);
+        QCOMPARE(destroyed.count(), 0);
+        // Exactly one row shows, the one of the state.
+        int shown = 0;
+        for (const QWidget* row : rows) {
+            if (row->isVisibleTo(view.get())) {
+                ++shown;
+                QCOMPARE(row->property("kind").toString(), QStringLiteral("feedback"));
+            }
+        }
+        QCOMPARE(shown, 1);
     }
 
     void feedbackSymbolFollowsTheFirstSteps_data() {
@@ -190,7 +226,7 @@ private slots:
         completeOnboarding();
         const auto view = makeView();
         m_rig->status().showStatus(QStringLiteral("No media apps running"));
-        QCOMPARE(view->stateKind(), QStringLiteral("status"));
+        QCOMPARE(view->state(), std::optional(MenuBarState::status));
         QCOMPARE(stateText(*view), QStringLiteral("No media apps running"));
         QCOMPARE(stateSymbol(*view), QStringLiteral("exclamationmark.triangle"));
     }
@@ -200,8 +236,8 @@ private slots:
         m_rig->settings().setFeedbackDuration(0.2);
         const auto view = makeView();
         QCOMPARE(m_rig->seek({10}), 1);
-        QCOMPARE(view->stateKind(), QStringLiteral("feedback"));
-        QTRY_COMPARE(view->stateKind(), QStringLiteral("lastApp"));
+        QCOMPARE(view->state(), std::optional(MenuBarState::feedback));
+        QTRY_COMPARE(view->state(), std::optional(MenuBarState::lastApp));
         QVERIFY(!m_rig->status().nowPlaying().has_value());
         QCOMPARE(stateText(*view), QStringLiteral("Last: Spotify"));
         QCOMPARE(stateSymbol(*view), QStringLiteral("music.note"));
@@ -215,7 +251,7 @@ private slots:
         m_rig->players().setNowPlayingText(MediaApp::spotify, QStringLiteral("Only A Title"));
         const auto view = makeView();
         view->show();
-        QTRY_COMPARE(view->stateKind(), QStringLiteral("nowPlaying"));
+        QTRY_COMPARE(view->state(), std::optional(MenuBarState::nowPlaying));
         QCOMPARE(stateText(*view), QStringLiteral("Only A Title"));
         QVERIFY(child(*view, QStringLiteral("stateDetail")) == nullptr);
         QCOMPARE(stateSymbol(*view), QStringLiteral("music.note"));
@@ -226,7 +262,7 @@ private slots:
         m_rig->players().setNowPlayingText(MediaApp::spotify, QStringLiteral("Song - Band"));
         const auto view = makeView();
         view->show();
-        QTRY_COMPARE(view->stateKind(), QStringLiteral("nowPlaying"));
+        QTRY_COMPARE(view->state(), std::optional(MenuBarState::nowPlaying));
         QCOMPARE(stateText(*view), QStringLiteral("Song"));
         QCOMPARE(child<QLabel>(*view, QStringLiteral("stateDetail"))->text(),
                  QStringLiteral("Band"));
