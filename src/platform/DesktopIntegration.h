@@ -1,5 +1,7 @@
 #pragma once
 
+#include "PlatformTexts.h"
+
 #include <QString>
 
 #include <cstdint>
@@ -10,10 +12,20 @@ class DesktopIntegration {
 public:
     virtual ~DesktopIntegration() = default;
 
+    // The sentences that name this desktop's places and keys.
+    virtual const PlatformTexts& texts() const = 0;
     // The welcome text's line that names the preset hotkeys' modifier keys, in this platform's
     // names for them.
-    virtual QString defaultHotkeysHint() const = 0;
+    QString defaultHotkeysHint() const { return texts().defaultHotkeysHint; }
     // Lets the floating window with this native handle show on every virtual desktop (Space),
     // where the window system leaves that to the program.
     virtual void showOnEveryDesktop(std::uintptr_t nativeWindow) = 0;
+
+    // Whether the program shows as a regular one (a Dock icon and a menu bar) rather than as
+    // an accessory of the menu bar, where the desktop makes that difference; the settings
+    // window switches it while it is open.
+    virtual void setRegularActivation(bool regular) = 0;
+    // Keeps the window with this native handle above other programs' windows, or lets it stack
+    // as usual again, where the desktop leaves that to the program.
+    virtual void setFloating(std::uintptr_t nativeWindow, bool floating) = 0;
 };

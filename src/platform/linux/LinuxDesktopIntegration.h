@@ -5,6 +5,8 @@
 // X11 and Wayland desktops with a PC keyboard.
 class LinuxDesktopIntegration final : public DesktopIntegration {
 public:
-    QString defaultHotkeysHint() const override;
+    const PlatformTexts& texts() const override;
     void showOnEveryDesktop(std::uintptr_t nativeWindow) override;
+    void setRegularActivation(bool regular) override;
+    void setFloating(std::uintptr_t nativeWindow, bool floating) override;
 };

@@ -5,6 +5,8 @@
 // The macOS desktop: its key names, and Spaces.
 class MacDesktopIntegration final : public DesktopIntegration {
 public:
-    QString defaultHotkeysHint() const override;
+    const PlatformTexts& texts() const override;
     void showOnEveryDesktop(std::uintptr_t nativeWindow) override;
+    void setRegularActivation(bool regular) override;
+    void setFloating(std::uintptr_t nativeWindow, bool floating) override;
 };

@@ -2,14 +2,51 @@
 
 #import <AppKit/AppKit.h>
 
-QString MacDesktopIntegration::defaultHotkeysHint() const {
-    return QStringLiteral("Default: Ctrl+Opt+Shift+Cmd + Arrow Keys");
+namespace {
+
+// A Qt window's native handle on macOS is its content NSView.
+NSWindow* windowOf(std::uintptr_t nativeWindow) {
+    NSView* view = (__bridge NSView*)reinterpret_cast<void*>(nativeWindow);
+    return view.window;
+}
+
+} // namespace
+
+const PlatformTexts& MacDesktopIntegration::texts() const {
+    static const PlatformTexts texts{
+        QStringLiteral("Default: Ctrl+Opt+Shift+Cmd + Arrow Keys"),
+        QStringLiteral("Show menu bar icon"),
+        QStringLiteral("Show or hide the menu bar icon"),
+        QStringLiteral("Hide menu bar icon?"),
+        QStringLiteral("You will need to re-launch Scrubline to show the icon again. Hotkeys will "
+                       "continue to work."),
+        QStringLiteral("The menu bar icon is hidden. Hotkeys still work. Re-launch the app to show "
+                       "it again."),
+    };
+    return texts;
+}
+
+void MacDesktopIntegration::setRegularActivation(bool regular) {
+    [NSApp setActivationPolicy:regular ? NSApplicationActivationPolicyRegular
+                                       : NSApplicationActivationPolicyAccessory];
+    if (regular) {
+        [NSApp activateIgnoringOtherApps:YES];
+    }
+}
+
+void MacDesktopIntegration::setFloating(std::uintptr_t nativeWindow, bool floating) {
+    NSWindow* window = windowOf(nativeWindow);
+    if (window == nil) {
+        return;
+    }
+    window.level = floating ? NSFloatingWindowLevel : NSNormalWindowLevel;
+    if (floating) {
+        [window makeKeyAndOrderFront:nil];
+    }
 }
 
 void MacDesktopIntegration::showOnEveryDesktop(std::uintptr_t nativeWindow) {
-    // A Qt window's native handle on macOS is its content NSView.
-    NSView* view = (__bridge NSView*)reinterpret_cast<void*>(nativeWindow);
-    NSWindow* window = view.window;
+    NSWindow* window = windowOf(nativeWindow);
     if (window == nil) {
         return;
     }
