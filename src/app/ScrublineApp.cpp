@@ -1,6 +1,7 @@
 #include "ScrublineApp.h"
 
 #include "AppDelegate.h"
+#include "SettingsWindowController.h"
 #include "core/MediaController.h"
 #include "core/MediaStatus.h"
 #include "platform/Platform.h"
@@ -12,6 +13,7 @@
 #include "views/AlertBox.h"
 #include "views/HUDOverlayManager.h"
 #include "views/MenuBarExtra.h"
+#include "views/SettingsView.h"
 #include "views/Symbols.h"
 
 #include <QApplication>
@@ -24,6 +26,8 @@ ScrublineApp::ScrublineApp(QObject* parent)
     AppleScriptService::setEngine(Platform::createScriptEngine());
     Symbols::setPlatformImages(Platform::createSymbolImages());
     m_desktop = Platform::createDesktopIntegration();
+    // An accessory of the tray until the settings window opens.
+    m_desktop->setRegularActivation(false);
 
     // 2. The settings, loaded now rather than on first use, so a damaged file is reported at
     // start.
@@ -40,6 +44,8 @@ ScrublineApp::ScrublineApp(QObject* parent)
     connect(m_mediaController.get(), &MediaController::alertRequested, this, &AlertBox::show);
 
     // 4. The views.
+    m_settingsWindow = std::make_unique<SettingsWindowController>(
+        [this] { return makeSettingsView(); }, *m_desktop);
     m_overlay = std::make_unique<HUDOverlayManager>(*m_mediaStatus, *m_settings, m_desktop.get());
     if (!QSystemTrayIcon::isSystemTrayAvailable()) {
         // The toolkit adds the icon by itself once a tray appears.
@@ -49,6 +55,8 @@ ScrublineApp::ScrublineApp(QObject* parent)
                                                     m_desktop->defaultHotkeysHint());
     connect(m_menuBarExtra.get(), &MenuBarExtra::seekRequested, m_mediaController.get(),
             &MediaController::enqueueSeek);
+    connect(m_menuBarExtra.get(), &MenuBarExtra::settingsRequested, m_settingsWindow.get(),
+            &SettingsWindowController::showSettingsWindow);
 
     // 5. The hotkeys, which start the overlay once the scripts are warmed.
     m_appDelegate = std::make_unique<AppDelegate>(Platform::createHotkeyService(), m_players,
@@ -59,3 +67,8 @@ ScrublineApp::ScrublineApp(QObject* parent)
 }
 
 ScrublineApp::~ScrublineApp() = default;
+
+SettingsView* ScrublineApp::makeSettingsView() {
+    auto* view = new SettingsView(m_settings->defaults());
+    return view;
+}

@@ -12,6 +12,8 @@ class MediaController;
 class MediaStatus;
 class MenuBarExtra;
 class PlayerControl;
+class SettingsView;
+class SettingsWindowController;
 
 // The running program and the one place that builds it: every long-lived object is made here,
 // in the order written in the constructor, and handed what it uses. Nothing below asks the
@@ -24,6 +26,9 @@ public:
     ~ScrublineApp() override;
 
 private:
+    // A settings window with every tab, made anew each time it opens.
+    SettingsView* makeSettingsView();
+
     // Declared in the order they are made, so they go in the reverse one.
     std::unique_ptr<AppSettings> m_settings;
     std::unique_ptr<DesktopIntegration> m_desktop;
@@ -31,6 +36,7 @@ private:
     std::unique_ptr<MediaStatus> m_mediaStatus;
     std::unique_ptr<MediaController> m_mediaController;
     std::unique_ptr<HUDOverlayManager> m_overlay;
+    std::unique_ptr<SettingsWindowController> m_settingsWindow;
     std::unique_ptr<MenuBarExtra> m_menuBarExtra;
     std::unique_ptr<AppDelegate> m_appDelegate;
 };

@@ -60,6 +60,14 @@ std::optional<QByteArray> UserDefaults::dataValue(const QString& key) const {
     return std::nullopt;
 }
 
+std::optional<QString> UserDefaults::stringValue(const QString& key) const {
+    const QVariant value = m_settings->value(key);
+    if (value.typeId() == QMetaType::QString) {
+        return value.toString();
+    }
+    return std::nullopt;
+}
+
 void UserDefaults::setBool(const QString& key, bool value) {
     write(key, value);
 }
@@ -69,6 +77,10 @@ void UserDefaults::setDouble(const QString& key, double value) {
 }
 
 void UserDefaults::setData(const QString& key, const QByteArray& value) {
+    write(key, value);
+}
+
+void UserDefaults::setString(const QString& key, const QString& value) {
     write(key, value);
 }
 

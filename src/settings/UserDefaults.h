@@ -7,8 +7,8 @@
 #include <memory>
 #include <optional>
 
-// The per-user key-value store with Bool, Double and data values. Every write reaches the disk
-// before the call returns, so a crash right after a change loses nothing.
+// The per-user key-value store with Bool, Double, data and string values. Every write reaches the
+// disk before the call returns, so a crash right after a change loses nothing.
 class UserDefaults : public QObject {
     Q_OBJECT
 
@@ -20,10 +20,12 @@ public:
     std::optional<bool> boolValue(const QString& key) const;
     std::optional<double> doubleValue(const QString& key) const;
     std::optional<QByteArray> dataValue(const QString& key) const;
+    std::optional<QString> stringValue(const QString& key) const;
 
     void setBool(const QString& key, bool value);
     void setDouble(const QString& key, double value);
     void setData(const QString& key, const QByteArray& value);
+    void setString(const QString& key, const QString& value);
 
     QString fileName() const;
 
