@@ -10,6 +10,9 @@
 #include <QSignalSpy>
 #include <QtTest>
 
+#include <algorithm>
+#include <cmath>
+
 namespace {
 
 QDBusConnection bus() {
@@ -25,23 +28,43 @@ private:
     std::unique_ptr<ChromiumPage> m_page;
     std::unique_ptr<MprisPlayerRegistry> m_registry;
     std::unique_ptr<MprisPlayerControl> m_control;
-    int m_seeked = 0;
-    QStringList m_statuses; // each change the browser announced: its status, else its names
+    QList<qint64> m_seekedUs; // every position the browser announced with Seeked, in order
+    QStringList m_statuses;   // each change the browser announced: its status, else its names
 
     double position() {
         const auto state = MprisClient::readState(bus(), m_page->busName(), 3000);
         return state && state->positionUs ? static_cast<double>(*state->positionUs) / 1e6 : -1;
     }
 
-    // Seeks through the control and waits for the player's own word that it did.
+    // Seeks through the control and waits for the player's own word that it did. Chromium
+    // announces Seeked on every update of its media position, a pause, a resume and the
+    // settling after a seek included, so one still on its way from an earlier step can come in
+    // after our call: only a Seeked that moved the video at least half the way this step can
+    // go from where it was is this step's. The ones from before are all close to that place.
     double seekAndSettle(double seconds) {
-        const int before = m_seeked;
+        const double start = position();
+        if (start < 0) {
+            return -300;
+        }
+        const double room = seconds > 0 ? ChromiumPage::videoSeconds - start : start;
+        const double halfWay = std::min(std::abs(seconds), std::max(room, 0.0)) / 2;
+        const qsizetype before = m_seekedUs.size();
         const PlayerControl::SeekAnswer answer =
             m_control->seekIfPlaying(MediaApp::chromeYouTube, seconds, 3.0);
         if (answer.result != SeekResult::seeked) {
             return -100;
         }
-        if (!QTest::qWaitFor([this, before] { return m_seeked > before; }, 20000)) {
+        const auto ours = [&] {
+            for (qsizetype i = before; i < m_seekedUs.size(); ++i) {
+                const double moved =
+                    (static_cast<double>(m_seekedUs[i]) / 1e6 - start) * (seconds > 0 ? 1 : -1);
+                if (moved >= halfWay) {
+                    return true;
+                }
+            }
+            return false;
+        };
+        if (!QTest::qWaitFor(ours, 20000)) {
             return -200;
         }
         return position();
@@ -59,10 +82,10 @@ private slots:
         m_control = std::make_unique<MprisPlayerControl>(*m_registry);
         QTRY_COMPARE(m_registry->playersOf(MediaApp::chromeYouTube),
                      QStringList{m_page->busName()});
-        m_seeked = 0;
+        m_seekedUs.clear();
         bus().connect(m_page->busName(), QStringLiteral("/org/mpris/MediaPlayer2"),
                       QStringLiteral("org.mpris.MediaPlayer2.Player"), QStringLiteral("Seeked"),
-                      this, SLOT(onSeeked()));
+                      this, SLOT(onSeeked(qlonglong)));
         bus().connect(m_page->busName(), QStringLiteral("/org/mpris/MediaPlayer2"),
                       QStringLiteral("org.freedesktop.DBus.Properties"),
                       QStringLiteral("PropertiesChanged"), this,
@@ -154,7 +177,7 @@ private slots:
     }
 
 public slots:
-    void onSeeked() { ++m_seeked; }
+    void onSeeked(qlonglong positionUs) { m_seekedUs << positionUs; }
     void onPropertiesChanged(const QString& /*interface*/, const QVariantMap& changed,
                              const QStringList& /*invalidated*/) {
         const QString status = changed.value(QStringLiteral("PlaybackStatus")).toString();
