@@ -11,6 +11,7 @@
 #include "settings/UserDefaults.h"
 #include "utilities/Logger.h"
 #include "views/AlertBox.h"
+#include "views/AppsSettingsTab.h"
 #include "views/HUDOverlayManager.h"
 #include "views/MenuBarExtra.h"
 #include "views/SettingsView.h"
@@ -70,5 +71,6 @@ ScrublineApp::~ScrublineApp() = default;
 
 SettingsView* ScrublineApp::makeSettingsView() {
     auto* view = new SettingsView(m_settings->defaults());
+    view->setPage(QStringLiteral("apps"), new AppsSettingsTab(*m_settings));
     return view;
 }
