@@ -12,6 +12,7 @@
 #include "utilities/Logger.h"
 #include "views/AlertBox.h"
 #include "views/AppsSettingsTab.h"
+#include "views/GeneralSettingsTab.h"
 #include "views/HUDOverlayManager.h"
 #include "views/MenuBarExtra.h"
 #include "views/SettingsView.h"
@@ -71,6 +72,8 @@ ScrublineApp::~ScrublineApp() = default;
 
 SettingsView* ScrublineApp::makeSettingsView() {
     auto* view = new SettingsView(m_settings->defaults());
+    view->setPage(QStringLiteral("general"),
+                  new GeneralSettingsTab(*m_settings, m_desktop->texts()));
     view->setPage(QStringLiteral("apps"), new AppsSettingsTab(*m_settings));
     return view;
 }
