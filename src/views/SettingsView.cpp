@@ -35,6 +35,8 @@ SettingsView::SettingsView(UserDefaults& defaults, QWidget* parent)
     m_tabBar->setAccessibleName(QStringLiteral("Settings sections"));
     m_tabBar->setDocumentMode(true);
     m_tabBar->setExpanding(false);
+    // Five short labels always fit the window; scroll arrows would hide all but one.
+    m_tabBar->setUsesScrollButtons(false);
     m_tabBar->setDrawBase(true);
     m_tabBar->setIconSize(QSize(16, 16));
     layout->addWidget(m_tabBar, 0, Qt::AlignHCenter);
@@ -111,6 +113,11 @@ void SettingsView::restoreSelectedTab() {
     fitToPage();
 }
 
+void SettingsView::showEvent(QShowEvent* event) {
+    QWidget::showEvent(event);
+    fitToPage();
+}
+
 void SettingsView::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::PaletteChange) {
@@ -123,6 +130,8 @@ void SettingsView::fitToPage() {
     for (int i = 0; i < m_pages.size(); ++i) {
         m_pages[i]->setVisible(i == current);
     }
+    // A hidden tab bar does not tell its layout that it grew.
+    m_tabBar->updateGeometry();
     // The fixed-size layout sets the width from the pages and the height from the shown one.
     layout()->activate();
 }

@@ -45,6 +45,7 @@ public:
     QTabBar* tabBar() const { return m_tabBar; }
 
 protected:
+    void showEvent(QShowEvent* event) override;
     void changeEvent(QEvent* event) override;
 
 private:

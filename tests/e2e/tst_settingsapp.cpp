@@ -10,6 +10,9 @@ namespace {
 
 const QString binary = QStringLiteral(SCRUBLINE_BINARY);
 const QString programClass = QStringLiteral("scrubline");
+// The icon switch's row, from the settings window's top left on the General tab: below the tab
+// bar, the second row of the first section.
+constexpr QPoint iconSwitchRow{100, 127};
 // The settings row sits this far above the panel's bottom edge: below it come "Quit", a divider
 // and the version line.
 constexpr int settingsRowFromBottom = 80;
@@ -134,6 +137,43 @@ private slots:
         Desktop::output(QStringLiteral("xdotool"),
                         {QStringLiteral("key"), QStringLiteral("ctrl+comma")});
         QTRY_COMPARE_WITH_TIMEOUT(settingsWindowIds().size(), 1, 10000);
+    }
+
+    void hidingTheIconInTheGeneralTabRemovesIt() {
+        start();
+        QVERIFY2(openPanel().has_value(), "a click opens the panel");
+        Desktop::output(QStringLiteral("xdotool"),
+                        {QStringLiteral("key"), QStringLiteral("ctrl+comma")});
+        std::optional<Desktop::Window> settings;
+        QTRY_VERIFY_WITH_TIMEOUT(
+            [&settings] {
+                for (const auto& window : Desktop::visibleWindows(programClass)) {
+                    if (window.geometry.width() == 480) {
+                        settings = window;
+                    }
+                }
+                return settings.has_value();
+            }(),
+            10000);
+        QTest::qWait(300);
+        const int windowsBefore = int(Desktop::visibleWindows(programClass).size());
+        Desktop::click(settings->geometry.topLeft() + iconSwitchRow, 1);
+        // The confirmation opens, and the icon stays until it is confirmed.
+        QTRY_COMPARE_WITH_TIMEOUT(int(Desktop::visibleWindows(programClass).size()),
+                                  windowsBefore + 1, 10000);
+        QVERIFY(trayIcon().has_value());
+        // "Cancel" is the default; the other of the two buttons is "Hide Icon".
+        Desktop::output(QStringLiteral("xdotool"), {QStringLiteral("key"), QStringLiteral("Tab")});
+        Desktop::output(QStringLiteral("xdotool"),
+                        {QStringLiteral("key"), QStringLiteral("space")});
+        QTRY_VERIFY_WITH_TIMEOUT(!trayIcon().has_value(), 10000);
+        // Stored, so it stays hidden at the next start.
+        const QString file =
+            qEnvironmentVariable("XDG_CONFIG_HOME") + QStringLiteral("/Scrubline/Scrubline.conf");
+        QTRY_COMPARE_WITH_TIMEOUT(
+            UserDefaults(openIniSettings(file)).boolValue(AppSettings::Keys::showMenuBarIcon),
+            std::optional<bool>(false), 5000);
+        QCOMPARE(m_app->state(), QProcess::Running);
     }
 };
 

@@ -78,6 +78,18 @@ private slots:
         QCOMPARE(view->objectName(), QStringLiteral("settingsWindow"));
     }
 
+    // Every tab shows whole in its bar, also when the pages came while the window was hidden.
+    void everyTabIsShownWhole() {
+        const auto view = makeView();
+        view->restoreSelectedTab();
+        view->show();
+        QVERIFY(QTest::qWaitForWindowExposed(view.get()));
+        QTabBar* bar = view->tabBar();
+        for (int i = 0; i < bar->count(); ++i) {
+            QVERIFY2(bar->rect().contains(bar->tabRect(i)), qPrintable(bar->tabText(i)));
+        }
+    }
+
     void onlyTheTabsWithContentShow() {
         const auto view = makeView(false);
         view->setPage(QStringLiteral("apps"), pageOfHeight(40));
