@@ -82,7 +82,6 @@ SeekAction fixedAction(const char* uuid, Direction direction, double seconds, st
                       modifiers);
 }
 
-// A complete, valid file; the invalid ones change one thing in it.
 // Records when a widget is shown and hidden, with the text it shows then, in order.
 class VisibilityLog : public QObject {
 public:
