@@ -169,6 +169,13 @@ private:
     xcb_window_t m_root = XCB_WINDOW_NONE;
 };
 
+constexpr std::uint16_t keypad5 = 87;
+constexpr std::uint16_t keypadPoint = 65;
+constexpr std::uint16_t keypadEnter = 76;
+constexpr std::uint16_t pageUp = 116;
+constexpr std::uint16_t f13 = 105;
+constexpr std::uint16_t insert = 114; // help, on a Mac keyboard
+
 int xcbErrors(const LogCapture& log) {
     int count = 0;
     for (const LogCapture::Entry& entry : log.entries()) {
@@ -356,6 +363,65 @@ private slots:
         QCOMPARE(xcbErrors(log), 0);
         QVERIFY(!X11KeySymbols::forKeyCode(10).has_value());
         QVERIFY(!m_service->registerHotkey(10, controlOptionCommand, signature, 1));
+    }
+
+    void aKeypadHotkeyCountsWithNumLockOnAndOff() {
+        OtherClient observer;
+        QVERIFY(observer.connected());
+        const std::uint16_t numLock = observer.modifierOf(XK_Num_Lock);
+        QVERIFY2(numLock != 0, "the server maps Num Lock to a modifier");
+        LogCapture log;
+        QVERIFY(m_service->registerHotkey(keypad5, controlOptionCommand, signature, 1));
+        QVERIFY(m_service->registerHotkey(keypadPoint, controlOptionCommand, signature, 2));
+        QVERIFY(m_service->registerHotkey(keypadEnter, controlOptionCommand, signature, 3));
+        // The main block's 5 and period are other keys.
+        QVERIFY(m_service->registerHotkey(23, controlOptionCommand, signature, 4));
+        QVERIFY(m_service->registerHotkey(47, controlOptionCommand, signature, 5));
+
+        // Num Lock off: the keys send their navigation symbols.
+        QVERIFY((observer.lockState() & numLock) == 0);
+        press(QStringLiteral("ctrl+alt+super+KP_Begin"));
+        press(QStringLiteral("ctrl+alt+super+KP_Delete"));
+        press(QStringLiteral("ctrl+alt+super+KP_Enter"));
+        QTRY_COMPARE(m_pressed, (QList<std::uint32_t>{1, 2, 3}));
+
+        press(QStringLiteral("Num_Lock"));
+        QTRY_VERIFY((observer.lockState() & numLock) != 0);
+        press(QStringLiteral("ctrl+alt+super+KP_Begin"));
+        press(QStringLiteral("ctrl+alt+super+KP_Delete"));
+        press(QStringLiteral("ctrl+alt+super+KP_Enter"));
+        press(QStringLiteral("ctrl+alt+super+5"));
+        press(QStringLiteral("ctrl+alt+super+period"));
+        QTRY_COMPARE(m_pressed, (QList<std::uint32_t>{1, 2, 3, 1, 2, 3, 4, 5}));
+        settle();
+        QCOMPARE(m_pressed, (QList<std::uint32_t>{1, 2, 3, 1, 2, 3, 4, 5}));
+        QCOMPARE(xcbErrors(log), 0);
+        // cleanup() turns Num Lock off again.
+    }
+
+    void navigationAndFunctionKeysBeyondF12Fire() {
+        OtherClient other;
+        QVERIFY(other.connected());
+        QVERIFY(m_service->registerHotkey(pageUp, controlOptionCommand, signature, 1));
+        QVERIFY(m_service->registerHotkey(insert, controlOptionCommand, signature, 2));
+        // No key of the server's keymap has F13: it is put on a spare key, as a keymap with
+        // function keys up to F24 has it.
+        QVERIFY(!m_service->registerHotkey(f13, controlOptionCommand, signature, 3));
+        const xcb_keycode_t spare = other.spareKey();
+        QVERIFY(spare != 0);
+        m_layoutChanged = true;
+        other.setSymbols(spare, {XK_F13});
+        QTRY_COMPARE(other.keyCode(XK_F13), spare);
+        QVERIFY(m_service->registerHotkey(f13, controlOptionCommand, signature, 3));
+
+        press(QStringLiteral("ctrl+alt+super+Prior"));
+        press(QStringLiteral("ctrl+alt+super+Insert"));
+        press(QStringLiteral("ctrl+alt+super+F13"));
+        QTRY_COMPARE(m_pressed, (QList<std::uint32_t>{1, 2, 3}));
+        press(QStringLiteral("ctrl+alt+super+Next"));
+        press(QStringLiteral("ctrl+alt+super+KP_Prior"));
+        settle();
+        QCOMPARE(m_pressed, (QList<std::uint32_t>{1, 2, 3}));
     }
 
     void keySymbols_data() {
