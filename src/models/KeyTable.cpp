@@ -6,7 +6,9 @@ namespace {
 
 using Key = KeyTable::Key;
 
-constexpr std::array<Key, 73> kKeys{{
+// Codes the hotkey display has no name for show as "Key<code>", as everywhere else; their entry
+// says so itself, so that keyName() reads every name from here.
+constexpr std::array<Key, 100> kKeys{{
     {0, "A", Qt::Key_A},
     {1, "S", Qt::Key_S},
     {2, "D", Qt::Key_D},
@@ -57,8 +59,30 @@ constexpr std::array<Key, 73> kKeys{{
     {48, "\u21E5", Qt::Key_Tab},
     {49, "Space", Qt::Key_Space},
     {50, "`", Qt::Key_QuoteLeft},
-    {51, "\u232B", Qt::Key_Backspace}, // the reference platform's "delete"
+    {51, "\u232B", Qt::Key_Backspace}, // macOS calls it "delete"
     {53, "\u238B", Qt::Key_Escape},
+    {64, "Key64", Qt::Key_F17},
+    {65, "Key65", Qt::Key_Period, true},
+    {67, "Key67", Qt::Key_Asterisk, true},
+    {69, "Key69", Qt::Key_Plus, true},
+    {71, "Key71", Qt::Key_Clear}, // keypad clear; no keypad of a PC keyboard has it
+    {75, "Key75", Qt::Key_Slash, true},
+    {76, "Key76", Qt::Key_Enter, true},
+    {78, "Key78", Qt::Key_Minus, true},
+    {79, "Key79", Qt::Key_F18},
+    {80, "Key80", Qt::Key_F19},
+    {81, "Key81", Qt::Key_Equal, true},
+    {82, "Key82", Qt::Key_0, true},
+    {83, "Key83", Qt::Key_1, true},
+    {84, "Key84", Qt::Key_2, true},
+    {85, "Key85", Qt::Key_3, true},
+    {86, "Key86", Qt::Key_4, true},
+    {87, "Key87", Qt::Key_5, true},
+    {88, "Key88", Qt::Key_6, true},
+    {89, "Key89", Qt::Key_7, true},
+    {90, "Key90", Qt::Key_F20},
+    {91, "Key91", Qt::Key_8, true},
+    {92, "Key92", Qt::Key_9, true},
     {96, "F5", Qt::Key_F5},
     {97, "F6", Qt::Key_F6},
     {98, "F7", Qt::Key_F7},
@@ -66,8 +90,13 @@ constexpr std::array<Key, 73> kKeys{{
     {100, "F8", Qt::Key_F8},
     {101, "F9", Qt::Key_F9},
     {103, "F11", Qt::Key_F11},
+    {105, "Key105", Qt::Key_F13},
+    {106, "Key106", Qt::Key_F16},
+    {107, "Key107", Qt::Key_F14},
     {109, "F10", Qt::Key_F10},
     {111, "F12", Qt::Key_F12},
+    {113, "Key113", Qt::Key_F15},
+    {114, "Key114", Qt::Key_Insert}, // help, where a PC keyboard has insert
     {115, "\u2196", Qt::Key_Home},
     {116, "PgUp", Qt::Key_PageUp},
     {117, "\u2326", Qt::Key_Delete}, // forward delete
@@ -92,6 +121,63 @@ constexpr bool ascendingAndUnique() {
 }
 static_assert(ascendingAndUnique(), "keys() promises ascending key codes");
 
+struct Alias {
+    Qt::Key qtKey;
+    std::uint16_t keyCode;
+};
+
+// The symbols Shift gives the digit and punctuation keys of a US layout, and those keys' codes.
+constexpr std::array<Alias, 21> kShiftedSymbols{{
+    {Qt::Key_Exclam, 18},     {Qt::Key_At, 19},         {Qt::Key_NumberSign, 20},
+    {Qt::Key_Dollar, 21},     {Qt::Key_Percent, 23},    {Qt::Key_AsciiCircum, 22},
+    {Qt::Key_Ampersand, 26},  {Qt::Key_Asterisk, 28},   {Qt::Key_ParenLeft, 25},
+    {Qt::Key_ParenRight, 29}, {Qt::Key_Underscore, 27}, {Qt::Key_Plus, 24},
+    {Qt::Key_BraceLeft, 33},  {Qt::Key_BraceRight, 30}, {Qt::Key_Bar, 42},
+    {Qt::Key_Colon, 41},      {Qt::Key_QuoteDbl, 39},   {Qt::Key_Less, 43},
+    {Qt::Key_Greater, 47},    {Qt::Key_Question, 44},   {Qt::Key_AsciiTilde, 50},
+}};
+
+#ifndef Q_OS_MACOS
+// With Num Lock off (or Shift inverting it) the keypad's digits and point report the
+// navigation keys printed under them, still with Qt::KeypadModifier; they are the same keys,
+// and the grab finds them by the symbols they send with Num Lock on.
+constexpr std::array<Alias, 11> kKeypadNavigation{{
+    {Qt::Key_Insert, 82},
+    {Qt::Key_End, 83},
+    {Qt::Key_Down, 84},
+    {Qt::Key_PageDown, 85},
+    {Qt::Key_Left, 86},
+    {Qt::Key_Clear, 87}, // 5, which has no navigation of its own
+    {Qt::Key_Right, 88},
+    {Qt::Key_Home, 89},
+    {Qt::Key_Up, 91},
+    {Qt::Key_PageUp, 92},
+    {Qt::Key_Delete, 65},
+}};
+#endif
+
+std::optional<Key> find(Qt::Key qtKey, bool keypad) {
+    if (qtKey == Qt::Key_unknown) {
+        return std::nullopt;
+    }
+    for (const Key& key : kKeys) {
+        if (key.qtKey == qtKey && key.keypad == keypad) {
+            return key;
+        }
+    }
+    return std::nullopt;
+}
+
+template <std::size_t size>
+std::optional<std::uint16_t> aliasOf(const std::array<Alias, size>& aliases, Qt::Key qtKey) {
+    for (const Alias& alias : aliases) {
+        if (alias.qtKey == qtKey) {
+            return alias.keyCode;
+        }
+    }
+    return std::nullopt;
+}
+
 } // namespace
 
 std::span<const Key> KeyTable::keys() {
@@ -108,15 +194,38 @@ std::optional<Key> KeyTable::forKeyCode(std::uint16_t keyCode) {
 }
 
 std::optional<Key> KeyTable::forQtKey(Qt::Key qtKey) {
-    if (qtKey == Qt::Key_unknown) {
-        return std::nullopt;
-    }
-    for (const Key& key : kKeys) {
-        if (key.qtKey == qtKey) {
+    return find(qtKey, false);
+}
+
+std::optional<Key> KeyTable::forKeyPress(Qt::Key qtKey, Qt::KeyboardModifiers modifiers) {
+    if (modifiers.testFlag(Qt::KeypadModifier)) {
+        if (const auto key = find(qtKey, true)) {
             return key;
         }
+#ifdef Q_OS_MACOS
+        // A Mac keypad has no Num Lock, and the toolkit flags the arrow keys as keypad keys
+        // there: what is not a keypad key of the table is the key of that name.
+        return forQtKey(qtKey);
+#else
+        if (const auto keyCode = aliasOf(kKeypadNavigation, qtKey)) {
+            return forKeyCode(*keyCode);
+        }
+        return std::nullopt;
+#endif
     }
-    return std::nullopt;
+    if (qtKey == Qt::Key_Backtab) {
+        return forQtKey(Qt::Key_Tab);
+    }
+    // Qt::Key_Enter without the keypad flag still comes from a keypad's Enter.
+    if (qtKey == Qt::Key_Enter) {
+        return find(qtKey, true);
+    }
+    if (modifiers.testFlag(Qt::ShiftModifier)) {
+        if (const auto keyCode = aliasOf(kShiftedSymbols, qtKey)) {
+            return forKeyCode(*keyCode);
+        }
+    }
+    return forQtKey(qtKey);
 }
 
 QString KeyTable::keyName(std::uint16_t keyCode) {

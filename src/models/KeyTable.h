@@ -15,7 +15,7 @@ inline constexpr std::uint32_t option = 0x800;
 inline constexpr std::uint32_t control = 0x1000;
 } // namespace CarbonModifier
 
-// Keyboard modifier-flag bits of the reference platform's key events; the views translate their
+// Keyboard modifier-flag bits of macOS key events; the views translate their
 // toolkit's modifiers into these before calling KeyTable::toCarbonModifiers.
 namespace ModifierFlag {
 inline constexpr std::uint64_t capsLock = 1ULL << 16;
@@ -28,7 +28,7 @@ inline constexpr std::uint64_t help = 1ULL << 22;
 inline constexpr std::uint64_t function = 1ULL << 23;
 } // namespace ModifierFlag
 
-// The keys a hotkey can be made of. Hotkeys are stored with the reference platform's virtual
+// The keys a hotkey can be made of. Hotkeys are stored with macOS virtual
 // key codes on every platform, so that settings travel between machines; a code names a key by
 // its place on an ANSI keyboard. This is the one place that says what each stored code is: its
 // name in the hotkey display, and the toolkit's key for it, from which a recorded key press
@@ -41,12 +41,23 @@ public:
         const char* name;
         // Qt::Key_unknown where the toolkit has no key of its own for it.
         Qt::Key qtKey;
+        // The toolkit reports the key as qtKey with Qt::KeypadModifier: its keypad digits and
+        // operators share their keys' names with the main block's.
+        bool keypad = false;
     };
 
     // In ascending order of key code.
     static std::span<const Key> keys();
     static std::optional<Key> forKeyCode(std::uint16_t keyCode);
+    // The key outside the keypad that the toolkit names qtKey.
     static std::optional<Key> forQtKey(Qt::Key qtKey);
+    // The key of a key press as the toolkit reports it, or nothing for a key no hotkey can be
+    // made of (a modifier alone, a lock, a media key). Keypad keys are told apart by
+    // Qt::KeypadModifier, whatever the state of Num Lock; Shift+Tab (Qt::Key_Backtab) is Tab.
+    // With Shift held the toolkit names the symbol a key types, not the key: those symbols are
+    // read as the keys that type them on a US layout, since the stored codes name the places of
+    // keys on an ANSI keyboard (Shift+1 reports Qt::Key_Exclam and gives the code of 1).
+    static std::optional<Key> forKeyPress(Qt::Key qtKey, Qt::KeyboardModifiers modifiers);
 
     // "Key<code>" for a code the table does not name.
     static QString keyName(std::uint16_t keyCode);

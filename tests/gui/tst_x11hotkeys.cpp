@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cstdlib>
 #include <optional>
+#include <set>
 #include <utility>
 #include <vector>
 
@@ -168,10 +169,12 @@ private:
     xcb_window_t m_root = XCB_WINDOW_NONE;
 };
 
-// Whether the hotkey display has a name of its own for the key, not a numbered fallback.
-bool hasName(std::uint16_t keyCode) {
-    return KeyTable::keyName(keyCode) != QStringLiteral("Key%1").arg(keyCode);
-}
+constexpr std::uint16_t keypad5 = 87;
+constexpr std::uint16_t keypadPoint = 65;
+constexpr std::uint16_t keypadEnter = 76;
+constexpr std::uint16_t pageUp = 116;
+constexpr std::uint16_t f13 = 105;
+constexpr std::uint16_t insert = 114; // help, on a Mac keyboard
 
 int xcbErrors(const LogCapture& log) {
     int count = 0;
@@ -331,24 +334,94 @@ private slots:
     }
 
     void everyKeyOfTheTableGrabsWithoutAnError() {
+        OtherClient other;
+        QVERIFY(other.connected());
         LogCapture log;
-        QCOMPARE(KeyTable::keys().size(), std::size_t(73));
+        QCOMPARE(KeyTable::keys().size(), std::size_t(100));
+        std::set<int> refused;
         for (const KeyTable::Key& key : KeyTable::keys()) {
             const std::uint16_t keyCode = key.keyCode;
-            QVERIFY2(hasName(keyCode), qPrintable(QString::number(keyCode)));
+            const auto symbol = X11KeySymbols::forKeyCode(keyCode);
+            QVERIFY2(symbol.has_value(), qPrintable(QString::number(keyCode)));
             const auto handle =
                 m_service->registerHotkey(keyCode, controlOptionCommand, signature, keyCode + 1U);
-            QVERIFY2(handle.has_value(), qPrintable(QString::number(keyCode)));
-            m_service->unregisterHotkey(*handle);
+            // Refused only where the keymap has no key with the symbol.
+            QCOMPARE(handle.has_value(), other.keyCode(*symbol) != 0);
+            if (handle) {
+                m_service->unregisterHotkey(*handle);
+            } else {
+                refused.insert(keyCode);
+            }
         }
-        // Every named key is in the table, and nothing else.
+        // The server's US keymap has no Clear, and puts the launcher symbols on F13 to F20.
+        QCOMPARE(refused, (std::set<int>{64, 71, 79, 80, 90, 105, 106, 107, 113}));
+        // Every key of the table has a symbol, and nothing else.
         for (int keyCode = 0; keyCode < 256; ++keyCode) {
             QCOMPARE(X11KeySymbols::forKeyCode(std::uint16_t(keyCode)).has_value(),
-                     hasName(std::uint16_t(keyCode)));
+                     KeyTable::forKeyCode(std::uint16_t(keyCode)).has_value());
         }
         QCOMPARE(xcbErrors(log), 0);
         QVERIFY(!X11KeySymbols::forKeyCode(10).has_value());
         QVERIFY(!m_service->registerHotkey(10, controlOptionCommand, signature, 1));
+    }
+
+    void aKeypadHotkeyCountsWithNumLockOnAndOff() {
+        OtherClient observer;
+        QVERIFY(observer.connected());
+        const std::uint16_t numLock = observer.modifierOf(XK_Num_Lock);
+        QVERIFY2(numLock != 0, "the server maps Num Lock to a modifier");
+        LogCapture log;
+        QVERIFY(m_service->registerHotkey(keypad5, controlOptionCommand, signature, 1));
+        QVERIFY(m_service->registerHotkey(keypadPoint, controlOptionCommand, signature, 2));
+        QVERIFY(m_service->registerHotkey(keypadEnter, controlOptionCommand, signature, 3));
+        // The main block's 5 and period are other keys.
+        QVERIFY(m_service->registerHotkey(23, controlOptionCommand, signature, 4));
+        QVERIFY(m_service->registerHotkey(47, controlOptionCommand, signature, 5));
+
+        // Num Lock off: the keys send their navigation symbols.
+        QVERIFY((observer.lockState() & numLock) == 0);
+        press(QStringLiteral("ctrl+alt+super+KP_Begin"));
+        press(QStringLiteral("ctrl+alt+super+KP_Delete"));
+        press(QStringLiteral("ctrl+alt+super+KP_Enter"));
+        QTRY_COMPARE(m_pressed, (QList<std::uint32_t>{1, 2, 3}));
+
+        press(QStringLiteral("Num_Lock"));
+        QTRY_VERIFY((observer.lockState() & numLock) != 0);
+        press(QStringLiteral("ctrl+alt+super+KP_Begin"));
+        press(QStringLiteral("ctrl+alt+super+KP_Delete"));
+        press(QStringLiteral("ctrl+alt+super+KP_Enter"));
+        press(QStringLiteral("ctrl+alt+super+5"));
+        press(QStringLiteral("ctrl+alt+super+period"));
+        QTRY_COMPARE(m_pressed, (QList<std::uint32_t>{1, 2, 3, 1, 2, 3, 4, 5}));
+        settle();
+        QCOMPARE(m_pressed, (QList<std::uint32_t>{1, 2, 3, 1, 2, 3, 4, 5}));
+        QCOMPARE(xcbErrors(log), 0);
+        // cleanup() turns Num Lock off again.
+    }
+
+    void navigationAndFunctionKeysBeyondF12Fire() {
+        OtherClient other;
+        QVERIFY(other.connected());
+        QVERIFY(m_service->registerHotkey(pageUp, controlOptionCommand, signature, 1));
+        QVERIFY(m_service->registerHotkey(insert, controlOptionCommand, signature, 2));
+        // No key of the server's keymap has F13: it is put on a spare key, as a keymap with
+        // function keys up to F24 has it.
+        QVERIFY(!m_service->registerHotkey(f13, controlOptionCommand, signature, 3));
+        const xcb_keycode_t spare = other.spareKey();
+        QVERIFY(spare != 0);
+        m_layoutChanged = true;
+        other.setSymbols(spare, {XK_F13});
+        QTRY_COMPARE(other.keyCode(XK_F13), spare);
+        QVERIFY(m_service->registerHotkey(f13, controlOptionCommand, signature, 3));
+
+        press(QStringLiteral("ctrl+alt+super+Prior"));
+        press(QStringLiteral("ctrl+alt+super+Insert"));
+        press(QStringLiteral("ctrl+alt+super+F13"));
+        QTRY_COMPARE(m_pressed, (QList<std::uint32_t>{1, 2, 3}));
+        press(QStringLiteral("ctrl+alt+super+Next"));
+        press(QStringLiteral("ctrl+alt+super+KP_Prior"));
+        settle();
+        QCOMPARE(m_pressed, (QList<std::uint32_t>{1, 2, 3}));
     }
 
     void keySymbols_data() {
@@ -380,6 +453,23 @@ private slots:
         QTest::newRow("right") << 124 << std::uint32_t{XK_Right};
         QTest::newRow("down") << 125 << std::uint32_t{XK_Down};
         QTest::newRow("up") << 126 << std::uint32_t{XK_Up};
+        QTest::newRow("insert") << 114 << std::uint32_t{XK_Insert};
+        QTest::newRow("F13") << 105 << std::uint32_t{XK_F13};
+        QTest::newRow("F17") << 64 << std::uint32_t{XK_F17};
+        QTest::newRow("F20") << 90 << std::uint32_t{XK_F20};
+        QTest::newRow("clear") << 71 << std::uint32_t{XK_Clear};
+        // The symbols the keypad sends with Num Lock on.
+        QTest::newRow("keypad 0") << 82 << std::uint32_t{XK_KP_0};
+        QTest::newRow("keypad 7") << 89 << std::uint32_t{XK_KP_7};
+        QTest::newRow("keypad 8") << 91 << std::uint32_t{XK_KP_8};
+        QTest::newRow("keypad 9") << 92 << std::uint32_t{XK_KP_9};
+        QTest::newRow("keypad point") << 65 << std::uint32_t{XK_KP_Decimal};
+        QTest::newRow("keypad *") << 67 << std::uint32_t{XK_KP_Multiply};
+        QTest::newRow("keypad +") << 69 << std::uint32_t{XK_KP_Add};
+        QTest::newRow("keypad /") << 75 << std::uint32_t{XK_KP_Divide};
+        QTest::newRow("keypad enter") << 76 << std::uint32_t{XK_KP_Enter};
+        QTest::newRow("keypad -") << 78 << std::uint32_t{XK_KP_Subtract};
+        QTest::newRow("keypad =") << 81 << std::uint32_t{XK_KP_Equal};
     }
 
     void keySymbols() {

@@ -4,12 +4,26 @@
 
 #include <cstdint>
 #include <set>
+#include <utility>
+#include <vector>
 
 namespace {
 
 void addQtKeyRow(Qt::Key qtKey, int keyCode) {
     QTest::addRow("0x%x to %d", unsigned(qtKey), keyCode) << qtKey << keyCode;
 }
+
+constexpr int refused = -1;
+
+// A key press as the toolkit reports it on a US keyboard, and the code it records.
+struct Press {
+    QByteArray name;
+    Qt::Key qtKey;
+    Qt::KeyboardModifiers modifiers;
+    int keyCode;
+};
+
+std::vector<Press> usPresses();
 
 } // namespace
 
@@ -19,7 +33,7 @@ class TestKeyTable : public QObject {
 private slots:
     void keysAreAscendingAndNamed() {
         const auto keys = KeyTable::keys();
-        QCOMPARE(keys.size(), std::size_t(73));
+        QCOMPARE(keys.size(), std::size_t(100));
         int previous = -1;
         for (const KeyTable::Key& key : keys) {
             QVERIFY2(key.keyCode > previous, qPrintable(QString::number(key.keyCode)));
@@ -31,15 +45,62 @@ private slots:
 
     void everyKeyComesBackFromItsQtKey() {
         // A recorded key press must store the very code that is shown and grabbed.
-        std::set<int> qtKeys;
+        std::set<std::pair<int, bool>> qtKeys;
         for (const KeyTable::Key& key : KeyTable::keys()) {
             const QString code = QString::number(key.keyCode);
             QVERIFY2(key.qtKey != Qt::Key_unknown, qPrintable(code));
-            QVERIFY2(qtKeys.insert(key.qtKey).second, qPrintable(code));
-            const auto found = KeyTable::forQtKey(key.qtKey);
-            QVERIFY2(found.has_value(), qPrintable(code));
-            QCOMPARE(found->keyCode, key.keyCode);
+            QVERIFY2(qtKeys.insert({key.qtKey, key.keypad}).second, qPrintable(code));
             QCOMPARE(KeyTable::forKeyCode(key.keyCode)->qtKey, key.qtKey);
+            QCOMPARE(KeyTable::forKeyCode(key.keyCode)->keypad, key.keypad);
+            const Qt::KeyboardModifiers keypad = key.keypad ? Qt::KeypadModifier : Qt::NoModifier;
+            // Whatever modifiers make the combination, the key is the same.
+            for (const Qt::KeyboardModifiers modifiers :
+                 {Qt::KeyboardModifiers(Qt::NoModifier),
+                  Qt::KeyboardModifiers(Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier),
+                  Qt::KeyboardModifiers(Qt::ShiftModifier | Qt::ControlModifier)}) {
+                const auto pressed = KeyTable::forKeyPress(key.qtKey, modifiers | keypad);
+                QVERIFY2(pressed.has_value(), qPrintable(code));
+                QCOMPARE(pressed->keyCode, key.keyCode);
+            }
+            const auto found = KeyTable::forQtKey(key.qtKey);
+            if (key.keypad) {
+                // Without the flag the toolkit's key is the main block's, or none.
+                QVERIFY2(!found || !found->keypad, qPrintable(code));
+                QVERIFY2(!found || found->keyCode != key.keyCode, qPrintable(code));
+            } else {
+                QVERIFY2(found.has_value(), qPrintable(code));
+                QCOMPARE(found->keyCode, key.keyCode);
+            }
+        }
+    }
+
+    void usKeyboard_data() {
+        QTest::addColumn<Qt::Key>("qtKey");
+        QTest::addColumn<Qt::KeyboardModifiers>("modifiers");
+        QTest::addColumn<int>("keyCode");
+        for (const Press& press : usPresses()) {
+            QTest::newRow(press.name.constData())
+                << press.qtKey << press.modifiers << press.keyCode;
+        }
+    }
+
+    void usKeyboard() {
+        QFETCH(Qt::Key, qtKey);
+        QFETCH(Qt::KeyboardModifiers, modifiers);
+        QFETCH(int, keyCode);
+
+        const auto key = KeyTable::forKeyPress(qtKey, modifiers);
+        QCOMPARE(key ? int(key->keyCode) : refused, keyCode);
+    }
+
+    void theUsKeyboardReachesEveryKeyOfTheTable() {
+        // The presses above record every key of the table: none is left that nothing records.
+        std::set<int> recorded;
+        for (const Press& press : usPresses()) {
+            recorded.insert(press.keyCode);
+        }
+        for (const KeyTable::Key& key : KeyTable::keys()) {
+            QVERIFY2(recorded.count(key.keyCode) == 1, qPrintable(QString::number(key.keyCode)));
         }
     }
 
@@ -56,7 +117,7 @@ private slots:
         addQtKeyRow(Qt::Key_Backslash, 42);
         addQtKeyRow(Qt::Key_Return, 36);
         addQtKeyRow(Qt::Key_Space, 49);
-        // The reference platform's delete is the toolkit's backspace; forward delete is delete.
+        // macOS's delete is the toolkit's backspace; forward delete is delete.
         addQtKeyRow(Qt::Key_Backspace, 51);
         addQtKeyRow(Qt::Key_Delete, 117);
         addQtKeyRow(Qt::Key_PageUp, 116);
@@ -79,17 +140,179 @@ private slots:
     }
 
     void keysOutsideTheTableHaveNoCode() {
-        for (const Qt::Key qtKey : {Qt::Key_unknown, Qt::Key_Enter, Qt::Key_Backtab, Qt::Key_F13,
-                                    Qt::Key_Shift, Qt::Key_Control, Qt::Key_Meta, Qt::Key_Alt,
-                                    Qt::Key_CapsLock, Qt::Key_MediaPlay, Qt::Key_Insert}) {
+        // Keypad keys and the keys that stand for others are found only through forKeyPress.
+        for (const Qt::Key qtKey :
+             {Qt::Key_unknown, Qt::Key_Enter, Qt::Key_Backtab, Qt::Key_Asterisk, Qt::Key_Plus,
+              Qt::Key_Exclam, Qt::Key_Shift, Qt::Key_Control, Qt::Key_Meta, Qt::Key_Alt,
+              Qt::Key_CapsLock, Qt::Key_NumLock, Qt::Key_MediaPlay, Qt::Key_Help}) {
             QVERIFY2(!KeyTable::forQtKey(qtKey).has_value(), qPrintable(QString::number(qtKey)));
         }
         QVERIFY(!KeyTable::forKeyCode(10).has_value());
         QVERIFY(!KeyTable::forKeyCode(52).has_value());
+        for (const int keyCode :
+             {66, 68, 70, 72, 73, 74, 77, 93, 94, 95, 102, 104, 108, 110, 112}) {
+            QVERIFY2(!KeyTable::forKeyCode(std::uint16_t(keyCode)).has_value(),
+                     qPrintable(QString::number(keyCode)));
+        }
         QVERIFY(!KeyTable::forKeyCode(127).has_value());
         QVERIFY(!KeyTable::forKeyCode(65535).has_value());
     }
 };
+
+namespace {
+
+std::vector<Press> usPresses() {
+    std::vector<Press> presses;
+    const auto addPressRow = [&presses](const QByteArray& name, Qt::Key qtKey,
+                                        Qt::KeyboardModifiers modifiers, int keyCode) {
+        presses.push_back({name, qtKey, modifiers, keyCode});
+    };
+
+    const Qt::KeyboardModifiers none = Qt::NoModifier;
+    const Qt::KeyboardModifiers shift = Qt::ShiftModifier;
+    const Qt::KeyboardModifiers keypad = Qt::KeypadModifier;
+    const Qt::KeyboardModifiers held = Qt::ControlModifier | Qt::AltModifier;
+
+    // The toolkit names a letter by its capital, with Shift or without.
+    const int letters[] = {0,  11, 8,  2,  14, 3, 5,  4,  34, 38, 40, 37, 46,
+                           45, 31, 35, 12, 15, 1, 17, 32, 9,  13, 7,  16, 6};
+    for (int i = 0; i < 26; ++i) {
+        const auto qtKey = Qt::Key(Qt::Key_A + i);
+        const QByteArray name = QByteArray(1, char('A' + i));
+        addPressRow(name, qtKey, none, letters[i]);
+        addPressRow("shift+" + name, qtKey, shift, letters[i]);
+    }
+    const int digits[] = {29, 18, 19, 20, 21, 23, 22, 26, 28, 25};
+    for (int i = 0; i < 10; ++i) {
+        addPressRow(QByteArray::number(i), Qt::Key(Qt::Key_0 + i), held, digits[i]);
+    }
+    // Shift+1 to Shift+0 on a US layout.
+    const Qt::Key shiftedDigits[] = {Qt::Key_ParenRight,  Qt::Key_Exclam,    Qt::Key_At,
+                                     Qt::Key_NumberSign,  Qt::Key_Dollar,    Qt::Key_Percent,
+                                     Qt::Key_AsciiCircum, Qt::Key_Ampersand, Qt::Key_Asterisk,
+                                     Qt::Key_ParenLeft};
+    for (int i = 0; i < 10; ++i) {
+        addPressRow("shift+" + QByteArray::number(i), shiftedDigits[i], shift | held, digits[i]);
+    }
+    struct Punctuation {
+        const char* name;
+        Qt::Key plain;
+        Qt::Key shifted;
+        int keyCode;
+    };
+    const Punctuation punctuation[] = {
+        {"-", Qt::Key_Minus, Qt::Key_Underscore, 27},
+        {"=", Qt::Key_Equal, Qt::Key_Plus, 24},
+        {"[", Qt::Key_BracketLeft, Qt::Key_BraceLeft, 33},
+        {"]", Qt::Key_BracketRight, Qt::Key_BraceRight, 30},
+        {"\\", Qt::Key_Backslash, Qt::Key_Bar, 42},
+        {";", Qt::Key_Semicolon, Qt::Key_Colon, 41},
+        {"'", Qt::Key_Apostrophe, Qt::Key_QuoteDbl, 39},
+        {",", Qt::Key_Comma, Qt::Key_Less, 43},
+        {".", Qt::Key_Period, Qt::Key_Greater, 47},
+        {"/", Qt::Key_Slash, Qt::Key_Question, 44},
+        {"`", Qt::Key_QuoteLeft, Qt::Key_AsciiTilde, 50},
+    };
+    for (const Punctuation& key : punctuation) {
+        addPressRow(key.name, key.plain, held, key.keyCode);
+        addPressRow(QByteArray("shift+") + key.name, key.plain, shift, key.keyCode);
+        addPressRow(QByteArray("shifted ") + key.name, key.shifted, shift | held, key.keyCode);
+    }
+
+    const int functionKeys[] = {122, 120, 99,  118, 96,  97,  98, 100, 101, 109,
+                                103, 111, 105, 107, 113, 106, 64, 79,  80,  90};
+    for (int i = 0; i < 20; ++i) {
+        addPressRow("F" + QByteArray::number(i + 1), Qt::Key(Qt::Key_F1 + i), held,
+                    functionKeys[i]);
+    }
+
+    // The keypad with Num Lock on.
+    const int keypadDigits[] = {82, 83, 84, 85, 86, 87, 88, 89, 91, 92};
+    for (int i = 0; i < 10; ++i) {
+        addPressRow("keypad " + QByteArray::number(i), Qt::Key(Qt::Key_0 + i), keypad | held,
+                    keypadDigits[i]);
+    }
+    addPressRow("keypad .", Qt::Key_Period, keypad, 65);
+    addPressRow("keypad *", Qt::Key_Asterisk, keypad, 67);
+    addPressRow("keypad +", Qt::Key_Plus, keypad, 69);
+    addPressRow("keypad /", Qt::Key_Slash, keypad, 75);
+    addPressRow("keypad enter", Qt::Key_Enter, keypad, 76);
+    addPressRow("keypad -", Qt::Key_Minus, keypad, 78);
+    addPressRow("keypad =", Qt::Key_Equal, keypad, 81);
+    addPressRow("shift+keypad *", Qt::Key_Asterisk, keypad | shift, 67);
+    addPressRow("shift+keypad +", Qt::Key_Plus, keypad | shift, 69);
+    addPressRow("enter", Qt::Key_Enter, none, 76);
+#ifndef Q_OS_MACOS
+    // The keypad with Num Lock off, or with Shift while it is on: the same keys.
+    addPressRow("keypad insert", Qt::Key_Insert, keypad, 82);
+    addPressRow("keypad end", Qt::Key_End, keypad | shift, 83);
+    addPressRow("keypad down", Qt::Key_Down, keypad, 84);
+    addPressRow("keypad page down", Qt::Key_PageDown, keypad, 85);
+    addPressRow("keypad left", Qt::Key_Left, keypad, 86);
+    addPressRow("keypad begin", Qt::Key_Clear, keypad, 87);
+    addPressRow("keypad right", Qt::Key_Right, keypad, 88);
+    addPressRow("keypad home", Qt::Key_Home, keypad, 89);
+    addPressRow("keypad up", Qt::Key_Up, keypad | held, 91);
+    addPressRow("keypad page up", Qt::Key_PageUp, keypad, 92);
+    addPressRow("keypad delete", Qt::Key_Delete, keypad, 65);
+    // No keypad key of a PC keyboard reports these.
+    addPressRow("keypad A", Qt::Key_A, keypad, refused);
+    addPressRow("keypad tab", Qt::Key_Tab, keypad, refused);
+#endif
+
+    addPressRow("insert", Qt::Key_Insert, held, 114);
+    addPressRow("delete", Qt::Key_Delete, held, 117);
+    addPressRow("home", Qt::Key_Home, held, 115);
+    addPressRow("end", Qt::Key_End, held, 119);
+    addPressRow("page up", Qt::Key_PageUp, held, 116);
+    addPressRow("page down", Qt::Key_PageDown, held, 121);
+    addPressRow("left", Qt::Key_Left, held, 123);
+    addPressRow("right", Qt::Key_Right, held, 124);
+    addPressRow("down", Qt::Key_Down, held, 125);
+    addPressRow("up", Qt::Key_Up, held, 126);
+    addPressRow("return", Qt::Key_Return, held, 36);
+    addPressRow("tab", Qt::Key_Tab, held, 48);
+    addPressRow("shift+tab", Qt::Key_Backtab, shift | held, 48);
+    addPressRow("space", Qt::Key_Space, held, 49);
+    addPressRow("shift+space", Qt::Key_Space, shift, 49);
+    addPressRow("backspace", Qt::Key_Backspace, held, 51);
+    // The recorder itself refuses it as a hotkey; it is a key of the table all the same.
+    addPressRow("escape", Qt::Key_Escape, none, 53);
+    addPressRow("shift+escape", Qt::Key_Escape, shift, 53);
+    addPressRow("clear", Qt::Key_Clear, held, 71);
+
+    // Refused on purpose: a modifier or a lock is no key of a combination, and the other
+    // keys have no code to be stored under.
+    const std::pair<const char*, Qt::Key> noCode[] = {
+        {"shift alone", Qt::Key_Shift},
+        {"control alone", Qt::Key_Control},
+        {"alt alone", Qt::Key_Alt},
+        {"super alone", Qt::Key_Meta},
+        {"left super", Qt::Key_Super_L},
+        {"right super", Qt::Key_Super_R},
+        {"alt gr", Qt::Key_AltGr},
+        {"caps lock", Qt::Key_CapsLock},
+        {"num lock", Qt::Key_NumLock},
+        {"scroll lock", Qt::Key_ScrollLock},
+        {"print", Qt::Key_Print},
+        {"pause", Qt::Key_Pause},
+        {"menu", Qt::Key_Menu},
+        {"help", Qt::Key_Help},
+        {"play", Qt::Key_MediaPlay},
+        {"volume up", Qt::Key_VolumeUp},
+        {"F21", Qt::Key_F21},
+        {"unknown", Qt::Key_unknown},
+        {"not a key", Qt::Key(0x0badf00d)},
+        {"shift+- alone", Qt::Key_Underscore},
+    };
+    for (const auto& [name, qtKey] : noCode) {
+        // Underscore without Shift is no key press a US keyboard makes.
+        addPressRow(name, qtKey, qtKey == Qt::Key_Underscore ? none : shift | held, refused);
+    }
+    return presses;
+}
+
+} // namespace
 
 QTEST_GUILESS_MAIN(TestKeyTable)
 #include "tst_keytable.moc"

@@ -64,8 +64,13 @@ public:
         const int perKey = m_reply->keysyms_per_keycode;
         const int keys = xcb_get_keyboard_mapping_keysyms_length(m_reply.get()) / perKey;
         // The key that has the symbol unshifted first, so that a letter is not found on a key
-        // that yields it only with a modifier.
-        for (int column = 0; column < perKey; ++column) {
+        // that yields it only with a modifier. A keypad symbol is looked for first where Num
+        // Lock puts it, in the shifted column: the keypad's point has KP_Decimal there, while
+        // the extra keypad key of some keyboards (a Brazilian one's second point) has it
+        // unshifted, and pressing the point must not miss the grab.
+        const bool keypad = keySymbol >= XK_KP_Space && keySymbol <= XK_KP_Equal && perKey > 1;
+        for (int step = 0; step < perKey; ++step) {
+            const int column = keypad && step < 2 ? 1 - step : step;
             for (int key = 0; key < keys; ++key) {
                 if (symbols[key * perKey + column] == keySymbol) {
                     return static_cast<xcb_keycode_t>(m_first + key);

@@ -4,11 +4,46 @@
 
 #include <X11/keysym.h>
 
+namespace {
+
+// A keypad key is grabbed by the symbol it sends with Num Lock on. That symbol is the key's own
+// (KP_5 is on the keypad's 5 and nowhere else), while the Num Lock off level is missing on
+// layouts whose keypad always types digits, and the grab counts with Num Lock on or off anyway,
+// since it is made for every state of the locks.
+std::optional<std::uint32_t> keypadSymbol(Qt::Key qtKey) {
+    if (qtKey >= Qt::Key_0 && qtKey <= Qt::Key_9) {
+        return XK_KP_0 + static_cast<std::uint32_t>(qtKey - Qt::Key_0);
+    }
+    switch (qtKey) {
+    case Qt::Key_Period:
+        return XK_KP_Decimal;
+    case Qt::Key_Asterisk:
+        return XK_KP_Multiply;
+    case Qt::Key_Plus:
+        return XK_KP_Add;
+    case Qt::Key_Minus:
+        return XK_KP_Subtract;
+    case Qt::Key_Slash:
+        return XK_KP_Divide;
+    case Qt::Key_Equal:
+        return XK_KP_Equal;
+    case Qt::Key_Enter:
+        return XK_KP_Enter;
+    default:
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
 namespace X11KeySymbols {
 
 std::optional<std::uint32_t> forKeyCode(std::uint16_t keyCode) {
     const auto key = KeyTable::forKeyCode(keyCode);
-    return key ? forQtKey(key->qtKey) : std::nullopt;
+    if (!key) {
+        return std::nullopt;
+    }
+    return key->keypad ? keypadSymbol(key->qtKey) : forQtKey(key->qtKey);
 }
 
 std::optional<std::uint32_t> forQtKey(Qt::Key qtKey) {
@@ -34,6 +69,10 @@ std::optional<std::uint32_t> forQtKey(Qt::Key qtKey) {
         return XK_Escape;
     case Qt::Key_Delete:
         return XK_Delete;
+    case Qt::Key_Insert:
+        return XK_Insert;
+    case Qt::Key_Clear:
+        return XK_Clear;
     case Qt::Key_Home:
         return XK_Home;
     case Qt::Key_End:

@@ -12,7 +12,8 @@ namespace X11KeySymbols {
 // The key symbol of a stored key code, or nothing for a key code outside the table.
 std::optional<std::uint32_t> forKeyCode(std::uint16_t keyCode);
 
-// The key symbol the toolkit's key stands for; nothing for a key the table has no use for.
+// The key symbol the toolkit's key outside the keypad stands for; nothing for a key the table
+// has no use for.
 std::optional<std::uint32_t> forQtKey(Qt::Key qtKey);
 
 } // namespace X11KeySymbols
