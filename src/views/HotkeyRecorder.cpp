@@ -8,6 +8,7 @@
 #include <QPainter>
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -203,11 +204,12 @@ void HotkeyRecorder::leaveEvent(QEvent* event) {
 
 QSize HotkeyRecorder::sizeHint() const {
     // Room for both states, so that the row does not shift when recording starts.
-    const QFontMetrics metrics = fontMetrics();
-    const int content = std::max(metrics.horizontalAdvance(displayText()),
-                                 dotSize + dotGap + metrics.horizontalAdvance(recordingText));
-    return {std::max(leastWidth, content + 2 * horizontalPadding),
-            metrics.height() + 2 * verticalPadding};
+    // Fractional widths rounded up, or the painter would elide a text that just fits.
+    const QFontMetricsF metrics(font());
+    const qreal content = std::max(metrics.horizontalAdvance(displayText()),
+                                   dotSize + dotGap + metrics.horizontalAdvance(recordingText));
+    return {std::max(leastWidth, int(std::ceil(content)) + 2 * horizontalPadding),
+            int(std::ceil(metrics.height())) + 2 * verticalPadding};
 }
 
 QSize HotkeyRecorder::minimumSizeHint() const {

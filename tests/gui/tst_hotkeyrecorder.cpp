@@ -381,6 +381,8 @@ private slots:
         QApplication::setPalette(dark ? Screenshots::darkPalette() : Screenshots::lightPalette());
         openWindow();
         m_field->hide();
+        // The focus ring is for the keyboard; these show the looks of the mouse.
+        m_recorder->clearFocus();
         if (state == QStringLiteral("combination")) {
             m_recorder->setKeyCode(124);
             m_recorder->setCarbonModifiers(6144);
