@@ -151,7 +151,9 @@ void HotkeyRecorder::record(const QKeyEvent& event) {
 }
 
 std::optional<std::uint16_t> HotkeyRecorder::keyCodeFor(const QKeyEvent& event) {
-    if (const auto key = KeyTable::forQtKey(static_cast<Qt::Key>(event.key()))) {
+    // The keypad and the shifted symbols of the top rows are told apart by the modifiers.
+    if (const auto key =
+            KeyTable::forKeyPress(static_cast<Qt::Key>(event.key()), event.modifiers())) {
         return key->keyCode;
     }
     return std::nullopt;
