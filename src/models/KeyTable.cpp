@@ -137,7 +137,6 @@ constexpr std::array<Alias, 21> kShiftedSymbols{{
     {Qt::Key_Greater, 47},    {Qt::Key_Question, 44},   {Qt::Key_AsciiTilde, 50},
 }};
 
-#ifndef Q_OS_MACOS
 // With Num Lock off (or Shift inverting it) the keypad's digits and point report the
 // navigation keys printed under them, still with Qt::KeypadModifier; they are the same keys,
 // and the grab finds them by the symbols they send with Num Lock on.
@@ -154,7 +153,6 @@ constexpr std::array<Alias, 11> kKeypadNavigation{{
     {Qt::Key_PageUp, 92},
     {Qt::Key_Delete, 65},
 }};
-#endif
 
 std::optional<Key> find(Qt::Key qtKey, bool keypad) {
     if (qtKey == Qt::Key_unknown) {
@@ -197,21 +195,19 @@ std::optional<Key> KeyTable::forQtKey(Qt::Key qtKey) {
     return find(qtKey, false);
 }
 
-std::optional<Key> KeyTable::forKeyPress(Qt::Key qtKey, Qt::KeyboardModifiers modifiers) {
+std::optional<Key> KeyTable::forKeyPress(Qt::Key qtKey, Qt::KeyboardModifiers modifiers,
+                                         KeypadFlag keypadFlag) {
     if (modifiers.testFlag(Qt::KeypadModifier)) {
         if (const auto key = find(qtKey, true)) {
             return key;
         }
-#ifdef Q_OS_MACOS
-        // A Mac keypad has no Num Lock, and the toolkit flags the arrow keys as keypad keys
-        // there: what is not a keypad key of the table is the key of that name.
-        return forQtKey(qtKey);
-#else
+        if (keypadFlag == KeypadFlag::keyItself) {
+            return forQtKey(qtKey);
+        }
         if (const auto keyCode = aliasOf(kKeypadNavigation, qtKey)) {
             return forKeyCode(*keyCode);
         }
         return std::nullopt;
-#endif
     }
     if (qtKey == Qt::Key_Backtab) {
         return forQtKey(Qt::Key_Tab);

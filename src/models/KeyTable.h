@@ -57,7 +57,13 @@ public:
     // With Shift held the toolkit names the symbol a key types, not the key: those symbols are
     // read as the keys that type them on a US layout, since the stored codes name the places of
     // keys on an ANSI keyboard (Shift+1 reports Qt::Key_Exclam and gives the code of 1).
-    static std::optional<Key> forKeyPress(Qt::Key qtKey, Qt::KeyboardModifiers modifiers);
+    //
+    // What a keypad-flagged key that is not a keypad key means depends on the desktop: where the
+    // keypad has a Num Lock (X11, Wayland) it is the keypad key printed under it with Num Lock
+    // off; on macOS, whose toolkit flags the arrow keys as keypad keys, it is the key itself.
+    enum class KeypadFlag { numLockOffKeypad, keyItself };
+    static std::optional<Key> forKeyPress(Qt::Key qtKey, Qt::KeyboardModifiers modifiers,
+                                          KeypadFlag keypadFlag = KeypadFlag::numLockOffKeypad);
 
     // "Key<code>" for a code the table does not name.
     static QString keyName(std::uint16_t keyCode);

@@ -152,8 +152,8 @@ void HotkeyRecorder::record(const QKeyEvent& event) {
 
 std::optional<std::uint16_t> HotkeyRecorder::keyCodeFor(const QKeyEvent& event) {
     // The keypad and the shifted symbols of the top rows are told apart by the modifiers.
-    if (const auto key =
-            KeyTable::forKeyPress(static_cast<Qt::Key>(event.key()), event.modifiers())) {
+    if (const auto key = KeyTable::forKeyPress(static_cast<Qt::Key>(event.key()), event.modifiers(),
+                                               m_mapping.keypadFlag)) {
         return key->keyCode;
     }
     return std::nullopt;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "models/KeyTable.h"
+
 #include <QAbstractButton>
 
 #include <cstdint>
@@ -22,8 +24,13 @@ public:
     struct ModifierMapping {
         Qt::KeyboardModifier control = Qt::ControlModifier;
         Qt::KeyboardModifier command = Qt::MetaModifier;
+        // What the keypad flag on a key outside the keypad means there.
+        KeyTable::KeypadFlag keypadFlag = KeyTable::KeypadFlag::numLockOffKeypad;
 
-        static ModifierMapping swapped() { return {Qt::MetaModifier, Qt::ControlModifier}; }
+        // macOS: its toolkit swaps Control and Command, and flags the arrow keys as keypad keys.
+        static ModifierMapping swapped() {
+            return {Qt::MetaModifier, Qt::ControlModifier, KeyTable::KeypadFlag::keyItself};
+        }
     };
 
     explicit HotkeyRecorder(QWidget* parent = nullptr);
