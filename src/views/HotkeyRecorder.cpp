@@ -150,7 +150,7 @@ void HotkeyRecorder::record(const QKeyEvent& event) {
     stopRecording();
 }
 
-std::optional<std::uint16_t> HotkeyRecorder::keyCodeFor(const QKeyEvent& event) {
+std::optional<std::uint16_t> HotkeyRecorder::keyCodeFor(const QKeyEvent& event) const {
     // The keypad and the shifted symbols of the top rows are told apart by the modifiers.
     if (const auto key = KeyTable::forKeyPress(static_cast<Qt::Key>(event.key()), event.modifiers(),
                                                m_mapping.keypadFlag)) {

@@ -73,7 +73,7 @@ protected:
 
 private:
     // The stored key code of the key pressed, if a hotkey can be made of it.
-    static std::optional<std::uint16_t> keyCodeFor(const QKeyEvent& event);
+    std::optional<std::uint16_t> keyCodeFor(const QKeyEvent& event) const;
     // The modifiers held, as the four bits a hotkey may use.
     std::uint64_t modifierFlags(Qt::KeyboardModifiers modifiers) const;
     void record(const QKeyEvent& event);
