@@ -223,6 +223,21 @@ private slots:
         QCOMPARE(m_recorder->carbonModifiers(), std::uint32_t(expected));
     }
 
+    // The keypad flag means what the given mapping says: on macOS an arrow is flagged as a
+    // keypad key and stays an arrow; elsewhere it is the keypad key under it.
+    void theKeypadFlagIsReadAsTheMappingSays() {
+        m_recorder->setModifierMapping(HotkeyRecorder::ModifierMapping::swapped());
+        startByClick();
+        QTest::keyClick(m_recorder, Qt::Key_Left, Qt::ControlModifier | Qt::KeypadModifier);
+        QCOMPARE(m_recorder->keyCode(), std::uint16_t(123));
+        QCOMPARE(m_recorder->carbonModifiers(), CarbonModifier::command);
+        m_recorder->setModifierMapping({});
+        startByClick();
+        QTest::keyClick(m_recorder, Qt::Key_Left, Qt::ControlModifier | Qt::KeypadModifier);
+        QCOMPARE(m_recorder->keyCode(), std::uint16_t(86));
+        QCOMPARE(m_recorder->carbonModifiers(), CarbonModifier::control);
+    }
+
     void keyNotInTableIsSwallowedAndRecordingGoesOn() {
         QSignalSpy changed(m_recorder, &HotkeyRecorder::changed);
         startByClick();
