@@ -317,7 +317,8 @@ std::vector<Press> usPresses() {
         {"volume up", Qt::Key_VolumeUp},
         {"F21", Qt::Key_F21},
         {"unknown", Qt::Key_unknown},
-        {"not a key", Qt::Key(0x0badf00d)},
+        // Within the range of the enumeration (up to Key_unknown), so the value itself is valid.
+        {"not a key", Qt::Key(0x01234567)},
         {"shift+- alone", Qt::Key_Underscore},
     };
     for (const auto& [name, qtKey] : noCode) {
