@@ -17,19 +17,6 @@ namespace {
 // Touched only on the GUI thread.
 std::map<std::uint32_t, double> g_hotkeySecondsMap;
 
-// What a press of the action asks the media controller for.
-double signedSeconds(const SeekAction& action) {
-    switch (action.direction) {
-    case SeekAction::Direction::forward:
-        return action.seconds;
-    case SeekAction::Direction::backward:
-        return -action.seconds;
-    case SeekAction::Direction::playPause:
-        break;
-    }
-    return 0.0;
-}
-
 } // namespace
 
 AppDelegate::AppDelegate(std::unique_ptr<HotkeyService> hotkeys,
@@ -95,7 +82,7 @@ void AppDelegate::registerAllHotkeys() {
         const SeekAction& action = actions[i];
         const auto id = static_cast<std::uint32_t>(i + 1);
         // In the table even when the registration fails, like every other action.
-        g_hotkeySecondsMap[id] = signedSeconds(action);
+        g_hotkeySecondsMap[id] = action.signedSeconds();
         // A combination held elsewhere stays inactive, silently; so does every combination
         // where the session has no global hotkeys.
         if (const auto handle = m_hotkeys->registerHotkey(action.keyCode, action.carbonModifiers,
@@ -120,7 +107,7 @@ void AppDelegate::seekActionsChanged() {
 void AppDelegate::precompileScripts() {
     std::vector<double> amounts;
     for (const SeekAction& action : m_settings.seekActions()) {
-        const double seconds = signedSeconds(action);
+        const double seconds = action.signedSeconds();
         if (std::find(amounts.begin(), amounts.end(), seconds) == amounts.end()) {
             amounts.push_back(seconds);
         }

@@ -70,7 +70,7 @@ const QList<SeekAction>& SeekAction::defaults() {
     return actions;
 }
 
-std::int64_t SeekAction::wholeSeconds() const {
+std::int64_t SeekAction::wholeSeconds(double seconds) {
     if (!fitsWholeSeconds(seconds)) {
         qFatal("SeekAction: %g seconds cannot be shown as a whole number of seconds", seconds);
     }
@@ -80,13 +80,25 @@ std::int64_t SeekAction::wholeSeconds() const {
 QString SeekAction::label() const {
     switch (direction) {
     case Direction::forward:
-        return QStringLiteral("Forward %1s").arg(wholeSeconds());
+        return QStringLiteral("Forward %1s").arg(wholeSeconds(seconds));
     case Direction::backward:
-        return QStringLiteral("Backward %1s").arg(wholeSeconds());
+        return QStringLiteral("Backward %1s").arg(wholeSeconds(seconds));
     case Direction::playPause:
         return QStringLiteral("Play/Pause");
     }
     qFatal("SeekAction: unknown direction %d", static_cast<int>(direction));
+}
+
+double SeekAction::signedSeconds() const {
+    switch (direction) {
+    case Direction::forward:
+        return seconds;
+    case Direction::backward:
+        return -seconds;
+    case Direction::playPause:
+        break;
+    }
+    return 0.0;
 }
 
 QString SeekAction::directionIcon() const {
@@ -95,14 +107,14 @@ QString SeekAction::directionIcon() const {
     }
     const QString base = direction == Direction::forward ? QStringLiteral("goforward")
                                                          : QStringLiteral("gobackward");
-    switch (wholeSeconds()) {
+    switch (wholeSeconds(seconds)) {
     case 5:
     case 10:
     case 15:
     case 30:
     case 45:
     case 60:
-        return base + QLatin1Char('.') + QString::number(wholeSeconds());
+        return base + QLatin1Char('.') + QString::number(wholeSeconds(seconds));
     default:
         return base;
     }

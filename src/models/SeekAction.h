@@ -41,6 +41,12 @@ public:
 
     QString label() const;
     QString directionIcon() const;
+    // What a press of the action asks the media controller for: forward positive, backward
+    // negative, play/pause exactly 0.
+    double signedSeconds() const;
+    // `seconds` truncated toward zero, as labels show steps; stops the process for values no
+    // stored action can hold.
+    static std::int64_t wholeSeconds(double seconds);
 
     // The key table answers these; they stay here for code that holds an action in hand.
     static QString keyName(std::uint16_t keyCode) { return KeyTable::keyName(keyCode); }
@@ -60,9 +66,6 @@ public:
     friend bool operator==(const SeekAction&, const SeekAction&) = default;
 
 private:
-    // Seconds truncated toward zero; stops the process for values no stored action can hold.
-    std::int64_t wholeSeconds() const;
-
     QUuid m_id;
 };
 

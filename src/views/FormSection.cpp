@@ -6,6 +6,8 @@
 #include <QPainter>
 #include <QVBoxLayout>
 
+#include <algorithm>
+
 namespace {
 
 constexpr qreal cornerRadius = 8;
@@ -50,8 +52,26 @@ FormSection::FormSection(const QString& header, QWidget* parent)
 }
 
 void FormSection::addRow(QWidget* row) {
-    m_cardLayout->addWidget(row);
-    m_rows.append(row);
+    insertRow(m_rows.size(), row);
+}
+
+void FormSection::insertRow(qsizetype index, QWidget* row) {
+    if (const qsizetype at = m_rows.indexOf(row); at >= 0) {
+        m_rows.removeAt(at);
+        m_cardLayout->removeWidget(row);
+    }
+    index = std::clamp<qsizetype>(index, 0, m_rows.size());
+    m_cardLayout->insertWidget(static_cast<int>(index), row);
+    m_rows.insert(index, row);
+    update();
+}
+
+void FormSection::removeRow(QWidget* row) {
+    if (m_rows.removeOne(row)) {
+        m_cardLayout->removeWidget(row);
+        row->setParent(nullptr);
+        update();
+    }
 }
 
 void FormSection::paintEvent(QPaintEvent* /*event*/) {

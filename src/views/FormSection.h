@@ -16,6 +16,11 @@ public:
 
     // Appends `row` to the card; the card takes it over.
     void addRow(QWidget* row);
+    // Puts `row` at `index` among the card's rows, or moves it there when it is one already.
+    void insertRow(qsizetype index, QWidget* row);
+    // Takes `row` out of the card; the caller owns it again.
+    void removeRow(QWidget* row);
+    qsizetype indexOf(const QWidget* row) const { return m_rows.indexOf(row); }
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -19,6 +19,10 @@ QFont captionFont() {
     return systemFont(10);
 }
 
+QFont calloutFont() {
+    return systemFont(12);
+}
+
 QFont caption2Font() {
     return systemFont(9);
 }

@@ -14,6 +14,8 @@ namespace Style {
 QFont systemFont(qreal pointSize, QFont::Weight weight = QFont::Normal);
 QFont headlineFont();
 QFont captionFont();
+// The size of secondary controls and their labels.
+QFont calloutFont();
 // The smallest caption size, for secondary lines.
 QFont caption2Font();
 
