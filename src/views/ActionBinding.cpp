@@ -10,8 +10,9 @@ ActionBinding::ActionBinding(AppSettings& settings, const QUuid& id)
 
 std::optional<SeekAction> ActionBinding::action() const {
     const QList<SeekAction>& actions = m_settings->seekActions();
-    const auto found = std::find_if(actions.begin(), actions.end(),
-                                    [this](const SeekAction& action) { return action.id() == m_id; });
+    const auto found =
+        std::find_if(actions.begin(), actions.end(),
+                     [this](const SeekAction& action) { return action.id() == m_id; });
     if (found == actions.end()) {
         return std::nullopt;
     }
@@ -20,8 +21,9 @@ std::optional<SeekAction> ActionBinding::action() const {
 
 void ActionBinding::update(const std::function<void(SeekAction&)>& edit) const {
     QList<SeekAction> actions = m_settings->seekActions();
-    const auto found = std::find_if(actions.begin(), actions.end(),
-                                    [this](const SeekAction& action) { return action.id() == m_id; });
+    const auto found =
+        std::find_if(actions.begin(), actions.end(),
+                     [this](const SeekAction& action) { return action.id() == m_id; });
     if (found == actions.end()) {
         return;
     }

@@ -22,8 +22,6 @@ constexpr int verticalPadding = 4;
 constexpr qreal cornerRadius = 6;
 constexpr int dotSize = 6;
 constexpr int dotGap = 5;
-// The callout text size.
-constexpr qreal pointSize = 12;
 
 QColor withAlpha(QColor color, qreal alpha) {
     color.setAlphaF(alpha);
@@ -39,7 +37,7 @@ QColor recordingRed(const QPalette& palette) {
 HotkeyRecorder::HotkeyRecorder(QWidget* parent)
     : QAbstractButton(parent)
     , m_accessibleLabel(defaultLabel) {
-    setFont(Style::systemFont(pointSize));
+    setFont(Style::calloutFont());
     // Tab reaches it and Space starts it; a click does not take the focus from the field the
     // user was in.
     setFocusPolicy(Qt::TabFocus);

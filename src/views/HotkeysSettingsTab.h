@@ -15,7 +15,8 @@ class AppSettings;
 class FormSection;
 class QLabel;
 class QVBoxLayout;
-class SymbolButton;
+class QToolButton;
+class SymbolView;
 
 // The settings tab that lists the seek actions: one row per action, in the store's order, of
 // which at most one is open with its editor. Every edit goes straight into the store, whose
@@ -27,6 +28,7 @@ public:
     static constexpr std::array<double, 6> presetSeconds = {5.0, 10.0, 15.0, 30.0, 45.0, 60.0};
 
     explicit HotkeysSettingsTab(AppSettings& settings, QWidget* parent = nullptr);
+    ~HotkeysSettingsTab() override;
 
     // How the recorders read the toolkit's modifiers on this platform.
     void setModifierMapping(const HotkeyRecorder::ModifierMapping& mapping);
@@ -57,8 +59,15 @@ private:
     void remove(const QUuid& id);
     // Matches the rows to the store's list and shows each action's state.
     void refresh();
+    // Tab goes through the rows in the order they are shown, then to "Add Action".
+    void orderFocus();
+    void rowRecordingChanged(const ActionRowContainer* row, bool recording);
     void applyColors();
 
+protected:
+    void changeEvent(QEvent* event) override;
+
+private:
     AppSettings& m_settings;
     HotkeyRecorder::ModifierMapping m_mapping;
     std::optional<QUuid> m_expandedID;
@@ -67,10 +76,14 @@ private:
     QWidget* m_emptyState = nullptr;
     QVBoxLayout* m_rowsLayout = nullptr;
     std::vector<ActionRowContainer*> m_rows;
-    QWidget* m_addAction = nullptr;
-    QLabel* m_conflictFooter = nullptr;
+    QToolButton* m_addAction = nullptr;
+    SymbolView* m_emptySymbol = nullptr;
+    QLabel* m_emptyText = nullptr;
+    QWidget* m_conflictFooter = nullptr;
+    SymbolView* m_conflictSymbol = nullptr;
+    QLabel* m_conflictText = nullptr;
     QLabel* m_systemWideFooter = nullptr;
     QLabel* m_clickFooter = nullptr;
-    // Recorders that are recording now; the global hotkeys come back when none is.
-    int m_recording = 0;
+    // Rows whose recorder is recording now; the global hotkeys come back when none is.
+    QSet<const ActionRowContainer*> m_recordingRows;
 };

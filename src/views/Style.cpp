@@ -2,6 +2,8 @@
 
 #include <QApplication>
 
+#include <algorithm>
+
 namespace Style {
 
 QFont systemFont(qreal pointSize, QFont::Weight weight) {
@@ -20,7 +22,8 @@ QFont captionFont() {
 }
 
 QFont calloutFont() {
-    return systemFont(12);
+    // A point below the body text where that is large, as on macOS; never below 9 points.
+    return systemFont(std::max(9.0, QApplication::font().pointSizeF() - 1));
 }
 
 QFont caption2Font() {
@@ -50,6 +53,10 @@ QColor secondary(const QPalette& palette) {
 
 QColor tertiary(const QPalette& palette) {
     return withAlpha(palette.color(QPalette::WindowText), isDark(palette) ? 0.4 : 0.35);
+}
+
+QColor quaternary(const QPalette& palette) {
+    return withAlpha(palette.color(QPalette::WindowText), isDark(palette) ? 0.16 : 0.1);
 }
 
 QColor accent(const QPalette& palette) {

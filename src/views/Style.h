@@ -25,6 +25,8 @@ bool isDark(const QPalette& palette);
 QColor primary(const QPalette& palette);
 QColor secondary(const QPalette& palette);
 QColor tertiary(const QPalette& palette);
+// The faintest shade, for fills behind text such as a key cap.
+QColor quaternary(const QPalette& palette);
 QColor accent(const QPalette& palette);
 QColor warning(const QPalette& palette);
 QColor separator(const QPalette& palette);
