@@ -3,8 +3,11 @@
 #include "settings/UserDefaults.h"
 #include "support/Screenshots.h"
 #include "support/TempHome.h"
+#include "views/ActionRowContainer.h"
+#include "views/ActionRowHeader.h"
 #include "views/AppsSettingsTab.h"
 #include "views/GeneralSettingsTab.h"
+#include "views/HotkeysSettingsTab.h"
 #include "views/SettingsView.h"
 
 #include <QAccessible>
@@ -68,8 +71,14 @@ private:
         auto view = std::make_unique<SettingsView>(m_settings->defaults());
         view->setPage(QStringLiteral("general"),
                       new GeneralSettingsTab(*m_settings, m_desktop->texts()));
+        auto* hotkeys = new HotkeysSettingsTab(*m_settings);
+        view->setPage(QStringLiteral("hotkeys"), hotkeys);
         view->setPage(QStringLiteral("apps"), new AppsSettingsTab(*m_settings));
         view->restoreSelectedTab();
+        // One row open, so that its editor's controls are walked too.
+        if (!hotkeys->rows().isEmpty()) {
+            hotkeys->rows().first()->header()->click();
+        }
         return view;
     }
 
