@@ -4,12 +4,14 @@
 #include "SettingsWindowController.h"
 #include "core/MediaController.h"
 #include "core/MediaStatus.h"
+#include "core/WebAddresses.h"
 #include "platform/Platform.h"
 #include "scripting/AppleScriptService.h"
 #include "settings/AppSettings.h"
 #include "settings/LaunchAtLogin.h"
 #include "settings/UserDefaults.h"
 #include "utilities/Logger.h"
+#include "views/AboutSettingsTab.h"
 #include "views/AlertBox.h"
 #include "views/AppsSettingsTab.h"
 #include "views/GeneralSettingsTab.h"
@@ -75,5 +77,11 @@ SettingsView* ScrublineApp::makeSettingsView() {
     view->setPage(QStringLiteral("general"),
                   new GeneralSettingsTab(*m_settings, m_desktop->texts()));
     view->setPage(QStringLiteral("apps"), new AppsSettingsTab(*m_settings));
+    view->setPage(QStringLiteral("about"),
+                  new AboutSettingsTab(
+                      {QCoreApplication::applicationVersion(),
+                       QStringLiteral(SCRUBLINE_BUILD_NUMBER), m_desktop->systemDescription(),
+                       WebAddresses::configured(QStringLiteral(SCRUBLINE_WEB_BASE)),
+                       QStringLiteral("The Scrubline developers")}));
     return view;
 }

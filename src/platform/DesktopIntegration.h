@@ -14,6 +14,9 @@ public:
 
     // The sentences that name this desktop's places and keys.
     virtual const PlatformTexts& texts() const = 0;
+    // The system the program runs on, as the About tab and the debug line show it: the system
+    // and its version, then the processor, parted by " | ".
+    virtual QString systemDescription() const = 0;
     // The welcome text's line that names the preset hotkeys' modifier keys, in this platform's
     // names for them.
     QString defaultHotkeysHint() const { return texts().defaultHotkeysHint; }

@@ -1,8 +1,10 @@
+#include "core/WebAddresses.h"
 #include "platform/Platform.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaults.h"
 #include "support/Screenshots.h"
 #include "support/TempHome.h"
+#include "views/AboutSettingsTab.h"
 #include "views/ActionRowContainer.h"
 #include "views/ActionRowHeader.h"
 #include "views/AppsSettingsTab.h"
@@ -74,6 +76,12 @@ private:
         auto* hotkeys = new HotkeysSettingsTab(*m_settings);
         view->setPage(QStringLiteral("hotkeys"), hotkeys);
         view->setPage(QStringLiteral("apps"), new AppsSettingsTab(*m_settings));
+        view->setPage(
+            QStringLiteral("about"),
+            new AboutSettingsTab({QStringLiteral("1.2.3"), QStringLiteral("4"),
+                                  m_desktop->systemDescription(),
+                                  WebAddresses(QUrl(QStringLiteral("https://scrubline.example"))),
+                                  QStringLiteral("The Scrubline developers")}));
         view->restoreSelectedTab();
         // One row open, so that its editor's controls are walked too.
         if (!hotkeys->rows().isEmpty()) {

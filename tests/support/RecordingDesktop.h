@@ -12,6 +12,9 @@ public:
         : m_texts(texts) {}
 
     const PlatformTexts& texts() const override { return m_texts; }
+    QString systemDescription() const override {
+        return QStringLiteral("Testix 1 | Linux 6.0 | x86_64");
+    }
     void showOnEveryDesktop(std::uintptr_t /*nativeWindow*/) override {
         m_calls << QStringLiteral("everyDesktop");
     }

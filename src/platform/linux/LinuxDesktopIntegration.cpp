@@ -1,5 +1,7 @@
 #include "LinuxDesktopIntegration.h"
 
+#include <QSysInfo>
+
 const PlatformTexts& LinuxDesktopIntegration::texts() const {
     static const PlatformTexts texts{
         // The preset modifiers as a PC keyboard labels them: option is Alt, command is Super.
@@ -14,6 +16,17 @@ const PlatformTexts& LinuxDesktopIntegration::texts() const {
                        "again."),
     };
     return texts;
+}
+
+QString LinuxDesktopIntegration::systemDescription() const {
+    // The distribution by its own name, then the kernel, which decides what the desktop can do,
+    // then the processor the program really runs on.
+    QString kernel = QSysInfo::kernelType();
+    if (!kernel.isEmpty()) {
+        kernel[0] = kernel[0].toUpper();
+    }
+    return QSysInfo::prettyProductName() + QStringLiteral(" | ") + kernel + QLatin1Char(' ') +
+           QSysInfo::kernelVersion() + QStringLiteral(" | ") + QSysInfo::currentCpuArchitecture();
 }
 
 void LinuxDesktopIntegration::showOnEveryDesktop(std::uintptr_t /*nativeWindow*/) {

@@ -6,6 +6,7 @@
 class MacDesktopIntegration final : public DesktopIntegration {
 public:
     const PlatformTexts& texts() const override;
+    QString systemDescription() const override;
     void showOnEveryDesktop(std::uintptr_t nativeWindow) override;
     void setRegularActivation(bool regular) override;
     void setFloating(std::uintptr_t nativeWindow, bool floating) override;

@@ -26,6 +26,16 @@ const PlatformTexts& MacDesktopIntegration::texts() const {
     return texts;
 }
 
+QString MacDesktopIntegration::systemDescription() const {
+    // Every part of the version, the patch number also when it is 0. The processor is named as
+    // the machines this build is for, not detected.
+    const NSOperatingSystemVersion version = NSProcessInfo.processInfo.operatingSystemVersion;
+    return QStringLiteral("macOS %1.%2.%3 | Apple Silicon (arm64)")
+        .arg(version.majorVersion)
+        .arg(version.minorVersion)
+        .arg(version.patchVersion);
+}
+
 void MacDesktopIntegration::setRegularActivation(bool regular) {
     [NSApp setActivationPolicy:regular ? NSApplicationActivationPolicyRegular
                                        : NSApplicationActivationPolicyAccessory];
