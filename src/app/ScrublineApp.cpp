@@ -4,6 +4,7 @@
 #include "SettingsWindowController.h"
 #include "core/MediaController.h"
 #include "core/MediaStatus.h"
+#include "core/PermissionChecker.h"
 #include "core/WebAddresses.h"
 #include "platform/Platform.h"
 #include "scripting/AppleScriptService.h"
@@ -17,6 +18,7 @@
 #include "views/GeneralSettingsTab.h"
 #include "views/HUDOverlayManager.h"
 #include "views/MenuBarExtra.h"
+#include "views/PermissionsSettingsTab.h"
 #include "views/SettingsView.h"
 #include "views/Symbols.h"
 
@@ -77,6 +79,11 @@ SettingsView* ScrublineApp::makeSettingsView() {
     view->setPage(QStringLiteral("general"),
                   new GeneralSettingsTab(*m_settings, m_desktop->texts()));
     view->setPage(QStringLiteral("apps"), new AppsSettingsTab(*m_settings));
+    view->setPage(QStringLiteral("permissions"),
+                  new PermissionsSettingsTab(
+                      std::make_unique<PermissionChecker>(m_players, Platform::createRunningApps(),
+                                                          &Platform::accessibilityTrusted),
+                      *m_desktop));
     view->setPage(QStringLiteral("about"),
                   new AboutSettingsTab(
                       {QCoreApplication::applicationVersion(),

@@ -18,12 +18,22 @@ double monotonicSeconds() {
 
 PermissionChecker::PermissionChecker(std::shared_ptr<PlayerControl> players,
                                      std::unique_ptr<RunningApps> running,
-                                     bool accessibilityGranted, Clock now, QObject* parent)
+                                     AccessibilityQuery accessibilityTrusted, Clock now,
+                                     QObject* parent)
     : QObject(parent)
     , m_players(std::move(players))
     , m_runningApps(std::move(running))
+    , m_accessibilityTrusted(std::move(accessibilityTrusted))
     , m_now(now ? std::move(now) : Clock(monotonicSeconds))
-    , m_accessibilityGranted(accessibilityGranted) {}
+    , m_accessibilityGranted(m_accessibilityTrusted && m_accessibilityTrusted()) {}
+
+void PermissionChecker::refreshAccessibility() {
+    const bool granted = m_accessibilityTrusted && m_accessibilityTrusted();
+    if (granted != m_accessibilityGranted) {
+        m_accessibilityGranted = granted;
+        emit accessibilityGrantedChanged();
+    }
+}
 
 PermissionChecker::~PermissionChecker() = default;
 

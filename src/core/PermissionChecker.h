@@ -25,9 +25,13 @@ public:
 
     static constexpr double cacheTTL = 30.0;
 
+    // Whether the program may have the keyboard system-wide; asked again on each refresh.
+    using AccessibilityQuery = std::function<bool()>;
+
     // Without a clock, the system's monotonic one.
     PermissionChecker(std::shared_ptr<PlayerControl> players, std::unique_ptr<RunningApps> running,
-                      bool accessibilityGranted, Clock now = {}, QObject* parent = nullptr);
+                      AccessibilityQuery accessibilityTrusted, Clock now = {},
+                      QObject* parent = nullptr);
     ~PermissionChecker() override;
 
     // Starts a check and returns at once; results arrive through statusesChanged. Ignored
@@ -38,8 +42,10 @@ public:
     Statuses statuses() const { return m_statuses; }
     PermissionStatus status(const QString& id) const;
     bool isChecking() const { return m_isChecking; }
-    // Read once, when the checker is made.
+    // As last read: when the checker was made, or at the last refreshAccessibility().
     bool accessibilityGranted() const { return m_accessibilityGranted; }
+    // Asks the platform again, since the user may have granted it in the meantime.
+    void refreshAccessibility();
 
     // Probes the items one after another on a worker thread and hands the results to `done`
     // on the GUI thread, unless `context` is gone by then.
@@ -49,12 +55,14 @@ public:
 signals:
     void statusesChanged();
     void isCheckingChanged();
+    void accessibilityGrantedChanged();
 
 private:
     void setChecking(bool checking);
 
     std::shared_ptr<PlayerControl> m_players;
     std::unique_ptr<RunningApps> m_runningApps;
+    AccessibilityQuery m_accessibilityTrusted;
     Clock m_now;
     Statuses m_statuses;
     bool m_isChecking = false;

@@ -17,6 +17,13 @@ public:
     // The system the program runs on, as the About tab and the debug line show it: the system
     // and its version, then the processor, parted by " | ".
     virtual QString systemDescription() const = 0;
+    // The places in the system's settings the Permissions tab leads to.
+    enum class SettingsPane { automation, accessibility };
+    // Whether this desktop has such a place that the program knows how to open.
+    virtual bool canOpenSettings(SettingsPane pane) const = 0;
+    // Opens it, without waiting for it; does nothing where there is none.
+    virtual void openSettings(SettingsPane pane) = 0;
+
     // The welcome text's line that names the preset hotkeys' modifier keys, in this platform's
     // names for them.
     QString defaultHotkeysHint() const { return texts().defaultHotkeysHint; }

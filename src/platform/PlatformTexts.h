@@ -14,4 +14,22 @@ struct PlatformTexts {
     QString hideIconTitle;
     QString hideIconMessage;
     QString iconHiddenNote;
+
+    // The Permissions tab: the section, row, details and status words of the row that says
+    // whether the keyboard can be had system-wide, and the hint under it while it cannot.
+    QString accessibilitySection;
+    QString accessibilityTitle;
+    QString accessibilityDetail;
+    QString accessibilityGranted;
+    QString accessibilityNotGranted;
+    QString accessibilityHint;
+    QString openAccessibilitySettings;
+    // The sections of the players and of the browsers' page scripts, the hints under a denied
+    // row of each, the browsers' footnote and the button that opens the system's settings.
+    QString automationSection;
+    QString automationDeniedHint;
+    QString chromeSection;
+    QString chromeDeniedHint;
+    QString chromeFootnote;
+    QString openSystemSettings;
 };

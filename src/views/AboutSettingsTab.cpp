@@ -24,16 +24,6 @@ const QString fallbackBuild = QStringLiteral("1");
 const QString copyText = QStringLiteral("Copy Debug Info");
 const QString copiedText = QStringLiteral("Copied");
 
-QColor successGreen(const QPalette& palette) {
-    return Style::isDark(palette) ? QColor(0x30D158) : QColor(0x248A3D);
-}
-
-// The orange of notes, deeper on a light ground so that small text stays readable.
-QColor noteOrange(const QPalette& palette) {
-    const QColor orange = Style::warning(palette);
-    return Style::isDark(palette) ? orange : orange.darker(125);
-}
-
 void setColor(QWidget& widget, QPalette::ColorRole role, const QColor& color) {
     QPalette palette = widget.palette();
     palette.setColor(role, color);
@@ -233,8 +223,8 @@ void AboutSettingsTab::applyColors() {
         }
     }
     setColor(*m_copy, QPalette::ButtonText,
-             m_copied ? successGreen(colors) : Style::accent(colors));
+             m_copied ? Style::success(colors) : Style::accent(colors));
     const bool available = m_updateStatus && m_updateStatus->contains(QStringLiteral("available"));
     setColor(*m_status, QPalette::WindowText,
-             available ? noteOrange(colors) : successGreen(colors));
+             available ? Style::warningText(colors) : Style::success(colors));
 }

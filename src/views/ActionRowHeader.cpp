@@ -37,16 +37,6 @@ void setTextColor(QLabel& label, const QColor& color) {
     label.setPalette(palette);
 }
 
-QColor destructiveRed(const QPalette& palette) {
-    return Style::isDark(palette) ? QColor(0xFF453A) : QColor(0xFF3B30);
-}
-
-// The orange of warnings, deeper on a light ground so that small text stays readable.
-QColor noteColor(const QPalette& palette) {
-    const QColor orange = Style::warning(palette);
-    return Style::isDark(palette) ? orange : orange.darker(125);
-}
-
 void fade(QVariantAnimation& animation, bool in, int durationMs) {
     const qreal from = animation.currentValue().isValid() ? animation.currentValue().toReal() : 0;
     const qreal to = in ? 1.0 : 0.0;
@@ -214,7 +204,7 @@ void ActionRowHeader::applyColors() {
     m_direction->setColor(m_content.forward ? Style::accent(colors) : Style::warning(colors));
     m_conflict->setColor(Style::warning(colors));
     setTextColor(*m_label, Style::primary(colors));
-    setTextColor(*m_note, noteColor(colors));
+    setTextColor(*m_note, Style::warningText(colors));
     setTextColor(*m_hotkey,
                  m_content.hotkey.isEmpty() ? Style::tertiary(colors) : Style::secondary(colors));
     // Clear while it cannot be used; red at 60 % once it can.
@@ -222,7 +212,7 @@ void ActionRowHeader::applyColors() {
     const qreal faded = m_deleteFade.state() == QAbstractAnimation::Running
                             ? m_deleteFade.currentValue().toReal()
                             : (shown ? 1.0 : 0.0);
-    m_delete->setColor(withAlpha(destructiveRed(colors), 0.6 * faded));
+    m_delete->setColor(withAlpha(Style::red(colors), 0.6 * faded));
     update();
 }
 

@@ -45,22 +45,6 @@ const QString couldNotRead = QStringLiteral("Error: Could not read file.");
 const QString invalidFile = QStringLiteral("Error: Invalid settings file.");
 const QString imported = QStringLiteral("Settings imported successfully.");
 
-// The standard red and green, in their darker variants on a light ground so that small text
-// stays readable there.
-QColor destructiveColor(const QPalette& palette) {
-    return Style::isDark(palette) ? QColor(0xFF453A) : QColor(0xD70015);
-}
-
-QColor successColor(const QPalette& palette) {
-    return Style::isDark(palette) ? QColor(0x30D158) : QColor(0x248A3D);
-}
-
-// The warning orange, deeper on a light ground for the same reason.
-QColor noteColor(const QPalette& palette) {
-    const QColor orange = Style::warning(palette);
-    return Style::isDark(palette) ? orange : orange.darker(125);
-}
-
 void setTextColor(QWidget& widget, QPalette::ColorRole role, const QColor& color) {
     QPalette palette = widget.palette();
     palette.setColor(role, color);
@@ -88,7 +72,7 @@ QMessageBox* makeConfirmation(const QString& name, const QString& title, const Q
     box->setInformativeText(message);
     QPushButton* destructive = box->addButton(action, QMessageBox::DestructiveRole);
     destructive->setObjectName(QStringLiteral("destructiveButton"));
-    setTextColor(*destructive, QPalette::ButtonText, destructiveColor(box->palette()));
+    setTextColor(*destructive, QPalette::ButtonText, Style::destructive(box->palette()));
     QPushButton* cancel = box->addButton(QStringLiteral("Cancel"), QMessageBox::RejectRole);
     cancel->setObjectName(QStringLiteral("cancelButton"));
     box->setDefaultButton(cancel);
@@ -263,12 +247,12 @@ void GeneralSettingsTab::changeEvent(QEvent* event) {
 
 void GeneralSettingsTab::applyColors() {
     const QPalette& colors = palette();
-    setTextColor(*m_hiddenIconNote, QPalette::WindowText, noteColor(colors));
-    setTextColor(*m_resetButton, QPalette::ButtonText, destructiveColor(colors));
+    setTextColor(*m_hiddenIconNote, QPalette::WindowText, Style::warningText(colors));
+    setTextColor(*m_resetButton, QPalette::ButtonText, Style::destructive(colors));
     setTextColor(*m_importMessage, QPalette::WindowText,
                  m_importMessage->text().contains(QStringLiteral("Error"))
-                     ? destructiveColor(colors)
-                     : successColor(colors));
+                     ? Style::destructive(colors)
+                     : Style::success(colors));
 }
 
 void GeneralSettingsTab::switchIcon(bool show) {

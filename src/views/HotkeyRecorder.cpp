@@ -28,10 +28,6 @@ QColor withAlpha(QColor color, qreal alpha) {
     return color;
 }
 
-QColor recordingRed(const QPalette& palette) {
-    return Style::isDark(palette) ? QColor(0xFF453A) : QColor(0xFF3B30);
-}
-
 } // namespace
 
 HotkeyRecorder::HotkeyRecorder(QWidget* parent)
@@ -256,7 +252,7 @@ void HotkeyRecorder::paintEvent(QPaintEvent* /*event*/) {
     const int contentWidth = dotSize + dotGap + metrics.horizontalAdvance(label);
     const qreal left = inside.left() + (inside.width() - contentWidth) / 2.0;
     painter.setPen(Qt::NoPen);
-    painter.setBrush(recordingRed(colors));
+    painter.setBrush(Style::red(colors));
     painter.drawEllipse(QRectF(left, (height() - dotSize) / 2.0, dotSize, dotSize));
     painter.setPen(Style::primary(colors));
     painter.drawText(QRectF(left + dotSize + dotGap, 0, inside.width(), height()),

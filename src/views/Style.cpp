@@ -68,6 +68,23 @@ QColor warning(const QPalette& palette) {
     return isDark(palette) ? QColor(0xFF9F0A) : QColor(0xFF9500);
 }
 
+QColor warningText(const QPalette& palette) {
+    const QColor orange = warning(palette);
+    return isDark(palette) ? orange : orange.darker(125);
+}
+
+QColor success(const QPalette& palette) {
+    return isDark(palette) ? QColor(0x30D158) : QColor(0x248A3D);
+}
+
+QColor destructive(const QPalette& palette) {
+    return isDark(palette) ? QColor(0xFF453A) : QColor(0xD70015);
+}
+
+QColor red(const QPalette& palette) {
+    return isDark(palette) ? QColor(0xFF453A) : QColor(0xFF3B30);
+}
+
 QColor separator(const QPalette& palette) {
     return withAlpha(palette.color(QPalette::WindowText), isDark(palette) ? 0.18 : 0.12);
 }

@@ -29,6 +29,13 @@ QColor tertiary(const QPalette& palette);
 QColor quaternary(const QPalette& palette);
 QColor accent(const QPalette& palette);
 QColor warning(const QPalette& palette);
+// The warning orange for small text: deeper on a light ground so that it stays readable.
+QColor warningText(const QPalette& palette);
+// The standard green and red, in their darker variants on a light ground for the same reason.
+QColor success(const QPalette& palette);
+QColor destructive(const QPalette& palette);
+// The standard red of symbols, such as a delete button or a recording dot.
+QColor red(const QPalette& palette);
 QColor separator(const QPalette& palette);
 // The standard colour a player is shown in.
 QColor tint(TintColor color);

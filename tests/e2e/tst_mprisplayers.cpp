@@ -482,16 +482,17 @@ private slots:
         const PermissionItem& spotifyItem = items[0];
         const PermissionItem& chromeItem = items[2];
         const PermissionItem& chromeJS = items[3];
-        QCOMPARE(control.probe(spotifyItem, 3.0), PermissionStatus::unknown);
-        QCOMPARE(control.probe(chromeJS, 3.0), PermissionStatus::unknown);
+        // Without a player there is nothing to control, browser or not.
+        QCOMPARE(control.probe(spotifyItem, 3.0), PermissionStatus::appNotRunning);
+        QCOMPARE(control.probe(chromeJS, 3.0), PermissionStatus::appNotRunning);
 
         auto browser = player(chromium(8), QStringLiteral("chromium"));
         auto silent = player(QStringLiteral("spotify"), QString(), {QStringLiteral("--silent")});
         QTRY_COMPARE(registry.runningApps().size(), 2);
         QCOMPARE(control.probe(chromeItem, 3.0), PermissionStatus::granted);
         QCOMPARE(control.probe(chromeJS, 3.0), PermissionStatus::granted);
-        // A player that does not answer in time tells nothing either way.
-        QCOMPARE(control.probe(spotifyItem, 0.3), PermissionStatus::unknown);
+        // A player that does not answer in time cannot be controlled.
+        QCOMPARE(control.probe(spotifyItem, 0.3), PermissionStatus::denied);
         // Music and Safari have no players here.
         QCOMPARE(control.probe(items[1], 3.0), PermissionStatus::unknown);
         QCOMPARE(control.probe(items[4], 3.0), PermissionStatus::unknown);

@@ -1,3 +1,4 @@
+#include "core/PermissionChecker.h"
 #include "core/WebAddresses.h"
 #include "platform/Platform.h"
 #include "settings/AppSettings.h"
@@ -10,6 +11,7 @@
 #include "views/AppsSettingsTab.h"
 #include "views/GeneralSettingsTab.h"
 #include "views/HotkeysSettingsTab.h"
+#include "views/PermissionsSettingsTab.h"
 #include "views/SettingsView.h"
 
 #include <QAccessible>
@@ -76,6 +78,12 @@ private:
         auto* hotkeys = new HotkeysSettingsTab(*m_settings);
         view->setPage(QStringLiteral("hotkeys"), hotkeys);
         view->setPage(QStringLiteral("apps"), new AppsSettingsTab(*m_settings));
+        view->setPage(QStringLiteral("permissions"),
+                      new PermissionsSettingsTab(
+                          std::make_unique<PermissionChecker>(Platform::createPlayerControl(),
+                                                              Platform::createRunningApps(),
+                                                              &Platform::accessibilityTrusted),
+                          *m_desktop));
         view->setPage(
             QStringLiteral("about"),
             new AboutSettingsTab({QStringLiteral("1.2.3"), QStringLiteral("4"),

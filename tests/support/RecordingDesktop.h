@@ -15,6 +15,12 @@ public:
     QString systemDescription() const override {
         return QStringLiteral("Testix 1 | Linux 6.0 | x86_64");
     }
+    bool canOpenSettings(SettingsPane /*pane*/) const override { return m_canOpenSettings; }
+    void openSettings(SettingsPane pane) override {
+        m_calls << (pane == SettingsPane::automation ? QStringLiteral("openAutomation")
+                                                     : QStringLiteral("openAccessibility"));
+    }
+    void setCanOpenSettings(bool can) { m_canOpenSettings = can; }
     void showOnEveryDesktop(std::uintptr_t /*nativeWindow*/) override {
         m_calls << QStringLiteral("everyDesktop");
     }
@@ -30,5 +36,6 @@ public:
 
 private:
     PlatformTexts m_texts;
+    bool m_canOpenSettings = true;
     QStringList m_calls;
 };

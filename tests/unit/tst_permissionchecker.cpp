@@ -35,7 +35,8 @@ private:
         auto apps = std::make_unique<FakeRunningApps>(running);
         m_running = apps.get();
         m_checker = std::make_unique<PermissionChecker>(
-            players ? players : m_players, std::move(apps), true, [this] { return m_now; });
+            players ? players : m_players, std::move(apps), [] { return true; },
+            [this] { return m_now; });
     }
 
     // Starts a check and waits until it is over.
@@ -185,13 +186,36 @@ private slots:
         QCOMPARE(probes(), 1);
     }
 
-    void accessibilityIsReadOnceAtCreation() {
+    void accessibilityIsReadAtCreationAndOnEachRefresh() {
         auto apps = std::make_unique<FakeRunningApps>();
-        PermissionChecker untrusted(m_players, std::move(apps), false, [] { return 0.0; });
-        QCOMPARE(untrusted.accessibilityGranted(), false);
-        untrusted.checkAll(true);
-        QTRY_VERIFY(!untrusted.isChecking());
-        QCOMPARE(untrusted.accessibilityGranted(), false);
+        bool trusted = false;
+        int asked = 0;
+        PermissionChecker checker(
+            m_players, std::move(apps),
+            [&] {
+                ++asked;
+                return trusted;
+            },
+            [] { return 0.0; });
+        QCOMPARE(checker.accessibilityGranted(), false);
+        QCOMPARE(asked, 1);
+        QSignalSpy changed(&checker, &PermissionChecker::accessibilityGrantedChanged);
+        // A check of the players does not ask again; a refresh of accessibility does.
+        trusted = true;
+        checker.checkAll(true);
+        QTRY_VERIFY(!checker.isChecking());
+        QCOMPARE(checker.accessibilityGranted(), false);
+        QCOMPARE(asked, 1);
+        checker.refreshAccessibility();
+        QCOMPARE(checker.accessibilityGranted(), true);
+        QCOMPARE(asked, 2);
+        QCOMPARE(changed.count(), 1);
+        checker.refreshAccessibility();
+        QCOMPARE(changed.count(), 1);
+        trusted = false;
+        checker.refreshAccessibility();
+        QCOMPARE(checker.accessibilityGranted(), false);
+        QCOMPARE(changed.count(), 2);
     }
 
     // Through the real probe scripts, with Chrome answering as it does when JavaScript from

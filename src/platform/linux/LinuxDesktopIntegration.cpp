@@ -1,5 +1,9 @@
 #include "LinuxDesktopIntegration.h"
 
+#include "utilities/Logger.h"
+
+#include <QProcess>
+#include <QStandardPaths>
 #include <QSysInfo>
 
 const PlatformTexts& LinuxDesktopIntegration::texts() const {
@@ -14,8 +18,75 @@ const PlatformTexts& LinuxDesktopIntegration::texts() const {
                        "continue to work."),
         QStringLiteral("The tray icon is hidden. Hotkeys still work. Re-launch the app to show it "
                        "again."),
+        // What stands for the macOS accessibility trust here: whether this session lets a
+        // program have keys system-wide at all, and by which means.
+        QStringLiteral("Global Hotkeys"),
+        QStringLiteral("Global hotkeys"),
+        QStringLiteral("Hotkeys that work in every program."),
+        // The means this session gives, named where there is one.
+        QStringLiteral("X11 key grabs"),
+        QStringLiteral("Not available"),
+        QStringLiteral("This desktop gives no global hotkeys to programs. Bind \"scrubline seek "
+                       "+10\", \"scrubline seek -10\" and \"scrubline play-pause\" in its own "
+                       "keyboard shortcut settings."),
+        QStringLiteral("Open Keyboard Shortcuts"),
+        QStringLiteral("Players"),
+        QStringLiteral("The player did not answer over D-Bus. It may be busy or stopped."),
+        QStringLiteral("Browsers"),
+        QStringLiteral("The browser published no media session over D-Bus."),
+        QStringLiteral("Browsers publish what they play over D-Bus while Chrome's \"Hardware Media "
+                       "Key Handling\" and Firefox's media.hardwaremediakeys.enabled are on, as "
+                       "they are by default."),
+        QStringLiteral("Open Shortcut Settings"),
     };
     return texts;
+}
+
+namespace {
+
+// The desktop's own keyboard shortcut settings, as a program and its arguments; nothing where
+// the desktop is not one whose settings are known.
+QStringList shortcutSettingsCommand() {
+    const QStringList desktops =
+        qEnvironmentVariable("XDG_CURRENT_DESKTOP").split(QLatin1Char(':'), Qt::SkipEmptyParts);
+    const auto runs = [&desktops](const QString& name) {
+        return desktops.contains(name, Qt::CaseInsensitive);
+    };
+    if (runs(QStringLiteral("GNOME"))) {
+        const QString program =
+            QStandardPaths::findExecutable(QStringLiteral("gnome-control-center"));
+        if (!program.isEmpty()) {
+            return {program, QStringLiteral("keyboard")};
+        }
+    }
+    if (runs(QStringLiteral("KDE"))) {
+        for (const QString& name :
+             {QStringLiteral("systemsettings"), QStringLiteral("systemsettings5")}) {
+            const QString program = QStandardPaths::findExecutable(name);
+            if (!program.isEmpty()) {
+                return {program, QStringLiteral("kcm_keys")};
+            }
+        }
+    }
+    return {};
+}
+
+} // namespace
+
+bool LinuxDesktopIntegration::canOpenSettings(SettingsPane /*pane*/) const {
+    // Both places are the keyboard shortcuts here: that is where a player or a hotkey is let in.
+    return !shortcutSettingsCommand().isEmpty();
+}
+
+void LinuxDesktopIntegration::openSettings(SettingsPane /*pane*/) {
+    QStringList command = shortcutSettingsCommand();
+    if (command.isEmpty()) {
+        return;
+    }
+    const QString program = command.takeFirst();
+    if (!QProcess::startDetached(program, command)) {
+        qCWarning(Log::general(), "Could not start %s", qPrintable(program));
+    }
 }
 
 QString LinuxDesktopIntegration::systemDescription() const {

@@ -146,15 +146,18 @@ PermissionStatus MprisPlayerControl::probe(const PermissionItem& item, double ti
         return PermissionStatus::unknown;
     }
     const QStringList players = m_registry.playersOf(*app);
+    // A browser without a media session, like a player that has gone, has nothing to control.
+    if (players.isEmpty()) {
+        return PermissionStatus::appNotRunning;
+    }
     switch (item.kind) {
     case PermissionItem::Kind::automation:
-        if (!players.isEmpty() &&
-            MprisClient::readState(m_registry.bus(), players.constFirst(), milliseconds(timeout))) {
-            return PermissionStatus::granted;
-        }
-        return PermissionStatus::unknown;
+        // A player that does not answer in time (hung, or stopped) cannot be controlled.
+        return MprisClient::readState(m_registry.bus(), players.constFirst(), milliseconds(timeout))
+                   ? PermissionStatus::granted
+                   : PermissionStatus::denied;
     case PermissionItem::Kind::chromeJS:
-        return players.isEmpty() ? PermissionStatus::unknown : PermissionStatus::granted;
+        return PermissionStatus::granted;
     case PermissionItem::Kind::accessibility:
         break;
     }

@@ -22,6 +22,20 @@ const PlatformTexts& MacDesktopIntegration::texts() const {
                        "continue to work."),
         QStringLiteral("The menu bar icon is hidden. Hotkeys still work. Re-launch the app to show "
                        "it again."),
+        QStringLiteral("Accessibility"),
+        QStringLiteral("Accessibility"),
+        QStringLiteral("Optional. Required for IINA support."),
+        QStringLiteral("Granted"),
+        QStringLiteral("Not Granted"),
+        // The row has its button; the hint of its kind is for the generic rows.
+        QString(),
+        QStringLiteral("Open Accessibility Settings"),
+        QStringLiteral("Automation"),
+        QStringLiteral("Open System Settings > Privacy & Security > Automation to grant access."),
+        QStringLiteral("Chrome JavaScript"),
+        QStringLiteral("In Chrome: View > Developer > Allow JavaScript from Apple Events"),
+        QStringLiteral("Enable in Chrome: View > Developer > Allow JavaScript from Apple Events"),
+        QStringLiteral("Open System Settings"),
     };
     return texts;
 }
@@ -34,6 +48,21 @@ QString MacDesktopIntegration::systemDescription() const {
         .arg(version.majorVersion)
         .arg(version.minorVersion)
         .arg(version.patchVersion);
+}
+
+bool MacDesktopIntegration::canOpenSettings(SettingsPane /*pane*/) const {
+    return true;
+}
+
+void MacDesktopIntegration::openSettings(SettingsPane pane) {
+    NSString* address =
+        pane == SettingsPane::automation
+            ? @"x-apple.systempreferences:com.apple.preference.security?Privacy_Automation"
+            : @"x-apple.systempreferences:com.apple.preference.security?Privacy_Accessibility";
+    NSURL* url = [NSURL URLWithString:address];
+    if (url != nil) {
+        [[NSWorkspace sharedWorkspace] openURL:url];
+    }
 }
 
 void MacDesktopIntegration::setRegularActivation(bool regular) {

@@ -1,0 +1,78 @@
+#pragma once
+
+#include "models/PermissionItem.h"
+
+#include <QWidget>
+
+#include <memory>
+#include <vector>
+
+class DesktopIntegration;
+class PermissionChecker;
+class QLabel;
+class QPushButton;
+class Spinner;
+class SymbolView;
+struct PlatformTexts;
+
+// The settings tab that shows whether each media target may be controlled and whether the
+// keyboard can be had system-wide, and leads to the system's settings. It owns a checker of its
+// own and asks it again each time it appears; it never probes by itself otherwise.
+class PermissionsSettingsTab : public QWidget {
+    Q_OBJECT
+
+public:
+    PermissionsSettingsTab(std::unique_ptr<PermissionChecker> checker, DesktopIntegration& desktop,
+                           QWidget* parent = nullptr);
+    ~PermissionsSettingsTab() override;
+
+    PermissionChecker& checker() { return *m_checker; }
+
+    // What a status is called, and the symbol it is shown with (none for "checking", which
+    // spins instead).
+    static QString statusText(PermissionStatus status);
+    static QString statusSymbol(PermissionStatus status);
+
+    // Asks the checker again, unforced, and reads accessibility anew.
+    void refresh();
+
+protected:
+    void showEvent(QShowEvent* event) override;
+    void changeEvent(QEvent* event) override;
+
+private:
+    struct Row {
+        PermissionItem item;
+        QWidget* widget = nullptr;
+        SymbolView* icon = nullptr;
+        Spinner* spinner = nullptr;
+        QLabel* status = nullptr;
+        QLabel* hint = nullptr;
+    };
+
+    QWidget* makeAccessibilitySection();
+    QWidget* makeItemSection(const QString& title, PermissionItem::Kind kind,
+                             const QString& footnote);
+    void makeRow(const PermissionItem& item, QWidget* parent);
+    QWidget* makeButtons();
+    void showState();
+    void showRow(Row& row);
+    void applyColors();
+
+    std::unique_ptr<PermissionChecker> m_checker;
+    DesktopIntegration& m_desktop;
+    const PlatformTexts& m_texts;
+    std::vector<Row> m_rows;
+    QList<QWidget*> m_rowWidgets;
+    SymbolView* m_accessibilityIcon = nullptr;
+    SymbolView* m_accessibilitySymbol = nullptr;
+    QLabel* m_accessibilityDetail = nullptr;
+    QLabel* m_accessibilityStatus = nullptr;
+    QLabel* m_accessibilityHint = nullptr;
+    QPushButton* m_openAccessibility = nullptr;
+    QPushButton* m_check = nullptr;
+    Spinner* m_checking = nullptr;
+    QPushButton* m_openSettings = nullptr;
+    QList<QLabel*> m_secondaryTexts;
+    QList<SymbolView*> m_secondarySymbols;
+};

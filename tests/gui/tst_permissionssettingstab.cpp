@@ -1,0 +1,260 @@
+#include "core/PermissionChecker.h"
+#include "platform/Platform.h"
+#include "support/FakePlayers.h"
+#include "support/FakeRunningApps.h"
+#include "support/RecordingDesktop.h"
+#include "support/Screenshots.h"
+#include "views/PermissionsSettingsTab.h"
+#include "views/Spinner.h"
+#include "views/Style.h"
+#include "views/SymbolView.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QPushButton>
+#include <QSignalSpy>
+#include <QStyle>
+#include <QtTest>
+
+#include <memory>
+
+namespace {
+
+using Status = PermissionStatus;
+
+const QString spotify = QStringLiteral("Spotify");
+const QString chrome = QStringLiteral("Google Chrome");
+
+bool isOrange(const QColor& color) {
+    return color.hslSaturation() > 150 && color.hslHue() >= 25 && color.hslHue() <= 45;
+}
+
+bool isGreen(const QColor& color) {
+    return color.hslSaturation() > 100 && color.hslHue() >= 90 && color.hslHue() <= 150;
+}
+
+} // namespace
+
+class TestPermissionsSettingsTab : public QObject {
+    Q_OBJECT
+
+private:
+    std::shared_ptr<FakePlayers> m_players;
+    FakeRunningApps* m_running = nullptr;
+    std::unique_ptr<RecordingDesktop> m_desktop;
+    std::unique_ptr<PermissionsSettingsTab> m_tab;
+    bool m_trusted = false;
+    double m_now = 1000;
+
+    // The tab with its own checker over the fake players, shown as the window shows a page.
+    PermissionsSettingsTab& openTab(const QSet<QString>& running, bool show = true) {
+        auto apps = std::make_unique<FakeRunningApps>(running);
+        m_running = apps.get();
+        auto checker = std::make_unique<PermissionChecker>(
+            m_players, std::move(apps), [this] { return m_trusted; }, [this] { return m_now; });
+        m_tab = std::make_unique<PermissionsSettingsTab>(std::move(checker), *m_desktop);
+        m_tab->resize(456, m_tab->sizeHint().height());
+        if (show) {
+            m_tab->show();
+            if (!QTest::qWaitForWindowExposed(m_tab.get())) {
+                qWarning("the tab was not exposed");
+            }
+        }
+        return *m_tab;
+    }
+
+    QWidget* row(const QString& id) {
+        for (QWidget* each : m_tab->findChildren<QWidget*>(QStringLiteral("permissionRow"))) {
+            if (each->property("itemId").toString() == id) {
+                return each;
+            }
+        }
+        return nullptr;
+    }
+    QString statusOf(QWidget* row) {
+        return row->findChild<QLabel*>(QStringLiteral("statusText"))->text();
+    }
+    QColor statusColorOf(QWidget* row) {
+        auto* label = row->findChild<QLabel*>(QStringLiteral("statusText"));
+        return label->palette().color(label->foregroundRole());
+    }
+    SymbolView* iconOf(QWidget* row) {
+        return row->findChild<SymbolView*>(QStringLiteral("statusIcon"));
+    }
+    QLabel* hintOf(QWidget* row) { return row->findChild<QLabel*>(QStringLiteral("hint")); }
+    QPushButton* button(const char* name) {
+        return m_tab->findChild<QPushButton*>(QLatin1StringView(name));
+    }
+    void waitForCheck() { QTRY_VERIFY(!m_tab->checker().isChecking()); }
+
+private slots:
+    void init() {
+        m_players = std::make_shared<FakePlayers>();
+        m_desktop =
+            std::make_unique<RecordingDesktop>(Platform::createDesktopIntegration()->texts());
+        m_trusted = false;
+        m_now = 1000;
+    }
+    void cleanup() {
+        m_players->openGate();
+        m_tab.reset();
+        QApplication::setPalette(QApplication::style()->standardPalette());
+    }
+
+    void withNoResultsEveryRowIsNotChecked() {
+        // Made but never shown: nothing has asked the checker yet.
+        openTab({spotify, chrome}, false);
+        for (const PermissionItem& item : PermissionItem::all()) {
+            QWidget* shown = row(item.id);
+            QVERIFY2(shown != nullptr, qPrintable(item.id));
+            QCOMPARE(statusOf(shown), QStringLiteral("Not checked"));
+            QCOMPARE(iconOf(shown)->symbolName(), QStringLiteral("questionmark.circle.fill"));
+            QCOMPARE(iconOf(shown)->color(), Style::secondary(shown->palette()));
+            QVERIFY(!hintOf(shown)->isVisibleTo(m_tab.get()));
+        }
+        QVERIFY(m_players->subjects(FakePlayers::Call::probe).isEmpty());
+    }
+
+    void appearingRefreshesOnce() {
+        m_players->setProbeStatus(QStringLiteral("automation-spotify"), Status::granted);
+        openTab({spotify});
+        waitForCheck();
+        QCOMPARE(m_players->subjects(FakePlayers::Call::probe),
+                 QStringList{QStringLiteral("automation-spotify")});
+        QWidget* granted = row(QStringLiteral("automation-spotify"));
+        QCOMPARE(statusOf(granted), QStringLiteral("Granted"));
+        QCOMPARE(iconOf(granted)->symbolName(), QStringLiteral("checkmark.circle.fill"));
+        QVERIFY(isGreen(statusColorOf(granted)));
+        QVERIFY(isGreen(iconOf(granted)->color()));
+        QCOMPARE(granted->accessibleName(), QStringLiteral("Automation for Spotify: Granted"));
+    }
+
+    void aDeniedBrowserRowShowsTheCrossAndItsHint() {
+        m_players->setProbeStatus(QStringLiteral("automation-chrome"), Status::granted);
+        m_players->setProbeStatus(QStringLiteral("chrome-js"), Status::denied);
+        openTab({chrome});
+        waitForCheck();
+        QWidget* denied = row(QStringLiteral("chrome-js"));
+        QCOMPARE(statusOf(denied), QStringLiteral("Denied"));
+        QCOMPARE(iconOf(denied)->symbolName(), QStringLiteral("xmark.circle.fill"));
+        QVERIFY(isOrange(iconOf(denied)->color()));
+        QVERIFY(isOrange(statusColorOf(denied)));
+        QVERIFY(hintOf(denied)->isVisible());
+        QCOMPARE(hintOf(denied)->text(), m_desktop->texts().chromeDeniedHint);
+        QVERIFY(isOrange(hintOf(denied)->palette().color(hintOf(denied)->foregroundRole())));
+        QVERIFY(!hintOf(row(QStringLiteral("automation-chrome")))->isVisible());
+    }
+
+    void aTargetThatIsNotRunningShowsTheGreyMinusAndNoHint() {
+        openTab({});
+        waitForCheck();
+        QWidget* absent = row(QStringLiteral("automation-spotify"));
+        QCOMPARE(statusOf(absent), QStringLiteral("Not running"));
+        QCOMPARE(iconOf(absent)->symbolName(), QStringLiteral("minus.circle.fill"));
+        QCOMPARE(iconOf(absent)->color(), Style::secondary(absent->palette()));
+        QVERIFY(!hintOf(absent)->isVisible());
+        QVERIFY(m_players->subjects(FakePlayers::Call::probe).isEmpty());
+    }
+
+    void aProbeUnderWaySpinsAndTheButtonWaits() {
+        m_players->closeGate();
+        openTab({spotify});
+        QWidget* probing = row(QStringLiteral("automation-spotify"));
+        QTRY_VERIFY(m_tab->checker().isChecking());
+        QCOMPARE(statusOf(probing), QStringLiteral("Checking..."));
+        QVERIFY(probing->findChild<Spinner*>(QStringLiteral("statusSpinner"))->isVisible());
+        QVERIFY(!iconOf(probing)->isVisible());
+        QVERIFY(!button("checkPermissionsButton")->isEnabled());
+        QVERIFY(m_tab->findChild<Spinner*>(QStringLiteral("checkingSpinner"))->isVisible());
+        // The window stays usable meanwhile: events are served while the probe hangs.
+        bool served = false;
+        QTimer::singleShot(0, this, [&served] { served = true; });
+        QTRY_VERIFY(served);
+        m_players->openGate();
+        waitForCheck();
+        QVERIFY(button("checkPermissionsButton")->isEnabled());
+        QVERIFY(!m_tab->findChild<Spinner*>(QStringLiteral("checkingSpinner"))->isVisible());
+        QVERIFY(!probing->findChild<Spinner*>(QStringLiteral("statusSpinner"))->isVisible());
+    }
+
+    void checkingTwiceWithinTheCacheLifetimeShowsTheCachedResults() {
+        m_players->setProbeStatus(QStringLiteral("automation-spotify"), Status::granted);
+        openTab({spotify});
+        waitForCheck();
+        QTest::mouseClick(button("checkPermissionsButton"), Qt::LeftButton);
+        waitForCheck();
+        QTest::mouseClick(button("checkPermissionsButton"), Qt::LeftButton);
+        waitForCheck();
+        QCOMPARE(m_players->subjects(FakePlayers::Call::probe).size(), 1);
+        QCOMPARE(statusOf(row(QStringLiteral("automation-spotify"))), QStringLiteral("Granted"));
+        // Once the results are old, the button probes again.
+        m_now += PermissionChecker::cacheTTL + 1;
+        QTest::mouseClick(button("checkPermissionsButton"), Qt::LeftButton);
+        waitForCheck();
+        QCOMPARE(m_players->subjects(FakePlayers::Call::probe).size(), 2);
+    }
+
+    void accessibilityIsReadAgainOnEachRefresh() {
+        openTab({});
+        waitForCheck();
+        auto* status = m_tab->findChild<QWidget*>(QStringLiteral("accessibilityRow"))
+                           ->findChild<QLabel*>(QStringLiteral("statusText"));
+        QCOMPARE(status->text(), m_desktop->texts().accessibilityNotGranted);
+        QVERIFY(isOrange(status->palette().color(status->foregroundRole())));
+        QVERIFY(button("openAccessibilitySettingsButton")->isVisible());
+        m_trusted = true;
+        QTest::mouseClick(button("checkPermissionsButton"), Qt::LeftButton);
+        QCOMPARE(status->text(), m_desktop->texts().accessibilityGranted);
+        QVERIFY(isGreen(status->palette().color(status->foregroundRole())));
+        // Trusted: the button to the settings is gone.
+        QVERIFY(!button("openAccessibilitySettingsButton")->isVisible());
+    }
+
+    void theButtonsLeadToTheSystemsSettingsWhereThereAreSome() {
+        openTab({});
+        QTest::mouseClick(button("openSystemSettingsButton"), Qt::LeftButton);
+        QTest::mouseClick(button("openAccessibilitySettingsButton"), Qt::LeftButton);
+        QCOMPARE(m_desktop->calls(), (QStringList{QStringLiteral("openAutomation"),
+                                                  QStringLiteral("openAccessibility")}));
+        // A desktop without such settings shows neither button.
+        m_desktop->setCanOpenSettings(false);
+        openTab({});
+        QVERIFY(!button("openSystemSettingsButton")->isVisible());
+        QVERIFY(!button("openAccessibilitySettingsButton")->isVisible());
+    }
+
+    void screenshots_data() {
+        QTest::addColumn<bool>("dark");
+        QTest::newRow("light") << false;
+        QTest::newRow("dark") << true;
+    }
+    void screenshots() {
+        QFETCH(bool, dark);
+        QApplication::setPalette(dark ? Screenshots::darkPalette() : Screenshots::lightPalette());
+        const QString theme = dark ? QStringLiteral("dark") : QStringLiteral("light");
+        const auto shoot = [&](const QString& what) {
+            QApplication::processEvents();
+            m_tab->resize(456, m_tab->heightForWidth(456));
+            QApplication::processEvents();
+            QVERIFY(!Screenshots::save(m_tab->grab(),
+                                       QStringLiteral("permissions-tab-%1-%2").arg(what, theme))
+                         .isEmpty());
+        };
+        m_players->setProbeStatus(QStringLiteral("automation-spotify"), Status::granted);
+        m_players->setProbeStatus(QStringLiteral("automation-chrome"), Status::granted);
+        m_players->setProbeStatus(QStringLiteral("chrome-js"), Status::denied);
+        m_players->closeGate();
+        openTab({spotify, chrome});
+        QTRY_VERIFY(m_tab->checker().isChecking());
+        shoot(QStringLiteral("checking"));
+        m_players->openGate();
+        waitForCheck();
+        shoot(QStringLiteral("results"));
+        m_trusted = true;
+        m_tab->refresh();
+        shoot(QStringLiteral("trusted"));
+    }
+};
+
+QTEST_MAIN(TestPermissionsSettingsTab)
+#include "tst_permissionssettingstab.moc"
