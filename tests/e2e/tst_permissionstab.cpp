@@ -1,0 +1,110 @@
+#include "core/PermissionChecker.h"
+#include "platform/Platform.h"
+#include "platform/RunningApps.h"
+#include "support/PlayerProcess.h"
+#include "views/PermissionsSettingsTab.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QPushButton>
+#include <QtTest>
+
+#include <memory>
+
+namespace {
+
+const QString spotifyBusName = QStringLiteral("org.mpris.MediaPlayer2.spotify");
+const QString spotifyItem = QStringLiteral("automation-spotify");
+
+} // namespace
+
+// The Permissions tab over the real player control, with real player processes on the session
+// bus: what it shows is what the players answer.
+class TestPermissionsTab : public QObject {
+    Q_OBJECT
+
+private:
+    std::unique_ptr<DesktopIntegration> m_desktop;
+    std::unique_ptr<PermissionsSettingsTab> m_tab;
+
+    PermissionsSettingsTab& openTab() {
+        m_tab = std::make_unique<PermissionsSettingsTab>(
+            std::make_unique<PermissionChecker>(Platform::createPlayerControl(),
+                                                Platform::createRunningApps(),
+                                                &Platform::accessibilityTrusted),
+            *m_desktop);
+        m_tab->show();
+        if (!QTest::qWaitForWindowExposed(m_tab.get())) {
+            qWarning("the tab was not exposed");
+        }
+        return *m_tab;
+    }
+
+    QString statusOf(const QString& id) {
+        for (QWidget* row : m_tab->findChildren<QWidget*>(QStringLiteral("permissionRow"))) {
+            if (row->property("itemId").toString() == id) {
+                return row->findChild<QLabel*>(QStringLiteral("statusText"))->text();
+            }
+        }
+        return QStringLiteral("(no row)");
+    }
+
+    // Once the check that is under way is over.
+    QString checkedStatusOf(const QString& id) {
+        if (!QTest::qWaitFor([this] { return !m_tab->checker().isChecking(); }, 20000)) {
+            return QStringLiteral("(still checking)");
+        }
+        return statusOf(id);
+    }
+
+    static std::unique_ptr<PlayerProcess> spotify() {
+        auto process = PlayerProcess::fake({QStringLiteral("--name"), QStringLiteral("spotify")});
+        if (!process->waitForBusName(spotifyBusName)) {
+            qFatal("The player did not start");
+        }
+        return process;
+    }
+
+private slots:
+    void init() { m_desktop = Platform::createDesktopIntegration(); }
+    void cleanup() { m_tab.reset(); }
+
+    void aPlayerThatAnswersIsGranted() {
+        auto player = spotify();
+        openTab();
+        QCOMPARE(checkedStatusOf(spotifyItem), QStringLiteral("Granted"));
+    }
+
+    void aStoppedPlayerIsDeniedAndTheWindowStaysResponsive() {
+        auto player = spotify();
+        player->stop();
+        openTab();
+        QTRY_VERIFY(m_tab->checker().isChecking());
+        QCOMPARE(statusOf(spotifyItem), QStringLiteral("Checking..."));
+        // The window goes on serving events while the probe waits for the silent player.
+        int served = 0;
+        QTimer ticks;
+        connect(&ticks, &QTimer::timeout, this, [&served] { ++served; });
+        ticks.start(20);
+        QTRY_VERIFY(served >= 5);
+        QVERIFY(m_tab->checker().isChecking());
+        QCOMPARE(checkedStatusOf(spotifyItem), QStringLiteral("Denied"));
+        player->resume();
+    }
+
+    void aPlayerThatIsGoneIsNotRunning() {
+        auto player = spotify();
+        openTab();
+        QCOMPARE(checkedStatusOf(spotifyItem), QStringLiteral("Granted"));
+        player->kill();
+        // Once the session has seen it go; a new tab has a new checker, with no cache.
+        const auto running = Platform::createRunningApps();
+        QTRY_VERIFY(!running->runningNames().contains(QStringLiteral("Spotify")));
+        m_tab.reset();
+        openTab();
+        QCOMPARE(checkedStatusOf(spotifyItem), QStringLiteral("Not running"));
+    }
+};
+
+QTEST_MAIN(TestPermissionsTab)
+#include "tst_permissionstab.moc"
