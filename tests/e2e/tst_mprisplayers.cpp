@@ -493,9 +493,9 @@ private slots:
         QCOMPARE(control.probe(chromeJS, 3.0), PermissionStatus::granted);
         // A player that does not answer in time cannot be controlled.
         QCOMPARE(control.probe(spotifyItem, 0.3), PermissionStatus::denied);
-        // Music and Safari have no players here.
-        QCOMPARE(control.probe(items[1], 3.0), PermissionStatus::unknown);
-        QCOMPARE(control.probe(items[4], 3.0), PermissionStatus::unknown);
+        // Music and Safari have no players here, so they are never running.
+        QCOMPARE(control.probe(items[1], 3.0), PermissionStatus::appNotRunning);
+        QCOMPARE(control.probe(items[4], 3.0), PermissionStatus::appNotRunning);
     }
 
     // The whole path: a request through the controller reaches the playing player.
