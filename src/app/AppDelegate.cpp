@@ -1,9 +1,11 @@
 #include "AppDelegate.h"
 
 #include "core/MediaController.h"
+#include "models/KeyTable.h"
 #include "platform/PlayerControl.h"
 #include "settings/AppSettings.h"
 #include "utilities/ConcurrentQueue.h"
+#include "utilities/Logger.h"
 #include "utilities/MainThread.h"
 #include "views/HUDOverlayManager.h"
 
@@ -78,17 +80,52 @@ void AppDelegate::registerAllHotkeys() {
     if (actions.size() > qsizetype(std::numeric_limits<std::uint32_t>::max())) {
         qFatal("More seek actions than hotkey ids");
     }
+    QSet<QUuid> unavailable;
+    // The combinations this pass holds: a system that refuses the same combination twice to
+    // one program (Carbon does) is not another program holding it.
+    QSet<std::pair<std::uint16_t, std::uint32_t>> held;
     for (qsizetype i = 0; i < actions.size(); ++i) {
         const SeekAction& action = actions[i];
         const auto id = static_cast<std::uint32_t>(i + 1);
         // In the table even when the registration fails, like every other action.
         g_hotkeySecondsMap[id] = action.signedSeconds();
-        // A combination held elsewhere stays inactive, silently; so does every combination
-        // where the session has no global hotkeys.
+        if (m_suspended) {
+            continue;
+        }
+        // A global grab takes its key from every other program: a bare key (a fresh action
+        // not yet recorded, or one set in the file by hand) would swallow a plain letter
+        // system-wide, so it waits for a combination with a modifier.
+        if (action.carbonModifiers == 0) {
+            qCInfo(Log::general(), "Hotkey %s has no modifier key and is not registered",
+                   qPrintable(KeyTable::displayString(action.keyCode, action.carbonModifiers)));
+            continue;
+        }
         if (const auto handle = m_hotkeys->registerHotkey(action.keyCode, action.carbonModifiers,
                                                           hotkeySignature, id)) {
             m_hotKeyRefs.push_back(*handle);
+            held.insert({action.keyCode, action.carbonModifiers});
+        } else if (m_eventHandlerInstalled &&
+                   !held.contains({action.keyCode, action.carbonModifiers})) {
+            // Where the session offers hotkeys at all, a refusal means another program holds
+            // the combination; the row says so rather than leaving the user to guess.
+            unavailable.insert(action.id());
         }
+    }
+    if (!m_suspended && unavailable != m_unavailableActionIDs) {
+        m_unavailableActionIDs = unavailable;
+        emit unavailableActionIDsChanged(m_unavailableActionIDs);
+    }
+}
+
+void AppDelegate::setHotkeysSuspended(bool suspended) {
+    if (suspended == m_suspended) {
+        return;
+    }
+    m_suspended = suspended;
+    if (suspended) {
+        unregisterAllHotkeys();
+    } else {
+        registerAllHotkeys();
     }
 }
 

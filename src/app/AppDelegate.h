@@ -3,7 +3,9 @@
 #include "platform/HotkeyService.h"
 
 #include <QObject>
+#include <QSet>
 #include <QTimer>
+#include <QUuid>
 
 #include <cstdint>
 #include <map>
@@ -54,7 +56,18 @@ public:
     // How many hotkeys are registered now.
     qsizetype registeredHotkeyCount() const { return qsizetype(m_hotKeyRefs.size()); }
 
+    // The actions whose combination another program held at the last registration.
+    const QSet<QUuid>& unavailableActionIDs() const { return m_unavailableActionIDs; }
+
+    // While a hotkey recorder records, every grab is let go, so that pressing a combination
+    // that is already a hotkey records it instead of seeking; lifting the suspension registers
+    // the current list again.
+    void setHotkeysSuspended(bool suspended);
+    bool hotkeysSuspended() const { return m_suspended; }
+
 signals:
+    // The set of actions another program keeps from registering has changed.
+    void unavailableActionIDsChanged(const QSet<QUuid>& ids);
     // The scripts asked for by one precompileScripts() call are built.
     void scriptsPrecompiled();
 
@@ -68,6 +81,8 @@ private:
     HUDOverlayManager* m_overlay;
     std::vector<HotkeyService::Handle> m_hotKeyRefs;
     bool m_eventHandlerInstalled = false;
+    bool m_suspended = false;
+    QSet<QUuid> m_unavailableActionIDs;
     // The pending re-registration; stopping it cancels it.
     QTimer m_hotkeyDebounce;
 };

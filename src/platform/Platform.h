@@ -39,6 +39,10 @@ std::unique_ptr<HotkeyService> createHotkeyService();
 // Whether the program may watch the keyboard system-wide, read once.
 bool accessibilityTrusted();
 
+// Whether the toolkit reports the Command key as Control and Control as Meta, as it does on
+// macOS; the hotkey recorder reads the modifiers of a key event through this.
+bool toolkitSwapsControlAndCommand();
+
 // Why no graphical session can be used, or an empty string when one can. Checked before the
 // toolkit starts, which would otherwise abort with a long message of its own.
 QString displayProblem();

@@ -4,6 +4,8 @@
 
 #include <QList>
 
+#include <algorithm>
+
 #include <memory>
 
 // Stands for the system's hotkey service: records each call, refuses the combinations a test
@@ -28,6 +30,8 @@ public:
         QList<Handle> unregistered;
         // Combinations held elsewhere: (key code, modifiers).
         QList<std::pair<std::uint32_t, std::uint32_t>> heldElsewhere;
+        // Whether a combination this program holds already is refused, as Carbon does.
+        bool refusesRepeats = false;
         PressHandler handler;
 
         // A press of the hotkey registered under `id`, as the system would deliver it.
@@ -66,6 +70,14 @@ public:
         const Registration registration{keyCode, carbonModifiers, signature, id};
         m_record->attempts.append(registration);
         if (m_record->heldElsewhere.contains(std::pair{keyCode, carbonModifiers})) {
+            return std::nullopt;
+        }
+        const bool repeat = std::any_of(m_record->live.begin(), m_record->live.end(),
+                                        [&registration](const auto& entry) {
+                                            return entry.second.keyCode == registration.keyCode &&
+                                                   entry.second.modifiers == registration.modifiers;
+                                        });
+        if (repeat && m_record->refusesRepeats) {
             return std::nullopt;
         }
         const Handle handle = m_nextHandle++;

@@ -21,6 +21,7 @@ using Direction = SeekAction::Direction;
 using Registration = RecordingHotkeyService::Registration;
 
 constexpr std::uint32_t signature = 0x53435231; // "SCR1"
+const QString generalChannel = QStringLiteral("com.scrubline.app.general");
 constexpr std::uint32_t mask =
     CarbonModifier::control | CarbonModifier::option | CarbonModifier::command;
 
@@ -117,13 +118,27 @@ private slots:
     }
 
     // A fresh action without a recorded combination holds key code 0 (the A key) and no
-    // modifiers, and is registered as it is.
-    void anActionWithoutACombinationIsRegisteredAsTheBareAKey() {
-        storeActions({SeekAction(Direction::forward, 5, 0, 0)});
+    // modifiers; a bare key grabbed system-wide would take that key from every program, so
+    // neither it nor any other action without a modifier is registered. Both keep their ids.
+    void anActionWithoutAModifierIsNotRegistered() {
+        storeActions({SeekAction(Direction::forward, 5, 0, 0),
+                      SeekAction(Direction::backward, 5, 124, 0),
+                      SeekAction(Direction::forward, 10, 124, CarbonModifier::shift)});
+        LogCapture log;
         QVERIFY(launch());
-        QCOMPARE(m_hotkeys->attempts, (QList<Registration>{{0, 0, signature, 1}}));
-        QCOMPARE(m_hotkeys->liveIds(), QList<std::uint32_t>{1});
-        QCOMPARE(AppDelegate::hotkeySecondsMap(), table({{1, 5.0}}));
+        QCOMPARE(m_hotkeys->attempts,
+                 (QList<Registration>{{124, CarbonModifier::shift, signature, 3}}));
+        QCOMPARE(m_hotkeys->liveIds(), QList<std::uint32_t>{3});
+        QCOMPARE(AppDelegate::hotkeySecondsMap(), table({{1, 5.0}, {2, -5.0}, {3, 10.0}}));
+        QCOMPARE(log.count(generalChannel, QtInfoMsg,
+                           QStringLiteral("Hotkey A has no modifier key and is not registered")),
+                 1);
+        QCOMPARE(
+            log.count(generalChannel, QtInfoMsg,
+                      QStringLiteral("Hotkey \u2192 has no modifier key and is not registered")),
+            1);
+        // Not held by anyone: such an action is not marked as unavailable.
+        QVERIFY(m_delegate->unavailableActionIDs().isEmpty());
     }
 
     void playPauseAtPositionThreeIsIdThreeWithZeroAndIsNotPrecompiled() {
@@ -169,22 +184,85 @@ private slots:
         }
     }
 
-    void aCombinationHeldElsewhereStaysInactiveSilently() {
+    // It stays inactive, keeps its entry in the table, and is reported, so that its row can say
+    // why its hotkey does nothing.
+    void aCombinationHeldElsewhereIsReportedUnavailable() {
         m_hotkeys->heldElsewhere.append({123, mask});
-        storeActions({SeekAction(Direction::forward, 10, 124, mask),
-                      SeekAction(Direction::backward, 10, 123, mask),
-                      SeekAction(Direction::playPause, 0, 49, mask)});
+        const QList<SeekAction> actions{SeekAction(Direction::forward, 10, 124, mask),
+                                        SeekAction(Direction::backward, 10, 123, mask),
+                                        SeekAction(Direction::playPause, 0, 49, mask)};
+        storeActions(actions);
         LogCapture log;
         QVERIFY(launch());
         QCOMPARE(m_hotkeys->attempts.size(), 3);
         QCOMPARE(m_hotkeys->liveIds(), (QList<std::uint32_t>{1, 3}));
         QCOMPARE(m_delegate->registeredHotkeyCount(), 2);
-        // Its entry stays in the table.
         QCOMPARE(AppDelegate::hotkeySecondsMap(), table({{1, 10.0}, {2, -10.0}, {3, 0.0}}));
+        QCOMPARE(m_delegate->unavailableActionIDs(), QSet<QUuid>{actions[1].id()});
         QVERIFY(log.entries().isEmpty());
-        // The next pass gives back only what was granted.
+
+        // The same outcome again is no news; the next pass gives back only what was granted.
+        QSignalSpy changed(m_delegate.get(), &AppDelegate::unavailableActionIDsChanged);
         m_delegate->registerAllHotkeys();
         QCOMPARE(m_hotkeys->unregistered.size(), 2);
+        QCOMPARE(changed.size(), 0);
+
+        // Once the other program lets go, the next pass takes it and the mark goes.
+        m_hotkeys->heldElsewhere.clear();
+        m_delegate->registerAllHotkeys();
+        QCOMPARE(m_hotkeys->liveIds(), (QList<std::uint32_t>{1, 2, 3}));
+        QCOMPARE(changed.size(), 1);
+        QVERIFY(changed[0][0].value<QSet<QUuid>>().isEmpty());
+        QVERIFY(m_delegate->unavailableActionIDs().isEmpty());
+    }
+
+    // Where the system refuses a program the same combination twice, the second action on it
+    // is a conflict the row shows already, not another program's doing.
+    void aRepeatRefusedByTheSystemIsNotAnotherProgram() {
+        m_hotkeys->refusesRepeats = true;
+        storeActions({SeekAction(Direction::forward, 10, 124, mask),
+                      SeekAction(Direction::backward, 10, 124, mask)});
+        QVERIFY(launch());
+        QCOMPARE(m_hotkeys->attempts.size(), 2);
+        QCOMPARE(m_hotkeys->liveIds(), QList<std::uint32_t>{1});
+        QVERIFY(m_delegate->unavailableActionIDs().isEmpty());
+    }
+
+    // While a recorder records, no grab is held, edits still rebuild the table, and lifting the
+    // suspension registers the list as it is then.
+    void suspendingLetsGoOfEveryGrabUntilLifted() {
+        m_hotkeys->heldElsewhere.append({123, mask});
+        storeActions({SeekAction(Direction::forward, 10, 124, mask),
+                      SeekAction(Direction::backward, 10, 123, mask)});
+        QVERIFY(launch());
+        const QSet<QUuid> unavailable = m_delegate->unavailableActionIDs();
+        QCOMPARE(unavailable.size(), 1);
+        QSignalSpy changed(m_delegate.get(), &AppDelegate::unavailableActionIDsChanged);
+
+        m_delegate->setHotkeysSuspended(true);
+        QVERIFY(m_delegate->hotkeysSuspended());
+        QVERIFY(m_hotkeys->live.isEmpty());
+        QCOMPARE(m_delegate->registeredHotkeyCount(), 0);
+        const qsizetype attempts = m_hotkeys->attempts.size();
+
+        // An edit's debounced re-registration comes and goes without grabbing.
+        settings().setSeekActions({SeekAction(Direction::forward, 30, 116, mask),
+                                   SeekAction(Direction::backward, 10, 123, mask)});
+        QTRY_COMPARE_WITH_TIMEOUT(AppDelegate::hotkeySecondsMap(), table({{1, 30.0}, {2, -10.0}}),
+                                  10000);
+        QCOMPARE(m_hotkeys->attempts.size(), attempts);
+        // Unknown while nothing is tried: the last word stands.
+        QCOMPARE(m_delegate->unavailableActionIDs(), unavailable);
+        QCOMPARE(changed.size(), 0);
+
+        m_delegate->setHotkeysSuspended(false);
+        QCOMPARE(m_hotkeys->attempts.mid(attempts),
+                 (QList<Registration>{{116, mask, signature, 1}, {123, mask, signature, 2}}));
+        QCOMPARE(m_hotkeys->liveIds(), QList<std::uint32_t>{1});
+        QCOMPARE(m_delegate->registeredHotkeyCount(), 1);
+        // Suspending twice, or lifting what is not suspended, changes nothing.
+        m_delegate->setHotkeysSuspended(false);
+        QCOMPARE(m_hotkeys->liveIds(), QList<std::uint32_t>{1});
     }
 
     void tenEditsWithin300msReRegisterOnce() {

@@ -52,6 +52,10 @@ std::unique_ptr<HotkeyService> createHotkeyService() {
     return std::make_unique<X11HotkeyService>();
 }
 
+bool toolkitSwapsControlAndCommand() {
+    return false;
+}
+
 bool accessibilityTrusted() {
     // Any X11 client may grab keys on the root window.
     return displayProblem().isEmpty() && !qEnvironmentVariableIsSet("WAYLAND_DISPLAY");

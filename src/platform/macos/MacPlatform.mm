@@ -33,6 +33,11 @@ std::unique_ptr<HotkeyService> createHotkeyService() {
     return std::make_unique<CarbonHotkeyService>();
 }
 
+bool toolkitSwapsControlAndCommand() {
+    // Unless AA_MacDontSwapCtrlAndMeta is set, which this program never sets.
+    return true;
+}
+
 bool accessibilityTrusted() {
     return AXIsProcessTrusted();
 }
