@@ -17,6 +17,7 @@
 #include "views/AppsSettingsTab.h"
 #include "views/GeneralSettingsTab.h"
 #include "views/HUDOverlayManager.h"
+#include "views/HotkeysSettingsTab.h"
 #include "views/MenuBarExtra.h"
 #include "views/PermissionsSettingsTab.h"
 #include "views/SettingsView.h"
@@ -78,6 +79,7 @@ SettingsView* ScrublineApp::makeSettingsView() {
     auto* view = new SettingsView(m_settings->defaults());
     view->setPage(QStringLiteral("general"),
                   new GeneralSettingsTab(*m_settings, m_desktop->texts()));
+    view->setPage(QStringLiteral("hotkeys"), makeHotkeysTab());
     view->setPage(QStringLiteral("apps"), new AppsSettingsTab(*m_settings));
     view->setPage(QStringLiteral("permissions"),
                   new PermissionsSettingsTab(
@@ -91,4 +93,20 @@ SettingsView* ScrublineApp::makeSettingsView() {
                        WebAddresses::configured(QStringLiteral(SCRUBLINE_WEB_BASE)),
                        QStringLiteral("The Scrubline developers")}));
     return view;
+}
+
+HotkeysSettingsTab* ScrublineApp::makeHotkeysTab() {
+    auto* tab = new HotkeysSettingsTab(*m_settings);
+    if (Platform::toolkitSwapsControlAndCommand()) {
+        tab->setModifierMapping(HotkeyRecorder::ModifierMapping::swapped());
+    }
+    tab->setUnavailableActionIDs(m_appDelegate->unavailableActionIDs());
+    connect(m_appDelegate.get(), &AppDelegate::unavailableActionIDsChanged, tab,
+            &HotkeysSettingsTab::setUnavailableActionIDs);
+    // The Test button goes through the same queue as a press of the action's hotkey.
+    connect(tab, &HotkeysSettingsTab::seekRequested, m_mediaController.get(),
+            &MediaController::enqueueSeek);
+    connect(tab, &HotkeysSettingsTab::recordingChanged, m_appDelegate.get(),
+            &AppDelegate::setHotkeysSuspended);
+    return tab;
 }

@@ -7,6 +7,7 @@
 class AppDelegate;
 class AppSettings;
 class DesktopIntegration;
+class HotkeysSettingsTab;
 class HUDOverlayManager;
 class MediaController;
 class MediaStatus;
@@ -28,6 +29,8 @@ public:
 private:
     // A settings window with every tab, made anew each time it opens.
     SettingsView* makeSettingsView();
+    // The Hotkeys tab, tied to the hotkeys it edits and to the seek queue its Test buttons use.
+    HotkeysSettingsTab* makeHotkeysTab();
 
     // Declared in the order they are made, so they go in the reverse one.
     std::unique_ptr<AppSettings> m_settings;
