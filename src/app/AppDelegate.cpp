@@ -100,6 +100,8 @@ void AppDelegate::registerAllHotkeys() {
                    qPrintable(KeyTable::displayString(action.keyCode, action.carbonModifiers)));
             continue;
         }
+        m_hotkeys->describeHotkey(id, uuidString(action.id()).toStdString(),
+                                  action.label().toStdString());
         if (const auto handle = m_hotkeys->registerHotkey(action.keyCode, action.carbonModifiers,
                                                           hotkeySignature, id)) {
             m_hotKeyRefs.push_back(*handle);

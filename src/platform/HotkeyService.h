@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <functional>
 #include <optional>
+#include <string>
 
 // System-wide hotkeys: a key code and modifier mask, both as the reference platform numbers
 // them (the Carbon virtual key codes and hot-key modifier bits), registered under an owner
@@ -19,6 +20,12 @@ public:
     virtual bool installHandler(PressHandler handler) = 0;
     // Stops listening; registrations should be dropped before.
     virtual void removeHandler() = 0;
+
+    // How a desktop that lists the program's shortcuts in its own settings names the hotkey
+    // with this id: a name that stays the same across runs and a description. Given before the
+    // registration; key grabs have no use for it.
+    virtual void describeHotkey(std::uint32_t /*id*/, const std::string& /*name*/,
+                                const std::string& /*description*/) {}
 
     // Nothing when the combination cannot be had, most often because another program holds
     // it. Says nothing about why.

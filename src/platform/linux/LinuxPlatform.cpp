@@ -3,12 +3,15 @@
 #include "MprisPlayerRegistry.h"
 #include "MprisRunningApps.h"
 #include "NoSymbolImages.h"
+#include "PortalHotkeyService.h"
 #include "X11HotkeyService.h"
 #include "XdgAutostartLoginItem.h"
 #include "platform/IniSettings.h"
 #include "platform/Platform.h"
 
 #include <QCoreApplication>
+#include <QDBusConnection>
+#include <QGuiApplication>
 #include <QStandardPaths>
 
 #include <xcb/xcb.h>
@@ -49,6 +52,11 @@ std::unique_ptr<RunningApps> createRunningApps() {
 }
 
 std::unique_ptr<HotkeyService> createHotkeyService() {
+    // Under Wayland an X11 grab through XWayland fires only while an X window has the focus,
+    // which is no global hotkey at all: there the desktop portal hands out shortcuts.
+    if (QGuiApplication::platformName() == QStringLiteral("wayland")) {
+        return std::make_unique<PortalHotkeyService>(QDBusConnection::sessionBus());
+    }
     return std::make_unique<X11HotkeyService>();
 }
 

@@ -1,0 +1,273 @@
+// Global hotkeys through the desktop portal, as under Wayland: the service against a portal
+// that speaks the documented interfaces on the private bus, and the whole road from a
+// shortcut's activation to a player that moves.
+#include "app/AppDelegate.h"
+#include "core/MediaController.h"
+#include "core/MediaStatus.h"
+#include "platform/linux/MprisPlayerControl.h"
+#include "platform/linux/MprisPlayerRegistry.h"
+#include "platform/linux/MprisRunningApps.h"
+#include "platform/linux/PortalHotkeyService.h"
+#include "settings/AppSettings.h"
+#include "settings/UserDefaults.h"
+#include "support/FakePortal.h"
+#include "support/LogCapture.h"
+#include "support/PlayerProcess.h"
+#include "support/TempHome.h"
+
+#include <QDBusConnection>
+#include <QRegularExpression>
+#include <QSignalSpy>
+#include <QtTest>
+
+namespace {
+
+constexpr std::uint32_t hyper =
+    CarbonModifier::control | CarbonModifier::option | CarbonModifier::command;
+constexpr std::uint32_t signature = 0x53435231;
+const QString generalChannel = QStringLiteral("com.scrubline.app.general");
+
+QString trigger(const PortalShortcut& shortcut, const char* key = "preferred_trigger") {
+    return shortcut.properties.value(QString::fromLatin1(key)).toString();
+}
+
+} // namespace
+
+class TestPortalHotkeys : public QObject {
+    Q_OBJECT
+
+private:
+    std::unique_ptr<FakePortal> m_portal;
+
+    static QDBusConnection bus() { return QDBusConnection::sessionBus(); }
+
+    // The service with the two preset combinations, bound.
+    std::unique_ptr<PortalHotkeyService> boundService(QList<std::uint32_t>* presses) {
+        auto service = std::make_unique<PortalHotkeyService>(bus());
+        QSignalSpy bound(service.get(), &PortalHotkeyService::shortcutsBound);
+        service->installHandler([presses](std::uint32_t id) { presses->append(id); });
+        service->describeHotkey(1, "FORWARD-ID", "Forward 10 seconds");
+        service->describeHotkey(2, "BACKWARD-ID", "Backward 10 seconds");
+        service->registerHotkey(124, hyper, signature, 1);
+        service->registerHotkey(123, hyper, signature, 2);
+        if (!bound.wait(10000)) {
+            return nullptr;
+        }
+        return service;
+    }
+
+private slots:
+    void init() {
+        m_portal = std::make_unique<FakePortal>();
+        QVERIFY(m_portal->appear());
+    }
+
+    void cleanup() { m_portal.reset(); }
+
+    void triggersAreWrittenInTheShortcutFormat() {
+        QCOMPARE(PortalHotkeyService::preferredTrigger(124, hyper),
+                 std::optional<QString>(QStringLiteral("CTRL+ALT+LOGO+Right")));
+        QCOMPARE(PortalHotkeyService::preferredTrigger(0, CarbonModifier::shift),
+                 std::optional<QString>(QStringLiteral("SHIFT+a")));
+        QCOMPARE(PortalHotkeyService::preferredTrigger(116, CarbonModifier::control),
+                 std::optional<QString>(QStringLiteral("CTRL+Prior")));
+        QCOMPARE(PortalHotkeyService::preferredTrigger(82, CarbonModifier::option),
+                 std::optional<QString>(QStringLiteral("ALT+KP_0")));
+        QCOMPARE(PortalHotkeyService::preferredTrigger(43, CarbonModifier::command),
+                 std::optional<QString>(QStringLiteral("LOGO+comma")));
+        // A key code outside the table has no trigger, and is not offered.
+        QCOMPARE(PortalHotkeyService::preferredTrigger(0x7f, hyper), std::nullopt);
+    }
+
+    // Register first, then the version, a session, and one binding of both shortcuts, each
+    // answer awaited at the request path the token makes.
+    void theCallsComeInTheDocumentedOrder() {
+        QList<std::uint32_t> presses;
+        auto service = boundService(&presses);
+        QVERIFY(service != nullptr);
+        QCOMPARE(m_portal->members(),
+                 (QStringList{QStringLiteral("Register"), QStringLiteral("Get"),
+                              QStringLiteral("CreateSession"), QStringLiteral("BindShortcuts")}));
+        const QList<FakePortal::Call>& calls = m_portal->calls();
+        QCOMPARE(calls[0].arguments.value(0).toString(), QStringLiteral("com.scrubline.app"));
+        const QString sender = bus().baseService();
+        QCOMPARE(calls[0].sender, sender);
+        const QVariantMap options = qdbus_cast<QVariantMap>(calls[2].arguments.value(0));
+        const QString handleToken = options.value(QStringLiteral("handle_token")).toString();
+        const QString sessionToken =
+            options.value(QStringLiteral("session_handle_token")).toString();
+        QVERIFY(!handleToken.isEmpty() && !sessionToken.isEmpty() && handleToken != sessionToken);
+        QCOMPARE(m_portal->boundSession(), FakePortal::sessionPath(sender, sessionToken));
+        const QVariantMap bindOptions = qdbus_cast<QVariantMap>(calls[3].arguments.value(3));
+        QVERIFY(bindOptions.value(QStringLiteral("handle_token")).toString() != handleToken);
+        QCOMPARE(calls[3].arguments.value(2).toString(), QString()); // no parent window
+
+        const PortalShortcuts& bound = m_portal->boundShortcuts();
+        QCOMPARE(bound.size(), 2);
+        QCOMPARE(bound[0].id, QStringLiteral("FORWARD-ID"));
+        QCOMPARE(trigger(bound[0]), QStringLiteral("CTRL+ALT+LOGO+Right"));
+        QCOMPARE(trigger(bound[0], "description"), QStringLiteral("Forward 10 seconds"));
+        QCOMPARE(bound[1].id, QStringLiteral("BACKWARD-ID"));
+        QCOMPARE(trigger(bound[1]), QStringLiteral("CTRL+ALT+LOGO+Left"));
+        QVERIFY(service->isAvailable());
+    }
+
+    // The desktop, not the program, decides the final key; what it says is kept.
+    void theAssignedTriggersAreReadBack() {
+        m_portal->assignTrigger(QStringLiteral("BACKWARD-ID"), QStringLiteral("Ctrl+Alt+B"));
+        QList<std::uint32_t> presses;
+        auto service = boundService(&presses);
+        QVERIFY(service != nullptr);
+        QCOMPARE(service->assignedTriggers(),
+                 (std::map<std::uint32_t, QString>{{1, QStringLiteral("CTRL+ALT+LOGO+Right")},
+                                                   {2, QStringLiteral("Ctrl+Alt+B")}}));
+    }
+
+    // One press per Activated, a held key's repeats included; the session's own shortcuts only.
+    void eachActivationIsOnePress() {
+        QList<std::uint32_t> presses;
+        auto service = boundService(&presses);
+        QVERIFY(service != nullptr);
+        const QString session = m_portal->boundSession();
+        m_portal->activate(session, QStringLiteral("BACKWARD-ID"));
+        m_portal->activate(session, QStringLiteral("FORWARD-ID"));
+        m_portal->activate(session, QStringLiteral("FORWARD-ID"));
+        m_portal->activate(session, QStringLiteral("FORWARD-ID"));
+        QTRY_COMPARE(presses, (QList<std::uint32_t>{2, 1, 1, 1}));
+        m_portal->activate(session + QStringLiteral("x"), QStringLiteral("FORWARD-ID"));
+        m_portal->activate(session, QStringLiteral("UNKNOWN"));
+        QTest::qWait(300);
+        QCOMPARE(presses.size(), 4);
+    }
+
+    // A session binds once: a changed list closes it and binds in a new one, once per burst.
+    void aChangedListIsBoundInANewSession() {
+        QList<std::uint32_t> presses;
+        auto service = boundService(&presses);
+        QVERIFY(service != nullptr);
+        const QString first = m_portal->boundSession();
+        QSignalSpy bound(service.get(), &PortalHotkeyService::shortcutsBound);
+        service->unregisterHotkey(1);
+        service->unregisterHotkey(2);
+        service->describeHotkey(1, "FORWARD-ID", "Forward 30 seconds");
+        service->registerHotkey(116, hyper, signature, 1);
+        QVERIFY(bound.wait(10000));
+        QTest::qWait(200);
+        QCOMPARE(bound.size(), 1);
+        QCOMPARE(m_portal->members().count(QStringLiteral("CreateSession")), 2);
+        QVERIFY(m_portal->boundSession() != first);
+        QCOMPARE(m_portal->openSessions(), QSet<QString>{m_portal->boundSession()});
+        QCOMPARE(m_portal->boundShortcuts().size(), 1);
+        QCOMPARE(trigger(m_portal->boundShortcuts()[0]), QStringLiteral("CTRL+ALT+LOGO+Prior"));
+        // The old session's activations no longer count.
+        m_portal->activate(first, QStringLiteral("FORWARD-ID"));
+        m_portal->activate(m_portal->boundSession(), QStringLiteral("FORWARD-ID"));
+        QTRY_COMPARE(presses, QList<std::uint32_t>{1});
+        QTest::qWait(200);
+        QCOMPARE(presses, QList<std::uint32_t>{1});
+    }
+
+    // A portal that restarts has forgotten the program: it registers again and binds anew.
+    void aPortalThatComesBackIsToldAgain() {
+        QList<std::uint32_t> presses;
+        auto service = boundService(&presses);
+        QVERIFY(service != nullptr);
+        QSignalSpy bound(service.get(), &PortalHotkeyService::shortcutsBound);
+        m_portal->disappear();
+        QTest::qWait(300);
+        const qsizetype before = m_portal->calls().size();
+        QVERIFY(m_portal->appear());
+        QVERIFY(bound.wait(10000));
+        const QStringList after = m_portal->members().mid(before);
+        QCOMPARE(after,
+                 (QStringList{QStringLiteral("Register"), QStringLiteral("Get"),
+                              QStringLiteral("CreateSession"), QStringLiteral("BindShortcuts")}));
+        m_portal->activate(m_portal->boundSession(), QStringLiteral("BACKWARD-ID"));
+        QTRY_COMPARE(presses, QList<std::uint32_t>{2});
+    }
+
+    // Without a portal the program says once that there are no global hotkeys, and what to do.
+    void withoutAPortalItSaysSoOnce() {
+        m_portal->disappear();
+        LogCapture log;
+        PortalHotkeyService service(bus());
+        QVERIFY(service.installHandler([](std::uint32_t) {}));
+        service.registerHotkey(124, hyper, signature, 1);
+        QTRY_COMPARE(log.entries().size(), 1);
+        QCOMPARE(log.entries()[0].type, QtWarningMsg);
+        QVERIFY(log.entries()[0].message.startsWith(
+            QStringLiteral("Global hotkeys are not available in this session")));
+        QVERIFY(log.entries()[0].message.contains(QStringLiteral("scrubline seek +10")));
+        service.unregisterHotkey(1);
+        service.registerHotkey(123, hyper, signature, 2);
+        QTest::qWait(300);
+        QCOMPARE(log.entries().size(), 1);
+        QVERIFY(!service.isAvailable());
+    }
+
+    // The whole road: the default actions in the store are offered with their combinations, an
+    // activation moves the player by the action's step, and an edit binds again.
+    void anActivationMovesThePlayer() {
+        TempHome home;
+        AppSettings settings(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+            home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)));
+        MprisPlayerRegistry registry(bus());
+        auto spotify = PlayerProcess::fake({QStringLiteral("--name"), QStringLiteral("spotify"),
+                                            QStringLiteral("--spotify"),
+                                            QStringLiteral("--position"), QStringLiteral("60")});
+        QVERIFY(spotify->waitForBusName(QStringLiteral("org.mpris.MediaPlayer2.spotify")));
+        QTRY_COMPARE(registry.runningApps().size(), 1);
+        auto control = std::make_shared<MprisPlayerControl>(registry);
+        MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
+        MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
+                                   status);
+        auto service = std::make_unique<PortalHotkeyService>(bus());
+        PortalHotkeyService* portalService = service.get();
+        QSignalSpy bound(portalService, &PortalHotkeyService::shortcutsBound);
+        AppDelegate delegate(std::move(service), control, settings, controller);
+        delegate.applicationDidFinishLaunching();
+        QVERIFY(bound.wait(10000));
+
+        const QList<SeekAction>& actions = settings.seekActions();
+        PortalShortcuts bindings = m_portal->boundShortcuts();
+        QCOMPARE(bindings.size(), actions.size());
+        for (qsizetype i = 0; i < actions.size(); ++i) {
+            QCOMPARE(bindings[i].id, uuidString(actions[i].id()));
+            QCOMPARE(trigger(bindings[i], "description"), actions[i].label());
+            QCOMPARE(trigger(bindings[i]), *PortalHotkeyService::preferredTrigger(
+                                               actions[i].keyCode, actions[i].carbonModifiers));
+        }
+        QCOMPARE(trigger(bindings[0]), QStringLiteral("CTRL+ALT+LOGO+Right"));
+
+        QSignalSpy finished(&controller, &MediaController::seekFinished);
+        m_portal->activate(m_portal->boundSession(), uuidString(actions[0].id()));
+        QTRY_COMPARE(finished.size(), 1);
+        // The player was told to move by the forward step: to where it was plus 10 s, or by
+        // 10 s from where it is.
+        const QStringList moves =
+            spotify->calls().filter(QRegularExpression(QStringLiteral("^(SetPosition|Seek) ")));
+        QCOMPARE(moves.size(), 1);
+        const qint64 value = moves[0].section(QLatin1Char(' '), -1).toLongLong();
+        if (moves[0].startsWith(QStringLiteral("Seek "))) {
+            QCOMPARE(value, 10'000'000);
+        } else {
+            QVERIFY2(value >= 69'500'000 && value <= 72'000'000, qPrintable(moves[0]));
+        }
+
+        // An edit in the store: its debounced save binds again, with the new combination.
+        QList<SeekAction> edited = actions;
+        edited[0].keyCode = 116;
+        settings.setSeekActions(edited);
+        QTRY_VERIFY_WITH_TIMEOUT(m_portal->members().count(QStringLiteral("CreateSession")) == 2,
+                                 10000);
+        QTRY_COMPARE_WITH_TIMEOUT(m_portal->members().count(QStringLiteral("BindShortcuts")), 2,
+                                  10000);
+        QCOMPARE(trigger(m_portal->boundShortcuts()[0]), QStringLiteral("CTRL+ALT+LOGO+Prior"));
+        QCOMPARE(m_portal->openSessions().size(), 1);
+        delegate.applicationWillTerminate();
+        QTRY_VERIFY(m_portal->openSessions().isEmpty());
+    }
+};
+
+QTEST_GUILESS_MAIN(TestPortalHotkeys)
+#include "tst_portalhotkeys.moc"

@@ -1,0 +1,157 @@
+#include "FakePortal.h"
+
+#include <QDBusMessage>
+#include <QDBusMetaType>
+#include <QDBusObjectPath>
+#include <QDBusVariant>
+#include <QDateTime>
+#include <QTimer>
+
+namespace {
+
+const QString serviceName = QStringLiteral("org.freedesktop.portal.Desktop");
+const QString rootPath = QStringLiteral("/org/freedesktop/portal/desktop");
+const QString shortcutsInterface = QStringLiteral("org.freedesktop.portal.GlobalShortcuts");
+
+QString senderElement(const QString& sender) {
+    QString element = sender.mid(1);
+    element.replace(QLatin1Char('.'), QLatin1Char('_'));
+    return element;
+}
+
+} // namespace
+
+FakePortal::FakePortal()
+    : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus,
+                                          QStringLiteral("fake-portal"))) {
+    qDBusRegisterMetaType<PortalShortcut>();
+    qDBusRegisterMetaType<PortalShortcuts>();
+    m_bus.registerVirtualObject(rootPath, this, QDBusConnection::SubPath);
+}
+
+FakePortal::~FakePortal() {
+    m_bus.unregisterObject(rootPath, QDBusConnection::UnregisterTree);
+    disappear();
+    QDBusConnection::disconnectFromBus(QStringLiteral("fake-portal"));
+}
+
+bool FakePortal::appear() {
+    return m_bus.registerService(serviceName);
+}
+
+void FakePortal::disappear() {
+    m_bus.unregisterService(serviceName);
+    m_open.clear();
+}
+
+QStringList FakePortal::members() const {
+    QStringList members;
+    for (const Call& call : m_calls) {
+        members << call.member;
+    }
+    return members;
+}
+
+QString FakePortal::requestPath(const QString& sender, const QString& token) {
+    return rootPath + QStringLiteral("/request/") + senderElement(sender) + QLatin1Char('/') +
+           token;
+}
+
+QString FakePortal::sessionPath(const QString& sender, const QString& token) {
+    return rootPath + QStringLiteral("/session/") + senderElement(sender) + QLatin1Char('/') +
+           token;
+}
+
+void FakePortal::activate(const QString& session, const QString& shortcutId) {
+    QDBusMessage signal =
+        QDBusMessage::createSignal(rootPath, shortcutsInterface, QStringLiteral("Activated"));
+    signal << QVariant::fromValue(QDBusObjectPath(session)) << shortcutId
+           << QVariant::fromValue(static_cast<qulonglong>(QDateTime::currentMSecsSinceEpoch()))
+           << QVariantMap();
+    m_bus.send(signal);
+}
+
+QString FakePortal::introspect(const QString& /*path*/) const {
+    return QString();
+}
+
+void FakePortal::respond(const QString& request, uint response, const QVariantMap& results) {
+    // After the method's own reply, as the portal does.
+    QTimer::singleShot(0, this, [this, request, response, results] {
+        QDBusMessage signal = QDBusMessage::createSignal(
+            request, QStringLiteral("org.freedesktop.portal.Request"), QStringLiteral("Response"));
+        signal << response << results;
+        m_bus.send(signal);
+    });
+}
+
+bool FakePortal::handleMessage(const QDBusMessage& message, const QDBusConnection& connection) {
+    m_calls.append({message.path(), message.interface(), message.member(), message.arguments(),
+                    message.service()});
+    const QString member = message.member();
+    const QVariantList arguments = message.arguments();
+    if (message.interface() == QStringLiteral("org.freedesktop.host.portal.Registry") &&
+        member == QStringLiteral("Register")) {
+        connection.send(message.createReply());
+        return true;
+    }
+    if (message.interface() == QStringLiteral("org.freedesktop.DBus.Properties") &&
+        member == QStringLiteral("Get") && arguments.value(0).toString() == shortcutsInterface &&
+        arguments.value(1).toString() == QStringLiteral("version")) {
+        connection.send(message.createReply(QVariant::fromValue(QDBusVariant(uint(2)))));
+        return true;
+    }
+    if (message.interface() == QStringLiteral("org.freedesktop.portal.Session") &&
+        member == QStringLiteral("Close")) {
+        m_open.remove(message.path());
+        connection.send(message.createReply());
+        return true;
+    }
+    if (message.interface() != shortcutsInterface) {
+        connection.send(message.createErrorReply(QStringLiteral("org.freedesktop.DBus.Error."
+                                                                "UnknownMethod"),
+                                                 QStringLiteral("No such method")));
+        return true;
+    }
+    const QVariantMap options = qdbus_cast<QVariantMap>(arguments.value(arguments.size() - 1));
+    const QString request =
+        requestPath(message.service(), options.value(QStringLiteral("handle_token")).toString());
+    if (member == QStringLiteral("CreateSession")) {
+        const QString session = sessionPath(
+            message.service(), options.value(QStringLiteral("session_handle_token")).toString());
+        m_open.insert(session);
+        connection.send(message.createReply(QVariant::fromValue(QDBusObjectPath(request))));
+        respond(request, 0, {{QStringLiteral("session_handle"), session}});
+        return true;
+    }
+    if (member == QStringLiteral("BindShortcuts")) {
+        m_boundSession = arguments.value(0).value<QDBusObjectPath>().path();
+        m_bound = qdbus_cast<PortalShortcuts>(arguments.value(1));
+        connection.send(message.createReply(QVariant::fromValue(QDBusObjectPath(request))));
+        if (!m_open.contains(m_boundSession)) {
+            respond(request, 2, {});
+            return true;
+        }
+        PortalShortcuts granted;
+        for (const PortalShortcut& shortcut : m_bound) {
+            const QString trigger = m_assigned.value(
+                shortcut.id,
+                shortcut.properties.value(QStringLiteral("preferred_trigger")).toString());
+            granted.append({shortcut.id,
+                            {{QStringLiteral("description"),
+                              shortcut.properties.value(QStringLiteral("description"))},
+                             {QStringLiteral("trigger_description"), trigger}}});
+        }
+        respond(request, 0, {{QStringLiteral("shortcuts"), QVariant::fromValue(granted)}});
+        return true;
+    }
+    if (member == QStringLiteral("ListShortcuts")) {
+        connection.send(message.createReply(QVariant::fromValue(QDBusObjectPath(request))));
+        respond(request, 0, {{QStringLiteral("shortcuts"), QVariant::fromValue(m_bound)}});
+        return true;
+    }
+    connection.send(
+        message.createErrorReply(QStringLiteral("org.freedesktop.DBus.Error.UnknownMethod"),
+                                 QStringLiteral("No such method")));
+    return true;
+}

@@ -1,0 +1,71 @@
+#pragma once
+
+#include "platform/linux/PortalShortcut.h"
+
+#include <QDBusConnection>
+#include <QDBusVirtualObject>
+#include <QList>
+#include <QMap>
+#include <QObject>
+#include <QSet>
+#include <QString>
+#include <QVariantList>
+
+// The desktop portal's global shortcuts as a desktop that has them serves them, on the test's
+// private bus under the portal's own name, over a connection of its own: the host registry's
+// Register, the GlobalShortcuts interface (CreateSession, BindShortcuts, ListShortcuts, its
+// version property, the Activated signal) and the Request and Session objects, as documented.
+// It records every call, and lets the test press a bound shortcut.
+class FakePortal : public QDBusVirtualObject {
+    Q_OBJECT
+
+public:
+    struct Call {
+        QString path;
+        QString interface;
+        QString member;
+        QVariantList arguments;
+        QString sender;
+    };
+
+    FakePortal();
+    ~FakePortal() override;
+
+    // Takes the portal's name; false when the bus refused it.
+    bool appear();
+    // Lets go of the name, as a portal that crashed or was restarted.
+    void disappear();
+
+    // Where the desktop gives a shortcut another trigger than the one preferred.
+    void assignTrigger(const QString& shortcutId, const QString& trigger) {
+        m_assigned.insert(shortcutId, trigger);
+    }
+
+    const QList<Call>& calls() const { return m_calls; }
+    QStringList members() const;
+    // The sessions created and not closed, by handle.
+    const QSet<QString>& openSessions() const { return m_open; }
+    // The shortcuts of the last BindShortcuts call, and the session it was for.
+    const PortalShortcuts& boundShortcuts() const { return m_bound; }
+    const QString& boundSession() const { return m_boundSession; }
+
+    // Sends Activated for the shortcut in the session, as a press of its trigger does.
+    void activate(const QString& session, const QString& shortcutId);
+
+    // The request path a caller's token makes, as the portal documents it.
+    static QString requestPath(const QString& sender, const QString& token);
+    static QString sessionPath(const QString& sender, const QString& token);
+
+    QString introspect(const QString& path) const override;
+    bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
+
+private:
+    void respond(const QString& request, uint response, const QVariantMap& results);
+
+    QDBusConnection m_bus;
+    QList<Call> m_calls;
+    QSet<QString> m_open;
+    PortalShortcuts m_bound;
+    QString m_boundSession;
+    QMap<QString, QString> m_assigned;
+};
