@@ -119,6 +119,10 @@ void AppDelegate::registerAllHotkeys() {
     }
 }
 
+QString AppDelegate::hotkeyMechanism() const {
+    return m_eventHandlerInstalled ? QString::fromStdString(m_hotkeys->mechanism()) : QString();
+}
+
 void AppDelegate::setHotkeysSuspended(bool suspended) {
     if (suspended == m_suspended) {
         return;

@@ -56,6 +56,10 @@ public:
     // How many hotkeys are registered now.
     qsizetype registeredHotkeyCount() const { return qsizetype(m_hotKeyRefs.size()); }
 
+    // How presses reach the program, where the platform names it: empty before launch, and
+    // while the session gives no global hotkeys.
+    QString hotkeyMechanism() const;
+
     // The actions whose combination another program held at the last registration.
     const QSet<QUuid>& unavailableActionIDs() const { return m_unavailableActionIDs; }
 

@@ -81,11 +81,19 @@ SettingsView* ScrublineApp::makeSettingsView() {
                   new GeneralSettingsTab(*m_settings, m_desktop->texts()));
     view->setPage(QStringLiteral("hotkeys"), makeHotkeysTab());
     view->setPage(QStringLiteral("apps"), new AppsSettingsTab(*m_settings));
-    view->setPage(QStringLiteral("permissions"),
-                  new PermissionsSettingsTab(
-                      std::make_unique<PermissionChecker>(m_players, Platform::createRunningApps(),
-                                                          &Platform::accessibilityTrusted),
-                      *m_desktop));
+    // Where the platform names the means by which hotkeys work (key grabs, the desktop's
+    // portal), having one is what the hotkey row asks about.
+    auto* permissions = new PermissionsSettingsTab(
+        std::make_unique<PermissionChecker>(m_players, Platform::createRunningApps(),
+                                            [this] {
+                                                return Platform::accessibilityTrusted() ||
+                                                       !m_appDelegate->hotkeyMechanism().isEmpty();
+                                            }),
+        *m_desktop);
+    if (const QString mechanism = m_appDelegate->hotkeyMechanism(); !mechanism.isEmpty()) {
+        permissions->setAccessibilityGrantedText(mechanism);
+    }
+    view->setPage(QStringLiteral("permissions"), permissions);
     view->setPage(QStringLiteral("about"),
                   new AboutSettingsTab(
                       {QCoreApplication::applicationVersion(),

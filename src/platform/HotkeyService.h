@@ -21,6 +21,11 @@ public:
     // Stops listening; registrations should be dropped before.
     virtual void removeHandler() = 0;
 
+    // The means by which presses reach the program, as the Permissions tab names it ("X11 key
+    // grabs"), once the session is known to give it; empty where the platform names none, or
+    // while there is none.
+    virtual std::string mechanism() const { return {}; }
+
     // How a desktop that lists the program's shortcuts in its own settings names the hotkey
     // with this id: a name that stays the same across runs and a description. Given before the
     // registration; key grabs have no use for it.

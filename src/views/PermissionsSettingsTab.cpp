@@ -64,7 +64,8 @@ PermissionsSettingsTab::PermissionsSettingsTab(std::unique_ptr<PermissionChecker
     : QWidget(parent)
     , m_checker(std::move(checker))
     , m_desktop(desktop)
-    , m_texts(desktop.texts()) {
+    , m_texts(desktop.texts())
+    , m_accessibilityGrantedText(m_texts.accessibilityGranted) {
     setObjectName(QStringLiteral("permissionsSettingsTab"));
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(outerPadding, outerPadding, outerPadding, outerPadding);
@@ -260,6 +261,11 @@ QWidget* PermissionsSettingsTab::makeButtons() {
     return section;
 }
 
+void PermissionsSettingsTab::setAccessibilityGrantedText(const QString& text) {
+    m_accessibilityGrantedText = text;
+    showState();
+}
+
 void PermissionsSettingsTab::refresh() {
     // Deliberately unforced, also from the button: results still fresh are shown again.
     m_checker->checkAll(false);
@@ -278,7 +284,7 @@ void PermissionsSettingsTab::showState() {
     const bool granted = m_checker->accessibilityGranted();
     m_accessibilityIcon->setSymbolName(
         statusSymbol(granted ? PermissionStatus::granted : PermissionStatus::denied));
-    m_accessibilityStatus->setText(granted ? m_texts.accessibilityGranted
+    m_accessibilityStatus->setText(granted ? m_accessibilityGrantedText
                                            : m_texts.accessibilityNotGranted);
     m_accessibilityHint->setVisible(!granted && !m_texts.accessibilityHint.isEmpty());
     m_openAccessibility->parentWidget()->setVisible(!granted &&

@@ -33,6 +33,10 @@ public:
     static QString statusText(PermissionStatus status);
     static QString statusSymbol(PermissionStatus status);
 
+    // Names the means by which hotkeys work, where the platform has more than one, in place of
+    // the platform's word for granted.
+    void setAccessibilityGrantedText(const QString& text);
+
     // Asks the checker again, unforced, and reads accessibility anew.
     void refresh();
 
@@ -62,6 +66,7 @@ private:
     std::unique_ptr<PermissionChecker> m_checker;
     DesktopIntegration& m_desktop;
     const PlatformTexts& m_texts;
+    QString m_accessibilityGrantedText;
     std::vector<Row> m_rows;
     QList<QWidget*> m_rowWidgets;
     SymbolView* m_accessibilityIcon = nullptr;

@@ -110,6 +110,7 @@ private slots:
         QCOMPARE(bound[1].id, QStringLiteral("BACKWARD-ID"));
         QCOMPARE(trigger(bound[1]), QStringLiteral("CTRL+ALT+LOGO+Left"));
         QVERIFY(service->isAvailable());
+        QCOMPARE(service->mechanism(), std::string("Desktop portal"));
     }
 
     // The desktop, not the program, decides the final key; what it says is kept.
@@ -203,6 +204,7 @@ private slots:
         QTest::qWait(300);
         QCOMPARE(log.entries().size(), 1);
         QVERIFY(!service.isAvailable());
+        QCOMPARE(service.mechanism(), std::string());
     }
 
     // The whole road: the default actions in the store are offered with their combinations, an

@@ -210,6 +210,24 @@ private slots:
         QVERIFY(!button("openAccessibilitySettingsButton")->isVisible());
     }
 
+    // Where hotkeys come by one of several means, the row names the one in use; without any,
+    // it says they are not available whatever it was told.
+    void theHotkeyRowNamesTheMeansInUse() {
+        openTab({});
+        waitForCheck();
+        QWidget* accessibilityRow = m_tab->findChild<QWidget*>(QStringLiteral("accessibilityRow"));
+        auto* status = accessibilityRow->findChild<QLabel*>(QStringLiteral("statusText"));
+        m_tab->setAccessibilityGrantedText(QStringLiteral("Desktop portal"));
+        QCOMPARE(status->text(), m_desktop->texts().accessibilityNotGranted);
+        m_trusted = true;
+        QTest::mouseClick(button("checkPermissionsButton"), Qt::LeftButton);
+        QCOMPARE(status->text(), QStringLiteral("Desktop portal"));
+        QVERIFY(accessibilityRow->findChild<QWidget*>(QStringLiteral("statusIcon"))
+                    ->parentWidget()
+                    ->accessibleName()
+                    .endsWith(QStringLiteral(": Desktop portal")));
+    }
+
     void theButtonsLeadToTheSystemsSettingsWhereThereAreSome() {
         openTab({});
         QTest::mouseClick(button("openSystemSettingsButton"), Qt::LeftButton);

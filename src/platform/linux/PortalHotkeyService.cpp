@@ -140,6 +140,10 @@ PortalHotkeyService::registerHotkey(std::uint32_t keyCode, std::uint32_t carbonM
     return handle;
 }
 
+std::string PortalHotkeyService::mechanism() const {
+    return m_available ? "Desktop portal" : std::string();
+}
+
 void PortalHotkeyService::unregisterHotkey(Handle handle) {
     if (m_registrations.erase(handle) > 0) {
         scheduleBind();

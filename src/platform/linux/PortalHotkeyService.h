@@ -39,6 +39,7 @@ public:
     std::optional<Handle> registerHotkey(std::uint32_t keyCode, std::uint32_t carbonModifiers,
                                          std::uint32_t signature, std::uint32_t id) override;
     void unregisterHotkey(Handle handle) override;
+    std::string mechanism() const override;
 
     // A combination in the shortcut format desktops read, such as "CTRL+ALT+LOGO+Right";
     // nothing for a key outside the key table.

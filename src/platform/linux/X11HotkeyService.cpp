@@ -161,6 +161,10 @@ std::optional<HotkeyService::Handle> X11HotkeyService::registerHotkey(std::uint3
     return handle;
 }
 
+std::string X11HotkeyService::mechanism() const {
+    return m_connection != nullptr ? "X11 key grabs" : std::string();
+}
+
 void X11HotkeyService::unregisterHotkey(Handle handle) {
     const auto found = m_registrations.find(handle);
     if (found == m_registrations.end()) {
