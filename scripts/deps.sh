@@ -10,11 +10,11 @@ case "$(uname -s)" in
 Linux)
     command -v apt-get >/dev/null || { echo "deps: this script knows Debian and Ubuntu (apt-get)" >&2; exit 1; }
     packages=(cmake ninja-build g++ pkg-config qt6-base-dev qt6-svg-dev qt6-qpa-plugins
-              libgl-dev libxcb1-dev libxkbcommon-dev libdbus-1-dev fonts-dejavu-core)
+              libgl-dev libxcb1-dev libxkbcommon-dev libdbus-1-dev qt6-wayland fonts-dejavu-core)
     if $want_tests; then
         packages+=(git xvfb dbus trayer xdotool x11-utils clang-format qt6-declarative-dev
                   mpv mpv-mpris ffmpeg chromium playerctl libxcb-xtest0-dev x11-xkb-utils
-                  openssl)
+                  openssl weston)
     fi
     missing=()
     for package in "${packages[@]}"; do
