@@ -51,6 +51,11 @@ const std::map<std::uint32_t, double>& AppDelegate::hotkeySecondsMap() {
 void AppDelegate::applicationDidFinishLaunching() {
     m_eventHandlerInstalled =
         m_hotkeys->installHandler([this](std::uint32_t id) { hotkeyPressed(id); });
+    m_hotkeys->setTriggersHandler([self = QPointer<AppDelegate>(this)] {
+        if (self) {
+            self->readAssignedTriggers();
+        }
+    });
     registerAllHotkeys();
     precompileScripts();
     if (m_overlay) {
@@ -66,6 +71,7 @@ void AppDelegate::applicationDidFinishLaunching() {
 void AppDelegate::applicationWillTerminate() {
     m_hotkeyDebounce.stop();
     m_settings.setOnSeekActionsChanged(nullptr);
+    m_hotkeys->setTriggersHandler(nullptr);
     unregisterAllHotkeys();
     if (m_eventHandlerInstalled) {
         m_hotkeys->removeHandler();
@@ -81,6 +87,7 @@ void AppDelegate::registerAllHotkeys() {
         qFatal("More seek actions than hotkey ids");
     }
     QSet<QUuid> unavailable;
+    m_actionIDs.clear();
     // The combinations this pass holds: a system that refuses the same combination twice to
     // one program (Carbon does) is not another program holding it.
     QSet<std::pair<std::uint16_t, std::uint32_t>> held;
@@ -89,6 +96,7 @@ void AppDelegate::registerAllHotkeys() {
         const auto id = static_cast<std::uint32_t>(i + 1);
         // In the table even when the registration fails, like every other action.
         g_hotkeySecondsMap[id] = action.signedSeconds();
+        m_actionIDs.insert(id, action.id());
         if (m_suspended) {
             continue;
         }
@@ -121,6 +129,19 @@ void AppDelegate::registerAllHotkeys() {
 
 QString AppDelegate::hotkeyMechanism() const {
     return m_eventHandlerInstalled ? QString::fromStdString(m_hotkeys->mechanism()) : QString();
+}
+
+void AppDelegate::readAssignedTriggers() {
+    QHash<QUuid, QString> triggers;
+    for (auto entry = m_actionIDs.cbegin(); entry != m_actionIDs.cend(); ++entry) {
+        if (const std::string trigger = m_hotkeys->assignedTrigger(entry.key()); !trigger.empty()) {
+            triggers.insert(entry.value(), QString::fromStdString(trigger));
+        }
+    }
+    if (triggers != m_assignedTriggers) {
+        m_assignedTriggers = triggers;
+        emit assignedTriggersChanged(m_assignedTriggers);
+    }
 }
 
 void AppDelegate::setHotkeysSuspended(bool suspended) {

@@ -2,6 +2,7 @@
 
 #include "platform/HotkeyService.h"
 
+#include <QHash>
 #include <QObject>
 #include <QSet>
 #include <QTimer>
@@ -60,6 +61,10 @@ public:
     // while the session gives no global hotkeys.
     QString hotkeyMechanism() const;
 
+    // The triggers the desktop gave actions in place of their own combinations, by action id;
+    // empty wherever the program has the keys itself.
+    const QHash<QUuid, QString>& assignedTriggers() const { return m_assignedTriggers; }
+
     // The actions whose combination another program held at the last registration.
     const QSet<QUuid>& unavailableActionIDs() const { return m_unavailableActionIDs; }
 
@@ -72,11 +77,14 @@ public:
 signals:
     // The set of actions another program keeps from registering has changed.
     void unavailableActionIDsChanged(const QSet<QUuid>& ids);
+    // The desktop has given other triggers than asked for, or stopped doing so.
+    void assignedTriggersChanged(const QHash<QUuid, QString>& triggers);
     // The scripts asked for by one precompileScripts() call are built.
     void scriptsPrecompiled();
 
 private:
     void hotkeyPressed(std::uint32_t id);
+    void readAssignedTriggers();
 
     std::unique_ptr<HotkeyService> m_hotkeys;
     std::shared_ptr<PlayerControl> m_players;
@@ -87,6 +95,9 @@ private:
     bool m_eventHandlerInstalled = false;
     bool m_suspended = false;
     QSet<QUuid> m_unavailableActionIDs;
+    QHash<QUuid, QString> m_assignedTriggers;
+    // The action under each hotkey id of the last registration.
+    QHash<std::uint32_t, QUuid> m_actionIDs;
     // The pending re-registration; stopping it cancels it.
     QTimer m_hotkeyDebounce;
 };

@@ -111,6 +111,9 @@ HotkeysSettingsTab* ScrublineApp::makeHotkeysTab() {
     tab->setUnavailableActionIDs(m_appDelegate->unavailableActionIDs());
     connect(m_appDelegate.get(), &AppDelegate::unavailableActionIDsChanged, tab,
             &HotkeysSettingsTab::setUnavailableActionIDs);
+    tab->setAssignedTriggers(m_appDelegate->assignedTriggers());
+    connect(m_appDelegate.get(), &AppDelegate::assignedTriggersChanged, tab,
+            &HotkeysSettingsTab::setAssignedTriggers);
     // The Test button goes through the same queue as a press of the action's hotkey.
     connect(tab, &HotkeysSettingsTab::seekRequested, m_mediaController.get(),
             &MediaController::enqueueSeek);

@@ -26,6 +26,12 @@ public:
     // while there is none.
     virtual std::string mechanism() const { return {}; }
 
+    // The trigger the desktop gave the hotkey with this id, in its own words, where that is not
+    // the combination asked for; empty otherwise, and wherever the program has the keys itself.
+    virtual std::string assignedTrigger(std::uint32_t /*id*/) const { return {}; }
+    // Called on the GUI thread each time the desktop has said which triggers it gave.
+    virtual void setTriggersHandler(std::function<void()> /*handler*/) {}
+
     // How a desktop that lists the program's shortcuts in its own settings names the hotkey
     // with this id: a name that stays the same across runs and a description. Given before the
     // registration; key grabs have no use for it.

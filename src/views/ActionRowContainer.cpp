@@ -14,6 +14,7 @@ constexpr int editorBottom = 6;
 
 const QString unavailableNote = QStringLiteral("In use by another program");
 const QString needsModifierNote = QStringLiteral("Needs a modifier key to work");
+const QString assignedNote = QStringLiteral("The desktop set %1");
 
 } // namespace
 
@@ -91,6 +92,13 @@ void ActionRowContainer::setUnavailable(bool unavailable) {
     }
 }
 
+void ActionRowContainer::setAssignedTrigger(const QString& trigger) {
+    if (trigger != m_assignedTrigger) {
+        m_assignedTrigger = trigger;
+        showAction();
+    }
+}
+
 ActionRowContainer::Standing ActionRowContainer::standing() const {
     const auto action = m_binding.action();
     if (!action || action->keyCode == 0) {
@@ -128,6 +136,11 @@ void ActionRowContainer::showAction() {
     content.conflict = m_hasConflict;
     switch (standing()) {
     case Standing::active:
+        // The desktop has the last word on its shortcuts; say where it differs.
+        if (!m_assignedTrigger.isEmpty()) {
+            content.note = assignedNote.arg(m_assignedTrigger);
+            content.noteIsInformation = true;
+        }
         break;
     case Standing::unavailable:
         content.note = unavailableNote;

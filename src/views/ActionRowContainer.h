@@ -33,6 +33,8 @@ public:
     bool hasConflict() const { return m_hasConflict; }
     void setHasConflict(bool conflict);
     void setUnavailable(bool unavailable);
+    // The trigger the desktop gave the action in place of its combination; empty for none.
+    void setAssignedTrigger(const QString& trigger);
     Standing standing() const;
     bool isHovered() const;
 
@@ -62,6 +64,7 @@ private:
     HotkeyRecorder::ModifierMapping m_mapping;
     bool m_hasConflict = false;
     bool m_unavailable = false;
+    QString m_assignedTrigger;
     QVBoxLayout* m_layout = nullptr;
     ActionRowHeader* m_header = nullptr;
     QWidget* m_separator = nullptr;

@@ -204,7 +204,8 @@ void ActionRowHeader::applyColors() {
     m_direction->setColor(m_content.forward ? Style::accent(colors) : Style::warning(colors));
     m_conflict->setColor(Style::warning(colors));
     setTextColor(*m_label, Style::primary(colors));
-    setTextColor(*m_note, Style::warningText(colors));
+    setTextColor(*m_note, m_content.noteIsInformation ? Style::secondary(colors)
+                                                      : Style::warningText(colors));
     setTextColor(*m_hotkey,
                  m_content.hotkey.isEmpty() ? Style::tertiary(colors) : Style::secondary(colors));
     // Clear while it cannot be used; red at 60 % once it can.

@@ -24,6 +24,8 @@ public:
         QString hotkey;
         bool conflict = false;
         QString note;
+        // A note that tells rather than warns.
+        bool noteIsInformation = false;
     };
     void setContent(const Content& content);
     void setExpanded(bool expanded);

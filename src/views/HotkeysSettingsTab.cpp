@@ -158,6 +158,13 @@ void HotkeysSettingsTab::setUnavailableActionIDs(const QSet<QUuid>& ids) {
     }
 }
 
+void HotkeysSettingsTab::setAssignedTriggers(const QHash<QUuid, QString>& triggers) {
+    m_assignedTriggers = triggers;
+    for (ActionRowContainer* row : m_rows) {
+        row->setAssignedTrigger(m_assignedTriggers.value(row->id()));
+    }
+}
+
 QList<ActionRowContainer*> HotkeysSettingsTab::rows() const {
     return QList<ActionRowContainer*>(m_rows.begin(), m_rows.end());
 }
@@ -252,6 +259,7 @@ void HotkeysSettingsTab::refresh() {
         m_section->insertRow(static_cast<qsizetype>(ordered.size()), row);
         row->setHasConflict(conflicts.contains(action.id()));
         row->setUnavailable(m_unavailable.contains(action.id()));
+        row->setAssignedTrigger(m_assignedTriggers.value(action.id()));
         row->showAction();
         row->setExpanded(m_expandedID == action.id());
         row->show();

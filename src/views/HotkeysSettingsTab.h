@@ -2,6 +2,7 @@
 
 #include "HotkeyRecorder.h"
 
+#include <QHash>
 #include <QSet>
 #include <QUuid>
 #include <QWidget>
@@ -42,6 +43,8 @@ public:
     // another program holds it; their rows say so. The shell keeps this up to date.
     void setUnavailableActionIDs(const QSet<QUuid>& ids);
     const QSet<QUuid>& unavailableActionIDs() const { return m_unavailable; }
+    // The triggers the desktop gave actions in place of their own combinations, by action id.
+    void setAssignedTriggers(const QHash<QUuid, QString>& triggers);
 
     // The rows, in the store's order.
     QList<ActionRowContainer*> rows() const;
@@ -72,6 +75,7 @@ private:
     HotkeyRecorder::ModifierMapping m_mapping;
     std::optional<QUuid> m_expandedID;
     QSet<QUuid> m_unavailable;
+    QHash<QUuid, QString> m_assignedTriggers;
     FormSection* m_section = nullptr;
     QWidget* m_emptyState = nullptr;
     QVBoxLayout* m_rowsLayout = nullptr;

@@ -115,13 +115,32 @@ private slots:
 
     // The desktop, not the program, decides the final key; what it says is kept.
     void theAssignedTriggersAreReadBack() {
+        // The same keys in the desktop's words, and other keys.
+        m_portal->assignTrigger(QStringLiteral("FORWARD-ID"),
+                                QStringLiteral("Ctrl+Alt+Meta+Right"));
         m_portal->assignTrigger(QStringLiteral("BACKWARD-ID"), QStringLiteral("Ctrl+Alt+B"));
         QList<std::uint32_t> presses;
         auto service = boundService(&presses);
         QVERIFY(service != nullptr);
         QCOMPARE(service->assignedTriggers(),
-                 (std::map<std::uint32_t, QString>{{1, QStringLiteral("CTRL+ALT+LOGO+Right")},
+                 (std::map<std::uint32_t, QString>{{1, QStringLiteral("Ctrl+Alt+Meta+Right")},
                                                    {2, QStringLiteral("Ctrl+Alt+B")}}));
+        QCOMPARE(service->assignedTrigger(1), std::string());
+        QCOMPARE(service->assignedTrigger(2), std::string("Ctrl+Alt+B"));
+        QCOMPARE(service->assignedTrigger(3), std::string());
+    }
+
+    void triggersAreComparedByTheirKeys() {
+        const QString preferred = QStringLiteral("CTRL+ALT+LOGO+Right");
+        QVERIFY(PortalHotkeyService::sameTrigger(preferred, preferred));
+        QVERIFY(PortalHotkeyService::sameTrigger(QStringLiteral("Ctrl+Alt+Meta+Right"), preferred));
+        QVERIFY(
+            PortalHotkeyService::sameTrigger(QStringLiteral("Super+Control+Alt+right"), preferred));
+        QVERIFY(PortalHotkeyService::sameTrigger(QStringLiteral("Ctrl+PgUp"),
+                                                 QStringLiteral("CTRL+Prior")));
+        QVERIFY(!PortalHotkeyService::sameTrigger(QStringLiteral("Ctrl+Alt+Right"), preferred));
+        QVERIFY(!PortalHotkeyService::sameTrigger(QStringLiteral("Ctrl+Alt+Meta+Left"), preferred));
+        QVERIFY(!PortalHotkeyService::sameTrigger(QString(), preferred));
     }
 
     // One press per Activated, a held key's repeats included; the session's own shortcuts only.
@@ -226,9 +245,16 @@ private slots:
         auto service = std::make_unique<PortalHotkeyService>(bus());
         PortalHotkeyService* portalService = service.get();
         QSignalSpy bound(portalService, &PortalHotkeyService::shortcutsBound);
+        const QList<SeekAction>& presets = settings.seekActions();
+        m_portal->assignTrigger(uuidString(presets[1].id()), QStringLiteral("Ctrl+Alt+B"));
         AppDelegate delegate(std::move(service), control, settings, controller);
+        QSignalSpy triggers(&delegate, &AppDelegate::assignedTriggersChanged);
         delegate.applicationDidFinishLaunching();
         QVERIFY(bound.wait(10000));
+        // The desktop's own choice for the second action reaches the settings window's side.
+        QCOMPARE(triggers.size(), 1);
+        QCOMPARE(delegate.assignedTriggers(),
+                 (QHash<QUuid, QString>{{presets[1].id(), QStringLiteral("Ctrl+Alt+B")}}));
 
         const QList<SeekAction>& actions = settings.seekActions();
         PortalShortcuts bindings = m_portal->boundShortcuts();

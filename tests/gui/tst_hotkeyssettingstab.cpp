@@ -648,6 +648,35 @@ private slots:
                  QStringLiteral("Backward 10s, hotkey ⌃⌥⌘←"));
     }
 
+    // Under a desktop that hands out the shortcuts itself, the row says which trigger it gave
+    // where that is not the recorded one, as a note that informs rather than warns.
+    void aTriggerTheDesktopChoseIsShownInItsRow() {
+        settings().setSeekActions(
+            {action(Direction::forward, 10, rightArrow, controlOptionCommand),
+             action(Direction::backward, 10, leftArrow, controlOptionCommand)});
+        openTab();
+        const QUuid second = settings().seekActions()[1].id();
+        m_tab->setAssignedTriggers({{second, QStringLiteral("Ctrl+Alt+B")}});
+        QVERIFY(!noteOf(row(0))->isVisible());
+        QVERIFY(noteOf(row(1))->isVisible());
+        QCOMPARE(noteOf(row(1))->text(), QStringLiteral("The desktop set Ctrl+Alt+B"));
+        QVERIFY(!isOrange(noteOf(row(1))->palette().color(noteOf(row(1))->foregroundRole())));
+        QCOMPARE(QAccessible::queryAccessibleInterface(row(1)->header())->text(QAccessible::Name),
+                 QStringLiteral("Backward 10s, hotkey ⌃⌥⌘←, The desktop set Ctrl+Alt+B"));
+        // A combination another program holds says so first.
+        m_tab->setUnavailableActionIDs({second});
+        QCOMPARE(noteOf(row(1))->text(), unavailableText);
+        QVERIFY(isOrange(noteOf(row(1))->palette().color(noteOf(row(1))->foregroundRole())));
+        m_tab->setUnavailableActionIDs({});
+        // Rows made later take it up too.
+        settings().setSeekActions(settings().seekActions() +
+                                  QList<SeekAction>{action(Direction::forward, 30)});
+        QTRY_COMPARE(m_tab->rows().size(), 3);
+        QCOMPARE(noteOf(row(1))->text(), QStringLiteral("The desktop set Ctrl+Alt+B"));
+        m_tab->setAssignedTriggers({});
+        QVERIFY(!noteOf(row(1))->isVisible());
+    }
+
     void aHotkeyWithoutModifierSaysItNeedsOne() {
         settings().setSeekActions(
             {action(Direction::forward, 10, rightArrow, 0), action(Direction::forward, 30)});

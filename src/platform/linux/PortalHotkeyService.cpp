@@ -140,6 +140,63 @@ PortalHotkeyService::registerHotkey(std::uint32_t keyCode, std::uint32_t carbonM
     return handle;
 }
 
+std::string PortalHotkeyService::assignedTrigger(std::uint32_t id) const {
+    const auto assigned = m_assigned.find(id);
+    if (assigned == m_assigned.end() || assigned->second.isEmpty()) {
+        return {};
+    }
+    for (const auto& [handle, registration] : m_registrations) {
+        if (registration.id == id && sameTrigger(assigned->second, registration.trigger)) {
+            return {};
+        }
+    }
+    return assigned->second.toStdString();
+}
+
+void PortalHotkeyService::setTriggersHandler(std::function<void()> handler) {
+    m_triggersHandler = std::move(handler);
+}
+
+bool PortalHotkeyService::sameTrigger(const QString& description, const QString& preferred) {
+    // Modifiers as a set under one name each, and the key without regard to case or to the
+    // names desktops give the paging keys.
+    const auto normalized = [](const QString& trigger) {
+        QStringList parts = trigger.toUpper().split(QLatin1Char('+'), Qt::SkipEmptyParts);
+        if (parts.isEmpty()) {
+            return QStringList();
+        }
+        QString key = parts.takeLast().trimmed();
+        static const QHash<QString, QString> keys{
+            {QStringLiteral("PAGE_UP"), QStringLiteral("PRIOR")},
+            {QStringLiteral("PGUP"), QStringLiteral("PRIOR")},
+            {QStringLiteral("PAGE UP"), QStringLiteral("PRIOR")},
+            {QStringLiteral("PAGE_DOWN"), QStringLiteral("NEXT")},
+            {QStringLiteral("PGDOWN"), QStringLiteral("NEXT")},
+            {QStringLiteral("PAGE DOWN"), QStringLiteral("NEXT")},
+            {QStringLiteral("RETURN"), QStringLiteral("ENTER")},
+            {QStringLiteral("ESC"), QStringLiteral("ESCAPE")},
+            {QStringLiteral("DEL"), QStringLiteral("DELETE")},
+        };
+        key = keys.value(key, key);
+        static const QHash<QString, QString> modifiers{
+            {QStringLiteral("CONTROL"), QStringLiteral("CTRL")},
+            {QStringLiteral("META"), QStringLiteral("LOGO")},
+            {QStringLiteral("SUPER"), QStringLiteral("LOGO")},
+            {QStringLiteral("WIN"), QStringLiteral("LOGO")},
+            {QStringLiteral("OPTION"), QStringLiteral("ALT")},
+        };
+        QStringList names;
+        for (const QString& part : parts) {
+            const QString name = part.trimmed();
+            names << modifiers.value(name, name);
+        }
+        names.sort();
+        names.removeDuplicates();
+        return names << key;
+    };
+    return normalized(description) == normalized(preferred);
+}
+
 std::string PortalHotkeyService::mechanism() const {
     return m_available ? "Desktop portal" : std::string();
 }
@@ -337,6 +394,9 @@ void PortalHotkeyService::onResponse(uint response, const QVariantMap& results,
     qCInfo(Log::general(), "The desktop bound %lld global shortcuts",
            static_cast<long long>(bound.size()));
     emit shortcutsBound();
+    if (m_triggersHandler) {
+        m_triggersHandler();
+    }
     if (std::exchange(m_bindAgain, false)) {
         bind();
     }

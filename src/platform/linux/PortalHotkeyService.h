@@ -40,6 +40,11 @@ public:
                                          std::uint32_t signature, std::uint32_t id) override;
     void unregisterHotkey(Handle handle) override;
     std::string mechanism() const override;
+    std::string assignedTrigger(std::uint32_t id) const override;
+    void setTriggersHandler(std::function<void()> handler) override;
+    // Whether a desktop's description of a trigger names the same keys as a preferred trigger:
+    // desktops write "Ctrl+Alt+Meta+Right" for "CTRL+ALT+LOGO+Right".
+    static bool sameTrigger(const QString& description, const QString& preferred);
 
     // A combination in the shortcut format desktops read, such as "CTRL+ALT+LOGO+Right";
     // nothing for a key outside the key table.
@@ -90,6 +95,7 @@ private:
     QHash<std::uint32_t, std::pair<QString, QString>> m_descriptions;
     Handle m_nextHandle = 1;
     std::map<std::uint32_t, QString> m_assigned;
+    std::function<void()> m_triggersHandler;
     QString m_session;
     QString m_requestPath;
     Pending m_pending = Pending::none;
