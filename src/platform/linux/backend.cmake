@@ -3,6 +3,7 @@ find_package(PkgConfig REQUIRED)
 pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb)
 pkg_check_modules(DBUS1 REQUIRED IMPORTED_TARGET dbus-1)
 add_library(scrubline_platform STATIC
+    linux/BusSingleInstance.cpp
     linux/DirectBusCalls.cpp
     linux/LinuxDesktopIntegration.cpp
     linux/LinuxPlatform.cpp
