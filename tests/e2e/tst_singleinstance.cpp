@@ -218,6 +218,8 @@ private slots:
         // A docked icon would show within this time, as the test above sees.
         QTest::qWait(2000);
         QVERIFY(!trayIcon().has_value());
+        // The hotkeys do not depend on the icon.
+        QTRY_VERIFY_WITH_TIMEOUT(forwardIsGrabbedElsewhere(), 20000);
 
         QCOMPARE(command({}).exitCode, 0);
         QTRY_VERIFY_WITH_TIMEOUT(trayIcon().has_value(), 10000);
