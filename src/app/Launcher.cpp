@@ -53,9 +53,11 @@ int launch(SingleInstance& instance, bool openSettings, int argc, char* argv[]) 
     // A menu-bar utility: closing a window never ends it.
     QApplication::setQuitOnLastWindowClosed(false);
 
-    // Requests can only arrive from the event loop, once the program below is built.
+    // Requests can only arrive from the event loop, once the program below is built. Served
+    // by an object of its own, which is gone before the application object.
     QPointer<ScrublineApp> scrubline;
-    const bool claimed = instance.claim({
+    const std::unique_ptr<SingleInstance> serving = Platform::createSingleInstance();
+    const bool claimed = serving->claim({
         .reopen =
             [&scrubline] {
                 if (scrubline) {
