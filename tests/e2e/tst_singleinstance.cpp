@@ -229,6 +229,38 @@ private slots:
                  std::optional<bool>(true));
     }
 
+    // Another session (here: another session bus) has a copy of its own.
+    void anotherSessionRunsItsOwnCopy() {
+        startApp(false);
+        QProcess otherBus;
+        otherBus.start(QStringLiteral("dbus-daemon"),
+                       {QStringLiteral("--session"), QStringLiteral("--nofork"),
+                        QStringLiteral("--print-address=1")});
+        QVERIFY(otherBus.waitForReadyRead(10000));
+        const QString address = QString::fromUtf8(otherBus.readLine()).trimmed();
+        QVERIFY2(address.startsWith(QStringLiteral("unix:")), qPrintable(address));
+
+        QProcess other;
+        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), address);
+        other.setProcessEnvironment(environment);
+        other.start(binary, {});
+        QVERIFY(other.waitForStarted());
+        QDBusConnection otherConnection =
+            QDBusConnection::connectToBus(address, QStringLiteral("other session"));
+        QTRY_VERIFY_WITH_TIMEOUT(
+            otherConnection.interface()->isServiceRegistered(instanceName).value(), 20000);
+        QCOMPARE(other.state(), QProcess::Running);
+        QVERIFY(instanceRuns());
+        QCOMPARE(m_app->state(), QProcess::Running);
+        other.terminate();
+        QVERIFY(other.waitForFinished(10000));
+        QCOMPARE(other.exitCode(), 0);
+        QDBusConnection::disconnectFromBus(QStringLiteral("other session"));
+        otherBus.terminate();
+        QVERIFY(otherBus.waitForFinished(10000));
+    }
+
     void withoutATrayARelaunchOpensTheSettings() {
         startApp(false);
         QVERIFY(!settingsWindowShows());
