@@ -126,7 +126,7 @@ private:
     QByteArray m_log;
 
     // The tray program, started and on the bus.
-    void startApp(bool withTray) {
+    void startApp(bool withTray, const QStringList& arguments = {}) {
         if (withTray) {
             m_tray = std::make_unique<TrayHost>();
             QVERIFY(m_tray->start());
@@ -135,7 +135,7 @@ private:
         m_app = std::make_unique<QProcess>();
         connect(m_app.get(), &QProcess::readyReadStandardError, this,
                 [this] { m_log += m_app->readAllStandardError(); });
-        m_app->start(binary, {});
+        m_app->start(binary, arguments);
         QVERIFY(m_app->waitForStarted());
         QTRY_VERIFY_WITH_TIMEOUT(instanceRuns(), 20000);
     }
@@ -272,6 +272,12 @@ private slots:
         startApp(true);
         QCOMPARE(command({QStringLiteral("settings")}).exitCode, 0);
         QTRY_VERIFY_WITH_TIMEOUT(settingsWindowShows(), 10000);
+    }
+
+    void settingsStartsTheProgramWhenNoneRuns() {
+        startApp(true, {QStringLiteral("settings")});
+        QTRY_VERIFY_WITH_TIMEOUT(settingsWindowShows(), 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(trayIcon().has_value(), 10000);
     }
 
     void aSeekGoesThroughTheRunningCopy() {
