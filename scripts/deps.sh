@@ -13,7 +13,7 @@ Linux)
               libgl-dev libxcb1-dev libdbus-1-dev fonts-dejavu-core)
     if $want_tests; then
         packages+=(git xvfb dbus trayer xdotool x11-utils clang-format qt6-declarative-dev
-                  mpv mpv-mpris ffmpeg chromium playerctl libxcb-xtest0-dev x11-xkb-utils desktop-file-utils
+                  mpv mpv-mpris ffmpeg chromium playerctl libxcb-xtest0-dev x11-xkb-utils desktop-file-utils appstream
                   openssl)
     fi
     missing=()
