@@ -19,6 +19,7 @@
 #include "views/HUDOverlayManager.h"
 #include "views/HotkeysSettingsTab.h"
 #include "views/MenuBarExtra.h"
+#include "views/MenuBarWindow.h"
 #include "views/PermissionsSettingsTab.h"
 #include "views/SettingsView.h"
 #include "views/Symbols.h"
@@ -71,6 +72,31 @@ ScrublineApp::ScrublineApp(QObject* parent)
     m_appDelegate->applicationDidFinishLaunching();
     connect(qApp, &QCoreApplication::aboutToQuit, m_appDelegate.get(),
             &AppDelegate::applicationWillTerminate);
+    // Unlike the other debounced work, an edit still waiting to be saved is written at the end,
+    // so that none is lost when the session ends right after it.
+    connect(qApp, &QCoreApplication::aboutToQuit, m_settings.get(),
+            &AppSettings::savePendingChanges);
+    connect(qApp, &QGuiApplication::commitDataRequest, m_settings.get(),
+            &AppSettings::savePendingChanges);
+}
+
+void ScrublineApp::reopen() {
+    m_settings->defaults().setBool(AppSettings::Keys::showMenuBarIcon, true);
+    if (!QSystemTrayIcon::isSystemTrayAvailable()) {
+        showSettings();
+        return;
+    }
+    if (!m_menuBarExtra->window().isVisible()) {
+        m_menuBarExtra->togglePanel();
+    }
+}
+
+void ScrublineApp::showSettings() {
+    m_settingsWindow->showSettingsWindow();
+}
+
+void ScrublineApp::seek(double seconds, MediaController::WhenServed whenServed) {
+    m_mediaController->enqueueAnsweredSeek(seconds, std::move(whenServed));
 }
 
 ScrublineApp::~ScrublineApp() = default;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "core/MediaController.h"
+
 #include <QObject>
 
 #include <memory>
@@ -9,7 +11,6 @@ class AppSettings;
 class DesktopIntegration;
 class HotkeysSettingsTab;
 class HUDOverlayManager;
-class MediaController;
 class MediaStatus;
 class MenuBarExtra;
 class PlayerControl;
@@ -25,6 +26,13 @@ class ScrublineApp : public QObject {
 public:
     explicit ScrublineApp(QObject* parent = nullptr);
     ~ScrublineApp() override;
+
+    // Requests of a later launch or the command line, handed on by the single instance.
+    // The icon back on, then the panel, or the settings window where no tray shows it.
+    void reopen();
+    void showSettings();
+    // Through the hotkeys' queue, with their feedback; `whenServed` hears how it went.
+    void seek(double seconds, MediaController::WhenServed whenServed);
 
 private:
     // A settings window with every tab, made anew each time it opens.

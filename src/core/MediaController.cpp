@@ -9,6 +9,9 @@
 
 #include <QThread>
 
+#include <cmath>
+#include <utility>
+
 MediaController::MediaController(std::shared_ptr<PlayerControl> players,
                                  std::unique_ptr<RunningApps> running, AppSettings& settings,
                                  MediaStatus& status, QObject* parent)
@@ -28,18 +31,26 @@ MediaController::~MediaController() {
 }
 
 void MediaController::enqueueSeek(double seconds) {
+    enqueueAnsweredSeek(seconds, {});
+}
+
+void MediaController::enqueueAnsweredSeek(double seconds, WhenServed whenServed) {
     if (QThread::currentThread() != thread()) {
         // Requests from one thread keep their order: queued calls are delivered in order.
         QMetaObject::invokeMethod(
-            this, [this, seconds] { enqueueSeek(seconds); }, Qt::QueuedConnection);
+            this,
+            [this, seconds, whenServed = std::move(whenServed)] {
+                enqueueAnsweredSeek(seconds, whenServed);
+            },
+            Qt::QueuedConnection);
         return;
     }
     if (!m_trialInFlight && !m_nextSeekScheduled && m_seekQueue.empty()) {
         // Nothing waits: start now. This only hands the trial to the seek thread.
-        executeSeek(seconds);
+        executeSeek({seconds, std::move(whenServed)});
         return;
     }
-    m_seekQueue.push_back(seconds);
+    m_seekQueue.push_back({seconds, std::move(whenServed)});
     scheduleNextSeek();
 }
 
@@ -57,9 +68,9 @@ void MediaController::scheduleNextSeek() {
             if (m_trialInFlight || m_seekQueue.empty()) {
                 return;
             }
-            const double seconds = m_seekQueue.front();
+            Request request = std::move(m_seekQueue.front());
             m_seekQueue.pop_front();
-            executeSeek(seconds);
+            executeSeek(std::move(request));
         },
         Qt::QueuedConnection);
 }
@@ -74,12 +85,17 @@ QList<MediaApp> MediaController::runningActiveApps() const {
     return candidates;
 }
 
-void MediaController::executeSeek(double seconds) {
+void MediaController::executeSeek(Request request) {
+    const double seconds = request.seconds;
     QElapsedTimer clock;
     clock.start();
     QList<MediaApp> candidates = runningActiveApps();
     if (candidates.isEmpty()) {
-        m_status.showStatus(QStringLiteral("No media apps running"));
+        const QString message = QStringLiteral("No media apps running");
+        m_status.showStatus(message);
+        if (request.whenServed) {
+            request.whenServed({false, message});
+        }
         emit seekFinished(seconds);
         scheduleNextSeek();
         return;
@@ -93,6 +109,7 @@ void MediaController::executeSeek(double seconds) {
     }
 
     m_trialInFlight = true;
+    m_whenServed = std::move(request.whenServed);
     m_seekDispatchQueue->async([this, players = m_players, candidates, seconds, clock] {
         const Trial trial = tryApps(*players, candidates, seconds);
         // The controller waits for this thread before it goes, so it is still here.
@@ -140,20 +157,24 @@ void MediaController::finishSeek(double seconds, const QElapsedTimer& clock, con
     qCInfo(Log::seek(), "Seek %.*fs: %.*fms", 1, seconds, 1,
            static_cast<double>(clock.nsecsElapsed()) / 1e6);
     m_trialInFlight = false;
+    const WhenServed whenServed = std::exchange(m_whenServed, {});
 
     for (const UserAlert& alert : trial.alerts) {
         emit alertRequested(alert);
     }
+    // Nobody seeing the panel: the one who asked is told in words.
+    Served told{false, QStringLiteral("Nothing is playing")};
     if (const std::optional<Outcome>& outcome = trial.outcome) {
         const MediaApp app = outcome->app;
         switch (outcome->result) {
         case SeekResult::permissionDenied:
-            m_status.showStatus(
-                QStringLiteral("Grant ") + app.displayName() +
-                QStringLiteral(" permission in System Settings > Privacy > Automation"));
+            told.line = QStringLiteral("Grant ") + app.displayName() +
+                        QStringLiteral(" permission in System Settings > Privacy > Automation");
+            m_status.showStatus(told.line);
             break;
         case SeekResult::error:
-            m_status.showStatus(app.displayName() + QStringLiteral(" returned an error"));
+            told.line = app.displayName() + QStringLiteral(" returned an error");
+            m_status.showStatus(told.line);
             break;
         case SeekResult::seeked:
             m_status.setLastActiveApp(app);
@@ -161,10 +182,18 @@ void MediaController::finishSeek(double seconds, const QElapsedTimer& clock, con
             m_status.showFeedback(app, seconds > 0   ? FeedbackKind::forward
                                        : seconds < 0 ? FeedbackKind::backward
                                                      : FeedbackKind::playPause);
+            told = {true, app.displayName() + QStringLiteral(": ") +
+                              (seconds == 0
+                                   ? QStringLiteral("play/pause")
+                                   : (seconds > 0 ? QStringLiteral("+") : QStringLiteral("-")) +
+                                         QString::number(std::abs(seconds)) + QStringLiteral("s"))};
             break;
         case SeekResult::notPlaying:
             break; // never an outcome: the next app is tried instead
         }
+    }
+    if (whenServed) {
+        whenServed(told);
     }
     emit seekFinished(seconds);
     scheduleNextSeek();

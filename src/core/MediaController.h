@@ -11,6 +11,7 @@
 #include <QString>
 
 #include <deque>
+#include <functional>
 #include <memory>
 #include <optional>
 
@@ -33,8 +34,18 @@ public:
     // Waits for a trial in flight, which a player's time-out bounds.
     ~MediaController() override;
 
+    // What one request came to, for the one who made it: whether a player was acted on, and
+    // the panel's words for it.
+    struct Served {
+        bool acted = false;
+        QString line;
+    };
+    using WhenServed = std::function<void(const Served&)>;
+
     // Queues a request. Never blocks and never drops one; callable from any thread.
     void enqueueSeek(double seconds);
+    // The same, in the same queue, and `whenServed` is called on the GUI thread once it is.
+    void enqueueAnsweredSeek(double seconds, WhenServed whenServed);
 
     // The app tried first by the next request.
     std::optional<MediaApp> lastSuccessfulApp() const { return m_lastSuccessfulApp; }
@@ -61,8 +72,13 @@ private:
     void appDidLaunch(const QString& name);
     void appDidTerminate(const QString& name);
 
+    struct Request {
+        double seconds = 0;
+        WhenServed whenServed;
+    };
+
     void scheduleNextSeek();
-    void executeSeek(double seconds);
+    void executeSeek(Request request);
     void finishSeek(double seconds, const QElapsedTimer& clock, const Trial& trial);
     static Trial tryApps(PlayerControl& players, const QList<MediaApp>& candidates, double seconds);
 
@@ -74,7 +90,9 @@ private:
     QSet<QString> m_runningProcessNames;
     std::optional<MediaApp> m_lastSuccessfulApp;
 
-    std::deque<double> m_seekQueue;
+    std::deque<Request> m_seekQueue;
+    // Who waits for the request whose trial is in flight, if anyone.
+    WhenServed m_whenServed;
     bool m_trialInFlight = false;
     bool m_nextSeekScheduled = false;
     // The serial seek thread; declared last, so it is gone before anything a trial reads.

@@ -6,6 +6,7 @@
 #include "PlayerControl.h"
 #include "RunningApps.h"
 #include "ScriptEngine.h"
+#include "SingleInstance.h"
 #include "SymbolImages.h"
 
 #include <QSettings>
@@ -52,5 +53,8 @@ std::unique_ptr<SymbolImages> createSymbolImages();
 
 // The desktop's wording and window behaviours, for the views.
 std::unique_ptr<DesktopIntegration> createDesktopIntegration();
+
+// The way to the program's running copy in this session, and to becoming it.
+std::unique_ptr<SingleInstance> createSingleInstance();
 
 } // namespace Platform

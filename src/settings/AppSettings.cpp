@@ -227,6 +227,13 @@ void AppSettings::saveSeekActions() {
     saveData(Keys::seekActions, SettingsCoding::encodeSeekActions(m_seekActions));
 }
 
+void AppSettings::savePendingChanges() {
+    if (m_saveDebounce.isActive()) {
+        m_saveDebounce.stop();
+        saveSeekActions();
+    }
+}
+
 void AppSettings::debounceSaveSeekActions() {
     // Restarting drops the pending save, so a burst of edits is written (and the hotkeys
     // re-registered) once, 300 ms after the last.

@@ -62,6 +62,10 @@ public:
     // import; the hotkey layer re-registers from it.
     void setOnSeekActionsChanged(std::function<void()> callback);
 
+    // Writes the seek actions now when their save is still waiting out its debounce, without
+    // calling back: at the end of the program, so that the last edit is not lost.
+    void savePendingChanges();
+
     // The enabled apps, in priority order, that are not switched off.
     QList<MediaApp> activeApps() const;
     // The step of the first forward (backward) action, 10 when there is none.

@@ -226,6 +226,26 @@ private slots:
         QVERIFY(onDiskWhenCalled.contains("\"seconds\":7.5,"));
     }
 
+    // At the end of the program: the edit still waiting out its debounce is written at once,
+    // and only once; the hotkeys are not called back, as they are going.
+    void aPendingSaveIsWrittenAtTheEnd() {
+        auto settings = openStore();
+        QSignalSpy writes(&settings->defaults(), &UserDefaults::written);
+        int calls = 0;
+        settings->setOnSeekActionsChanged([&calls] { ++calls; });
+        settings->savePendingChanges();
+        QCOMPARE(writes.size(), 0);
+
+        settings->setSeekActions({SeekAction(SeekAction::Direction::backward, 4.5, 1, 0)});
+        QCOMPARE(writes.size(), 0);
+        settings->savePendingChanges();
+        QCOMPARE(writes.size(), 1);
+        QVERIFY(stored(AppSettings::Keys::seekActions).toByteArray().contains("\"seconds\":4.5,"));
+        QTest::qWait(AppSettings::saveDebounceMs + 200);
+        QCOMPARE(writes.size(), 1);
+        QCOMPARE(calls, 0);
+    }
+
     void appsAreSavedAtOnce() {
         auto settings = openStore();
         settings->setEnabledApps(apps({MediaApp::chromeYouTube, MediaApp::spotify}));

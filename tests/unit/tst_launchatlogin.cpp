@@ -67,6 +67,8 @@ private slots:
         QVERIFY(entry.contains(QStringLiteral("\nType=Application\n")));
         QVERIFY(entry.contains(QStringLiteral("\nName=Scrubline\n")));
         QVERIFY(entry.contains(QStringLiteral("\nExec=/usr/bin/scrubline\n")));
+        // The icon the installed program puts in the icon theme.
+        QVERIFY(entry.contains(QStringLiteral("\nIcon=com.scrubline.app\n")));
         QCOMPARE(loginErrors(log), 0);
         // The entry is a valid key file in the desktop's own group.
         QSettings desktop(XdgAutostartLoginItem::entryPath(), QSettings::IniFormat);

@@ -264,6 +264,64 @@ private slots:
         QCOMPARE(m_rig->players().mostAtOnce(), 1);
     }
 
+    // A request from outside (the command line) waits its turn among the others and hears what
+    // its own trial came to, in the panel's words.
+    void anAnsweredRequestIsToldItsOwnOutcome() {
+        start({QStringLiteral("Spotify"), QStringLiteral("Music")});
+        m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
+        m_rig->players().setCallDuration(20);
+        QList<std::pair<int, MediaController::Served>> told;
+        const auto tell = [&told](int which) {
+            return [&told, which](const MediaController::Served& served) {
+                told.append({which, served});
+            };
+        };
+        m_rig->controller().enqueueSeek(1);
+        m_rig->controller().enqueueAnsweredSeek(-5.5, tell(1));
+        m_rig->controller().enqueueSeek(2);
+        m_rig->controller().enqueueAnsweredSeek(0, tell(2));
+        QTRY_COMPARE(told.size(), 2);
+        QCOMPARE(told[0].first, 1);
+        QCOMPARE(told[0].second.acted, true);
+        QCOMPARE(told[0].second.line, QStringLiteral("Spotify: -5.5s"));
+        QCOMPARE(told[1].first, 2);
+        QCOMPARE(told[1].second.line, QStringLiteral("Spotify: play/pause"));
+        const QList<FakePlayers::Record> records = m_rig->players().records();
+        QList<double> order;
+        for (const auto& record : records) {
+            if (record.finished) {
+                order << record.seconds;
+            }
+        }
+        QCOMPARE(order, QList<double>({1, -5.5, 2, 0}));
+
+        // Nothing playing, a refusal, an error: not acted on, each said its own way.
+        m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::notPlaying});
+        m_rig->controller().enqueueAnsweredSeek(10, tell(3));
+        QTRY_COMPARE(told.size(), 3);
+        QCOMPARE(told[2].second.acted, false);
+        QCOMPARE(told[2].second.line, QStringLiteral("Nothing is playing"));
+        m_rig->players().setSeekAnswer(MediaApp::appleMusic, {SeekResult::permissionDenied});
+        m_rig->controller().enqueueAnsweredSeek(10, tell(4));
+        QTRY_COMPARE(told.size(), 4);
+        QCOMPARE(told[3].second.acted, false);
+        QCOMPARE(told[3].second.line, *m_rig->status().statusMessage());
+        m_rig->players().setSeekAnswer(MediaApp::appleMusic, {SeekResult::error});
+        m_rig->controller().enqueueAnsweredSeek(10, tell(5));
+        QTRY_COMPARE(told.size(), 5);
+        QCOMPARE(told[4].second.line, QStringLiteral("Apple Music returned an error"));
+    }
+
+    void anAnsweredRequestWithNoAppRunningIsToldAtOnce() {
+        start({});
+        std::optional<MediaController::Served> told;
+        m_rig->controller().enqueueAnsweredSeek(
+            10, [&told](const MediaController::Served& served) { told = served; });
+        QVERIFY(told.has_value());
+        QCOMPARE(told->acted, false);
+        QCOMPARE(told->line, QStringLiteral("No media apps running"));
+    }
+
     void aBurstOfTenThousandIsServedInOrder() {
         start({QStringLiteral("Spotify")});
         m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});

@@ -1,3 +1,4 @@
+#include "BusSingleInstance.h"
 #include "LinuxDesktopIntegration.h"
 #include "MprisPlayerControl.h"
 #include "MprisPlayerRegistry.h"
@@ -103,6 +104,10 @@ std::unique_ptr<SymbolImages> createSymbolImages() {
 
 std::unique_ptr<DesktopIntegration> createDesktopIntegration() {
     return std::make_unique<LinuxDesktopIntegration>();
+}
+
+std::unique_ptr<SingleInstance> createSingleInstance() {
+    return std::make_unique<BusSingleInstance>();
 }
 
 } // namespace Platform

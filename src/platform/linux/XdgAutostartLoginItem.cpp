@@ -66,7 +66,7 @@ QString XdgAutostartLoginItem::setEnabled(bool enabled) {
                                         "Name=Scrubline\n"
                                         "Comment=Seek the media that is playing with hotkeys\n"
                                         "Exec=%1\n"
-                                        "Icon=scrubline\n"
+                                        "Icon=com.scrubline.app\n"
                                         "Terminal=false\n"
                                         "X-GNOME-Autostart-enabled=true\n")
                              .arg(execValue(m_executablePath));

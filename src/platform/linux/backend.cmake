@@ -5,6 +5,7 @@ pkg_check_modules(DBUS1 REQUIRED IMPORTED_TARGET dbus-1)
 # Only for the names of key symbols, which the portal's shortcut triggers are written in.
 pkg_check_modules(XKBCOMMON REQUIRED IMPORTED_TARGET xkbcommon)
 add_library(scrubline_platform STATIC
+    linux/BusSingleInstance.cpp
     linux/DirectBusCalls.cpp
     linux/LinuxDesktopIntegration.cpp
     linux/LinuxPlatform.cpp

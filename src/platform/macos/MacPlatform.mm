@@ -1,6 +1,7 @@
 #include "AppleScriptEngine.h"
 #include "CarbonHotkeyService.h"
 #include "MacDesktopIntegration.h"
+#include "ReopenSingleInstance.h"
 #include "SMAppServiceLoginItem.h"
 #include "SystemSymbolImages.h"
 #include "WorkspaceRunningApps.h"
@@ -56,6 +57,10 @@ std::unique_ptr<SymbolImages> createSymbolImages() {
 
 std::unique_ptr<DesktopIntegration> createDesktopIntegration() {
     return std::make_unique<MacDesktopIntegration>();
+}
+
+std::unique_ptr<SingleInstance> createSingleInstance() {
+    return std::make_unique<ReopenSingleInstance>();
 }
 
 } // namespace Platform

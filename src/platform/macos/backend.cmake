@@ -4,11 +4,12 @@ add_library(scrubline_platform STATIC
     macos/CarbonHotkeyService.mm
     macos/MacDesktopIntegration.mm
     macos/MacPlatform.mm
+    macos/ReopenSingleInstance.cpp
     macos/SMAppServiceLoginItem.mm
     macos/SystemSymbolImages.mm
     macos/WorkspaceRunningApps.mm)
 target_link_libraries(scrubline_platform PUBLIC Qt6::Core
-    PRIVATE scrubline_scripting
+    PRIVATE Qt6::Gui scrubline_scripting
             "-framework Foundation" "-framework AppKit" "-framework ApplicationServices"
             "-framework Carbon" "-framework ServiceManagement")
 target_compile_options(scrubline_platform PRIVATE $<$<COMPILE_LANGUAGE:OBJCXX>:-fobjc-arc>)

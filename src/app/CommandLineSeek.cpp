@@ -1,0 +1,39 @@
+#include "CommandLineSeek.h"
+
+#include "core/MediaStatus.h"
+#include "platform/Platform.h"
+#include "settings/AppSettings.h"
+#include "settings/UserDefaults.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QLoggingCategory>
+
+namespace CommandLineSeek {
+
+MediaController::Served run(double seconds) {
+    // The timing line is for the long-running program's log, not for a terminal.
+    QLoggingCategory::setFilterRules(QStringLiteral("com.scrubline.app.seek.info=false"));
+    AppSettings settings(std::make_unique<UserDefaults>(Platform::openUserDefaults()));
+    const std::shared_ptr<PlayerControl> players = Platform::createPlayerControl();
+    MediaController* controller = nullptr;
+    MediaStatus status(players, settings,
+                       [&controller] { return controller->runningActiveApps(); });
+    MediaController mediaController(players, Platform::createRunningApps(), settings, status);
+    controller = &mediaController;
+
+    MediaController::Served served;
+    QEventLoop loop;
+    mediaController.enqueueAnsweredSeek(seconds,
+                                        [&served, &loop](const MediaController::Served& told) {
+                                            served = told;
+                                            loop.quit();
+                                        });
+    // Served at once when no app is running at all; the loop is then not needed.
+    if (served.line.isEmpty()) {
+        loop.exec();
+    }
+    return served;
+}
+
+} // namespace CommandLineSeek
