@@ -16,7 +16,7 @@ HUDOverlayManager::HUDOverlayManager(MediaStatus& status, AppSettings& settings,
     , m_status(status)
     , m_settings(settings)
     , m_desktop(desktop) {
-    m_fade.setPropertyName("windowOpacity");
+    m_fade.setPropertyName("fade");
     connect(&m_fade, &QPropertyAnimation::finished, this, [this] {
         if (m_panel != nullptr && m_fade.endValue().toReal() == 0.0) {
             m_panel->hide();
@@ -70,7 +70,7 @@ void HUDOverlayManager::show(const SeekFeedback& feedback) {
     // Every show fades in from nothing, also over a card still on screen, so that a quick
     // series of presses blinks once per press.
     m_fade.stop();
-    m_panel->setWindowOpacity(0.0);
+    m_panel->setFade(0.0);
     m_panel->show();
     m_panel->raise();
     m_fade.setDuration(fadeInMs);
@@ -85,7 +85,7 @@ void HUDOverlayManager::hide() {
     }
     m_fade.stop();
     m_fade.setDuration(fadeOutMs);
-    m_fade.setStartValue(m_panel->windowOpacity());
+    m_fade.setStartValue(m_panel->fade());
     m_fade.setEndValue(0.0);
     m_fade.start();
 }

@@ -2,6 +2,7 @@
 
 #include "HUDOverlayView.h"
 
+#include <QGraphicsOpacityEffect>
 #include <QVBoxLayout>
 
 HUDPanel::HUDPanel(QWidget* parent)
@@ -20,19 +21,40 @@ HUDPanel::HUDPanel(QWidget* parent)
     setFocusPolicy(Qt::NoFocus);
 
     auto* layout = new QVBoxLayout(this);
-    layout->setContentsMargins(shadowMargin, shadowMargin, shadowMargin, shadowMargin);
+    layout->setContentsMargins(0, 0, 0, 0);
     layout->setSizeConstraint(QLayout::SetFixedSize);
+    m_fader = new QWidget(this);
+    m_fader->setObjectName(QStringLiteral("hudFader"));
+    auto* faderLayout = new QVBoxLayout(m_fader);
+    faderLayout->setContentsMargins(shadowMargin, shadowMargin, shadowMargin, shadowMargin);
+    faderLayout->setSizeConstraint(QLayout::SetFixedSize);
+    m_fadeEffect = new QGraphicsOpacityEffect(m_fader);
+    m_fadeEffect->setOpacity(1.0);
+    m_fader->setGraphicsEffect(m_fadeEffect);
+    layout->addWidget(m_fader);
+}
+
+qreal HUDPanel::fade() const {
+    return m_fadeEffect->opacity();
+}
+
+void HUDPanel::setFade(qreal fade) {
+    if (fade != m_fadeEffect->opacity()) {
+        m_fadeEffect->setOpacity(fade);
+        emit fadeChanged(fade);
+    }
 }
 
 void HUDPanel::setCard(HUDOverlayView* card) {
     if (m_card != nullptr) {
-        layout()->removeWidget(m_card);
+        m_fader->layout()->removeWidget(m_card);
         delete m_card;
     }
     m_card = card;
-    card->setParent(this);
-    layout()->addWidget(card);
+    card->setParent(m_fader);
+    m_fader->layout()->addWidget(card);
     card->show();
+    m_fader->layout()->activate();
     layout()->activate();
     adjustSize();
 }

@@ -181,7 +181,7 @@ private slots:
 
         m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::backward);
         QTRY_VERIFY(cardShowing());
-        QTRY_COMPARE(panel()->windowOpacity(), 1.0);
+        QTRY_COMPARE(panel()->fade(), 1.0);
         QVERIFY(QTest::qWaitForWindowExposed(panel()));
         const QPoint centre = panel()->geometry().center();
         QVERIFY(below.geometry().contains(centre));
@@ -206,10 +206,10 @@ private slots:
         QList<qreal> opacities;
         m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::forward);
         QTRY_VERIFY(panel() != nullptr);
-        connect(panel()->windowHandle(), &QWindow::opacityChanged, this,
+        connect(panel(), &HUDPanel::fadeChanged, this,
                 [&opacities](qreal opacity) { opacities << opacity; });
         QTRY_VERIFY(panel()->isVisible());
-        QTRY_COMPARE(panel()->windowOpacity(), 1.0);
+        QTRY_COMPARE(panel()->fade(), 1.0);
         QTRY_VERIFY(!panel()->isVisible());
         QVERIFY(!opacities.isEmpty());
         QCOMPARE(opacities.last(), 0.0);
@@ -264,16 +264,16 @@ private slots:
         HUDPanel* first = panel();
         ShowCounter shows;
         QList<qreal> opacities;
-        connect(first->windowHandle(), &QWindow::opacityChanged, this,
+        connect(first, &HUDPanel::fadeChanged, this,
                 [&opacities](qreal opacity) { opacities << opacity; });
         QTest::qWait(50);
-        const qreal before = first->windowOpacity();
+        const qreal before = first->fade();
         QVERIFY2(before > 0.0, "the first card is fading in");
         first->installEventFilter(&shows);
 
         m_rig->status().showFeedback(MediaApp::chromeYouTube, FeedbackKind::playPause);
         QTRY_COMPARE(panel()->card()->playerName(), QStringLiteral("YouTube (Chrome)"));
-        QTRY_COMPARE(panel()->windowOpacity(), 1.0);
+        QTRY_COMPARE(panel()->fade(), 1.0);
         QCOMPARE(panel(), first);
         QCOMPARE(shows.shows, 0); // already on screen: not shown a second time
         QCOMPARE(panel()->card()->iconName(), QStringLiteral("playpause"));
@@ -311,7 +311,7 @@ private slots:
         for (const auto& each : cases) {
             m_rig->status().showFeedback(each.app, each.kind);
             QTRY_VERIFY(cardShowing() && panel()->card()->feedback().app == each.app);
-            QTRY_COMPARE(panel()->windowOpacity(), 1.0);
+            QTRY_COMPARE(panel()->fade(), 1.0);
             const QString path = Screenshots::save(
                 Screenshots::onBackdrop(panel()->grab(), dark),
                 QStringLiteral("overlay-%1-%2").arg(each.name, dark ? "dark" : "light"));

@@ -1,0 +1,146 @@
+// The program's windows on a real Wayland compositor (weston, headless; see with-wayland): the
+// whole program is built here as it starts, as a Wayland client with no X server in reach. The
+// overlay shows after a seek without taking the focus, the settings window opens and works,
+// and the Permissions tab names the desktop portal as the way hotkeys come.
+#include "app/ScrublineApp.h"
+#include "support/FakePortal.h"
+#include "support/LogCapture.h"
+#include "support/PlayerProcess.h"
+#include "views/HUDPanel.h"
+#include "views/HotkeysSettingsTab.h"
+#include "views/PermissionsSettingsTab.h"
+#include "views/SettingsView.h"
+
+#include <QApplication>
+#include <QLabel>
+#include <QSettings>
+#include <QTabBar>
+#include <QWindow>
+#include <QtTest>
+
+namespace {
+
+template <class Widget>
+Widget* findVisible() {
+    for (QWidget* window : QApplication::topLevelWidgets()) {
+        if (!window->isVisible()) {
+            continue;
+        }
+        if (auto* found = qobject_cast<Widget*>(window)) {
+            return found;
+        }
+        for (Widget* found : window->findChildren<Widget*>()) {
+            if (found->isVisible()) {
+                return found;
+            }
+        }
+    }
+    return nullptr;
+}
+
+bool exposed(const QWidget* widget) {
+    return widget != nullptr && widget->window()->windowHandle() != nullptr &&
+           widget->window()->windowHandle()->isExposed();
+}
+
+} // namespace
+
+class TestWaylandWindows : public QObject {
+    Q_OBJECT
+
+private:
+    std::unique_ptr<FakePortal> m_portal;
+    std::unique_ptr<PlayerProcess> m_player;
+    std::unique_ptr<ScrublineApp> m_app;
+
+private slots:
+    void initTestCase() {
+        QCOMPARE(QGuiApplication::platformName(), QStringLiteral("wayland"));
+        QVERIFY(qEnvironmentVariableIsEmpty("DISPLAY"));
+        QApplication::setApplicationName(QStringLiteral("Scrubline"));
+        QApplication::setOrganizationDomain(QStringLiteral("scrubline.com"));
+        QApplication::setQuitOnLastWindowClosed(false);
+        QSettings(qEnvironmentVariable("XDG_CONFIG_HOME") +
+                      QStringLiteral("/Scrubline/Scrubline.conf"),
+                  QSettings::IniFormat)
+            .setValue(QStringLiteral("hasCompletedOnboarding"), true);
+        m_portal = std::make_unique<FakePortal>();
+        QVERIFY(m_portal->appear());
+        m_player = PlayerProcess::fake({QStringLiteral("--name"), QStringLiteral("spotify"),
+                                        QStringLiteral("--spotify"), QStringLiteral("--position"),
+                                        QStringLiteral("60")});
+        QVERIFY(m_player->waitForBusName(QStringLiteral("org.mpris.MediaPlayer2.spotify")));
+        m_app = std::make_unique<ScrublineApp>();
+        QTRY_COMPARE_WITH_TIMEOUT(m_portal->boundShortcuts().size(), 2, 20000);
+    }
+
+    void cleanupTestCase() {
+        m_app.reset();
+        m_player.reset();
+        m_portal.reset();
+    }
+
+    void theOverlayShowsAfterASeekWithoutTakingTheFocus() {
+        QWindow* focusBefore = QGuiApplication::focusWindow();
+        LogCapture log;
+        std::optional<MediaController::Served> served;
+        m_app->seek(10, [&served](const MediaController::Served& outcome) { served = outcome; });
+        QTRY_VERIFY_WITH_TIMEOUT(served.has_value(), 20000);
+        QVERIFY(served->acted);
+        QCOMPARE(served->line, QStringLiteral("Spotify: +10s"));
+        HUDPanel* overlay = nullptr;
+        QTRY_VERIFY_WITH_TIMEOUT((overlay = findVisible<HUDPanel>()) != nullptr, 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(exposed(overlay), 10000);
+        QVERIFY(overlay->windowFlags().testFlag(Qt::WindowDoesNotAcceptFocus));
+        QTest::qWait(300);
+        QCOMPARE(QGuiApplication::focusWindow(), focusBefore);
+        QTRY_COMPARE_WITH_TIMEOUT(overlay->fade(), 1.0, 10000);
+        // It fades out again by itself, all drawn by the program: nothing asks the compositor
+        // for a window opacity it cannot give.
+        QTRY_VERIFY_WITH_TIMEOUT(findVisible<HUDPanel>() == nullptr, 20000);
+        for (const LogCapture::Entry& entry : log.entries()) {
+            QVERIFY2(!entry.message.contains(QStringLiteral("opacity")), qPrintable(entry.message));
+        }
+    }
+
+    void theSettingsWindowOpensAndNamesThePortal() {
+        m_app->showSettings();
+        SettingsView* view = nullptr;
+        QTRY_VERIFY_WITH_TIMEOUT((view = findVisible<SettingsView>()) != nullptr, 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(exposed(view), 10000);
+        QTabBar* tabs = view->tabBar();
+        for (int i = 0; i < tabs->count(); ++i) {
+            if (tabs->tabText(i) == QStringLiteral("Hotkeys")) {
+                tabs->setCurrentIndex(i);
+            }
+        }
+        HotkeysSettingsTab* hotkeys = nullptr;
+        QTRY_VERIFY_WITH_TIMEOUT((hotkeys = findVisible<HotkeysSettingsTab>()) != nullptr, 10000);
+        QCOMPARE(hotkeys->rows().size(), 2);
+        for (int i = 0; i < tabs->count(); ++i) {
+            if (tabs->tabText(i) == QStringLiteral("Permissions")) {
+                tabs->setCurrentIndex(i);
+            }
+        }
+        PermissionsSettingsTab* permissions = nullptr;
+        QTRY_VERIFY_WITH_TIMEOUT((permissions = findVisible<PermissionsSettingsTab>()) != nullptr,
+                                 10000);
+        auto* status = permissions->findChild<QWidget*>(QStringLiteral("accessibilityRow"))
+                           ->findChild<QLabel*>(QStringLiteral("statusText"));
+        QTRY_COMPARE_WITH_TIMEOUT(status->text(), QStringLiteral("Desktop portal"), 10000);
+        view->window()->close();
+        QTRY_VERIFY_WITH_TIMEOUT(findVisible<SettingsView>() == nullptr, 10000);
+    }
+
+    // No tray runs here: asking for the program again opens its settings instead of a panel.
+    void withoutATrayAReopenOpensTheSettings() {
+        m_app->reopen();
+        SettingsView* view = nullptr;
+        QTRY_VERIFY_WITH_TIMEOUT((view = findVisible<SettingsView>()) != nullptr, 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(exposed(view), 10000);
+        view->window()->close();
+    }
+};
+
+QTEST_MAIN(TestWaylandWindows)
+#include "tst_waylandwindows.moc"
