@@ -11,6 +11,7 @@
 #include "support/TempHome.h"
 
 #include <QDBusConnection>
+#include <QElapsedTimer>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QtTest>
@@ -32,6 +33,10 @@ std::unique_ptr<PlayerProcess> player(const QString& name, const QString& progra
 
 QString chromium(qint64 pid) {
     return QStringLiteral("chromium.instance%1").arg(pid);
+}
+
+QString firefox(qint64 pid) {
+    return QStringLiteral("firefox.instance_1_%1").arg(pid);
 }
 
 // A command to a player, as a user's other means (its own window, a media key) would send it.
@@ -402,6 +407,163 @@ private slots:
         QCOMPARE(calls.filter(QStringLiteral("GetAll")).size(), 1);
         QCOMPARE(calls.filter(QStringLiteral("SetPosition")).size(), 3);
         QCOMPARE(calls.filter(QStringLiteral("Seek ")).size(), 0);
+    }
+
+    // Players' ways with their track ids: typed s, or none at all. A native player needs none
+    // for a step; at the end it is put there exactly where its id is a path, else moved there.
+    void trackIdsTypedSOrMissing() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto typedS = player(QStringLiteral("rhythmbox"), QString(),
+                             {QStringLiteral("--track-string"), QStringLiteral("--position"),
+                              QStringLiteral("230"), QStringLiteral("--paused")});
+        auto none = player(
+            QStringLiteral("showtime"), QString(),
+            {QStringLiteral("--no-track-id"), QStringLiteral("--position"), QStringLiteral("230")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::otherPlayers).size(), 2);
+        QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 5, 3.0).result, SeekResult::seeked);
+        QCOMPARE(none->calls().filter(QStringLiteral("Seek 5000000")).size(), 1);
+        QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 30, 3.0).result, SeekResult::seeked);
+        const QStringList noneSeeks = none->calls().filter(QStringLiteral("Seek "));
+        QCOMPARE(noneSeeks.size(), 2);
+        // From about 235 s to the end at 240 s: a little less than 5 s.
+        const qint64 lastStep = noneSeeks[1].split(QLatin1Char(' ')).value(1).toLongLong();
+        QVERIFY2(lastStep > 3'000'000 && lastStep <= 5'000'000, qPrintable(noneSeeks[1]));
+        QCOMPARE(none->calls().filter(QStringLiteral("SetPosition")).size(), 0);
+
+        none->kill();
+        command(prefix + QStringLiteral("rhythmbox"), QStringLiteral("Play"));
+        QTRY_VERIFY(control.seekIfPlaying(MediaApp::otherPlayers, 30, 3.0).result ==
+                    SeekResult::seeked);
+        QVERIFY(typedS->calls().contains(
+            QStringLiteral("SetPosition /org/scrubline/track/1 240000000")));
+    }
+
+    // A browser without a track id is still set to a position: it ignores the id.
+    void aBrowserWithoutATrackIdIsSetToAPosition() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto browser = player(
+            chromium(20), QStringLiteral("chromium"),
+            {QStringLiteral("--no-track-id"), QStringLiteral("--position"), QStringLiteral("235")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 30, 3.0).result,
+                 SeekResult::seeked);
+        QCOMPARE(
+            browser->calls(),
+            (QStringList{QStringLiteral("GetAll org.mpris.MediaPlayer2.Player"),
+                         QStringLiteral("SetPosition /org/mpris/MediaPlayer2/TrackList/NoTrack "
+                                        "240000000")}));
+    }
+
+    // A player that says it cannot seek, without ever announcing it, is sent no seek and
+    // reported as failed, press after press: it is read anew every time.
+    void aPlayerThatCannotSeekIsSentNone() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto live = player(
+            QStringLiteral("radio"), QString(),
+            {QStringLiteral("--cannot-seek"), QStringLiteral("--position"), QStringLiteral("100")});
+        auto stream = player(
+            firefox(21), QString(),
+            {QStringLiteral("--cannot-seek"), QStringLiteral("--position"), QStringLiteral("100")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::otherPlayers).size(), 1);
+        QTRY_COMPARE(registry.playersOf(MediaApp::firefox).size(), 1);
+        for (int press = 0; press < 2; ++press) {
+            QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 10, 3.0).result,
+                     SeekResult::error);
+            QCOMPARE(control.seekIfPlaying(MediaApp::firefox, -10, 3.0).result, SeekResult::error);
+        }
+        for (PlayerProcess* p : {live.get(), stream.get()}) {
+            QCOMPARE(p->calls(),
+                     (QStringList{QStringLiteral("GetAll org.mpris.MediaPlayer2.Player"),
+                                  QStringLiteral("GetAll org.mpris.MediaPlayer2.Player")}));
+        }
+        // Play/pause still goes through.
+        QCOMPARE(control.playPause(MediaApp::otherPlayers, 3.0), SeekResult::seeked);
+    }
+
+    // A Position typed i is still a position: a step past the end is clamped from it.
+    void aPositionTypedI() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto native = player(QStringLiteral("careless"), QString(),
+                             {QStringLiteral("--position-int"), QStringLiteral("--position"),
+                              QStringLiteral("230")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::otherPlayers).size(), 1);
+        QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 30, 3.0).result, SeekResult::seeked);
+        QCOMPARE(native->calls().value(1),
+                 QStringLiteral("SetPosition /org/scrubline/track/1 240000000"));
+    }
+
+    // Firefox says its position in whole seconds, in its reads and its announcements alike.
+    // The first step goes from the middle of the second read; each later one from where the
+    // last one was sent plus the time since, to the microsecond, not on a whole second.
+    void wholeSecondPositionsAreNotTakenForExact() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto browser = player(firefox(22), QString(),
+                              {QStringLiteral("--whole-seconds"), QStringLiteral("--position"),
+                               QStringLiteral("100.6")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::firefox).size(), 1);
+        const QString name = prefix + firefox(22);
+        follow(name);
+        const auto lastTarget = [&browser] {
+            const QStringList sets = browser->calls().filter(QStringLiteral("SetPosition"));
+            return sets.isEmpty() ? -1 : sets.last().split(QLatin1Char(' ')).value(2).toLongLong();
+        };
+        // Each SetPosition goes out between the start and the end of its press.
+        QElapsedTimer clock;
+        clock.start();
+        qint64 sentAfterNs = clock.nsecsElapsed();
+        QCOMPARE(control.seekIfPlaying(MediaApp::firefox, 10, 3.0).result, SeekResult::seeked);
+        qint64 sentBeforeNs = clock.nsecsElapsed();
+        qint64 previous = lastTarget();
+        // The first step starts from the reading of 100 s: from the middle of that second.
+        QCOMPARE(previous, 110'500'000);
+        for (const double step : {-5.0, 30.0, -10.0}) {
+            QTest::qWait(300); // the announcement of the last step is taken in meanwhile
+            const qint64 startNs = clock.nsecsElapsed();
+            QCOMPARE(control.seekIfPlaying(MediaApp::firefox, step, 3.0).result,
+                     SeekResult::seeked);
+            const qint64 endNs = clock.nsecsElapsed();
+            const qint64 target = lastTarget();
+            const qint64 moved = previous + static_cast<qint64>(step * 1e6);
+            QVERIFY2(target >= moved + (startNs - sentBeforeNs) / 1000 &&
+                         target <= moved + (endNs - sentAfterNs) / 1000,
+                     qPrintable(QStringLiteral("%1 after %2").arg(target).arg(previous)));
+            previous = target;
+            sentAfterNs = startNs;
+            sentBeforeNs = endNs;
+        }
+        QCOMPARE(browser->calls().filter(QStringLiteral("GetAll")).size(), 1);
+    }
+
+    // Of two players of one app, the playing one is sought; of two that play, the one that
+    // started playing last.
+    void ofTwoOtherPlayersThePlayingOneIsSought() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto playing = player(QStringLiteral("mpv"), QString(),
+                              {QStringLiteral("--position"), QStringLiteral("100")});
+        auto paused = player(
+            QStringLiteral("vlc"), QString(),
+            {QStringLiteral("--paused"), QStringLiteral("--position"), QStringLiteral("100")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::otherPlayers).size(), 2);
+        // The paused one came last, so it is tried first, and left alone.
+        QCOMPARE(registry.playersOf(MediaApp::otherPlayers).constFirst(),
+                 prefix + QStringLiteral("vlc"));
+        QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 10, 3.0).result, SeekResult::seeked);
+        QCOMPARE(playing->calls().filter(QStringLiteral("Seek 10000000")).size(), 1);
+        QCOMPARE(paused->calls().filter(QStringLiteral("Seek")).size(), 0);
+
+        follow(prefix + QStringLiteral("vlc"));
+        command(prefix + QStringLiteral("vlc"), QStringLiteral("Play"));
+        QVERIFY(heard(1));
+        QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, -10, 3.0).result,
+                 SeekResult::seeked);
+        QCOMPARE(paused->calls().filter(QStringLiteral("Seek -10000000")).size(), 1);
+        QCOMPARE(playing->calls().filter(QStringLiteral("Seek -10000000")).size(), 0);
     }
 
     // Paused by the user right after our seek, in that moment: it is not moved.

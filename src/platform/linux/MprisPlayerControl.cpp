@@ -106,11 +106,14 @@ PlayerControl::SeekAnswer MprisPlayerControl::seekIfPlaying(MediaApp app, double
         }
         const bool seekInFlight = m_registry.isSeekInFlight(player);
         if (stepping == MprisClient::Stepping::toPosition) {
-            // A whole-second reading is the true position give or take a second; the position
-            // kept since our own last move is exact, where it agrees.
-            if (kept && state->positionUs && *state->positionUs % 1'000'000 == 0 &&
-                std::abs(*kept - *state->positionUs) < 1'000'000) {
-                state->positionUs = kept;
+            // A whole-second reading (Firefox's) is the true position cut down to the second.
+            // The position kept since an announcement or our own last move is exact, where it
+            // agrees; else the middle of that second is at most half a second off.
+            constexpr qint64 second = 1'000'000;
+            if (state->positionUs && *state->positionUs % second == 0) {
+                const bool agrees = kept && *kept >= *state->positionUs - second / 4 &&
+                                    *kept < *state->positionUs + second + second / 4;
+                state->positionUs = agrees ? *kept : *state->positionUs + second / 2;
             }
             m_registry.remember(player, *state);
             if (!state->positionUs) {
