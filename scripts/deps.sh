@@ -14,7 +14,7 @@ Linux)
     if $want_tests; then
         packages+=(git xvfb dbus trayer xdotool x11-utils clang-format qt6-declarative-dev
                   mpv mpv-mpris ffmpeg chromium playerctl libxcb-xtest0-dev x11-xkb-utils
-                  openssl)
+                  openssl vlc-bin vlc-plugin-base firefox-esr)
     fi
     missing=()
     for package in "${packages[@]}"; do

@@ -2,24 +2,38 @@
 
 #include "RangeHttpServer.h"
 
+#include <QElapsedTimer>
+#include <QList>
 #include <QProcess>
 #include <QTemporaryDir>
 
 #include <memory>
 
-// Chromium, in a window of the test's X server with a fresh profile, playing an audible
-// generated video from a page served on 127.0.0.1. Chromium publishes an MPRIS player only for
-// audible media; this is the real target that stands for YouTube in Chrome.
-class ChromiumPage {
+// A browser (Chromium or Firefox ESR), in a window of the test's X server with a fresh
+// profile, playing an audible generated video from a page served on 127.0.0.1. Browsers
+// publish an MPRIS player only for audible media. The page's media session handles
+// "seekforward" and "seekbackward" itself with a fixed step of its own, as YouTube does, and
+// honours "seekto"; after each seek it tells the server where the video now is.
+class BrowserPage {
 public:
+    enum class Browser { chromium, firefox };
+
     static constexpr int videoSeconds = 120;
+    // The page's own skip, whatever it is asked for.
+    static constexpr double pageStepSeconds = 5;
     static constexpr const char* title = "Scrubline Test Video";
     static constexpr const char* artist = "Scrubline";
 
-    ChromiumPage();
-    ~ChromiumPage();
-    ChromiumPage(const ChromiumPage&) = delete;
-    ChromiumPage& operator=(const ChromiumPage&) = delete;
+    // Where the video landed after a seek, and when the page said so on the test's clock.
+    struct Landing {
+        double seconds = 0;
+        qint64 heardAtNs = 0;
+    };
+
+    explicit BrowserPage(Browser browser = Browser::chromium);
+    ~BrowserPage();
+    BrowserPage(const BrowserPage&) = delete;
+    BrowserPage& operator=(const BrowserPage&) = delete;
 
     // Starts the browser on the page; false with a message when it cannot.
     bool start(QString* problem);
@@ -30,8 +44,17 @@ public:
     qint64 pid() const { return m_browser.processId(); }
     void quit();
 
+    // Every landing the page reported, in order; the clock they are read on.
+    const QList<Landing>& landings() const { return m_landings; }
+    qint64 nowNs() const { return m_clock.nsecsElapsed(); }
+
 private:
+    bool startFirefox(QString* problem);
+
+    Browser m_kind;
     QTemporaryDir m_folder;
     std::unique_ptr<RangeHttpServer> m_server;
     QProcess m_browser;
+    QElapsedTimer m_clock;
+    QList<Landing> m_landings;
 };
