@@ -23,8 +23,9 @@ bool makeVideo(const QString& file, QString* problem) {
                   QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
                   QStringLiteral("sine=frequency=440:duration=") + seconds, QStringLiteral("-c:v"),
                   QStringLiteral("libvpx"), QStringLiteral("-b:v"), QStringLiteral("40k"),
-                  QStringLiteral("-c:a"), QStringLiteral("libopus"), QStringLiteral("-shortest"),
-                  file});
+                  // A key frame every second, as on a video site: a seek decodes little.
+                  QStringLiteral("-g"), QStringLiteral("2"), QStringLiteral("-c:a"),
+                  QStringLiteral("libopus"), QStringLiteral("-shortest"), file});
     if (!ffmpeg.waitForFinished(120000) || ffmpeg.exitCode() != 0) {
         *problem = QStringLiteral("ffmpeg could not make the video: ") +
                    QString::fromLocal8Bit(ffmpeg.readAll());

@@ -290,9 +290,33 @@ private slots:
         QCOMPARE(e.positionUs(), std::optional<qint64>(110'400'000));
         m_now += 500 * msNs;
         QCOMPARE(e.targetWithoutRead(-10 * secUs), std::optional<qint64>(100'900'000));
+        // An exact announcement of our move is taken: it says when the player got there.
+        e.sentPosition(120'300'000);
+        m_now += 200 * msNs;
+        e.seeked(120'305'000);
+        QCOMPARE(e.positionUs(), std::optional<qint64>(120'305'000));
         // A move by the user, elsewhere, is taken as said.
         e.seeked(50 * secUs);
         QCOMPARE(e.positionUs(), std::optional<qint64>(50 * secUs));
+    }
+
+    // Quick presses: the announcement of the first move comes after the second was sent.
+    void aLateAnnouncementOfAnEarlierMoveIsPassedOver() {
+        PlayerPositionEstimate e = announced();
+        e.sentPosition(110 * secUs);
+        m_now += 50 * msNs;
+        e.sentPosition(120'050'000);
+        m_now += 50 * msNs;
+        e.seeked(110'100'000); // the first move's
+        QCOMPARE(e.positionUs(), std::optional<qint64>(120'100'000));
+        e.seeked(120'102'000); // the second's
+        QCOMPARE(e.positionUs(), std::optional<qint64>(120'102'000));
+        // Later on, any announcement is taken as said.
+        m_now += 2 * secNs;
+        e.sentPosition(130 * secUs);
+        m_now += PlayerPositionEstimate::seekFlickerNs + msNs;
+        e.seeked(60 * secUs);
+        QCOMPARE(e.positionUs(), std::optional<qint64>(60 * secUs));
     }
 
     void aTargetWithoutReadIsClampedToTheTrack() {

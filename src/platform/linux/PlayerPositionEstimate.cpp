@@ -49,13 +49,22 @@ void PlayerPositionEstimate::applyChanges(const QVariantMap& changed) {
 
 void PlayerPositionEstimate::seeked(qint64 positionUs) {
     m_announcesSeeks = true;
-    const bool ours = m_awaitingSeeked && m_sentPositionAtNs;
-    m_awaitingSeeked = false;
-    constexpr qint64 wholeSecond = 1'000'000;
-    if (ours && m_known && m_known->positionUs &&
-        std::abs(estimatedPositionUs() - positionUs) < wholeSecond) {
-        return; // our own move, said less exactly than we know it
+    const bool awaitingOurMove = m_awaitingPosition && m_sentPositionAtNs &&
+                                 m_clock() - *m_sentPositionAtNs <= seekFlickerNs;
+    if (awaitingOurMove && m_known && m_known->positionUs) {
+        constexpr qint64 wholeSecond = 1'000'000;
+        constexpr qint64 sameMove = 1'500'000;
+        if (std::abs(estimatedPositionUs() - positionUs) >= sameMove) {
+            // An earlier move of ours, announced only now (Chromium is late so): taking it
+            // would undo the moves sent since.
+            return;
+        }
+        m_awaitingSeeked = m_awaitingPosition = false;
+        if (positionUs % wholeSecond == 0) {
+            return; // our own move, said less exactly than we know it
+        }
     }
+    m_awaitingSeeked = m_awaitingPosition = false;
     if (m_known) {
         m_known->positionUs = positionUs;
         m_knownAtNs = m_clock();
@@ -64,11 +73,13 @@ void PlayerPositionEstimate::seeked(qint64 positionUs) {
 
 void PlayerPositionEstimate::expectSeeked() {
     m_awaitingSeeked = true;
+    m_awaitingPosition = false;
     m_ownSeekAtNs = m_clock();
 }
 
 void PlayerPositionEstimate::sentPosition(qint64 positionUs) {
     expectSeeked();
+    m_awaitingPosition = true;
     m_sentPositionAtNs = m_ownSeekAtNs;
     if (m_known) {
         m_known->positionUs = positionUs;

@@ -36,8 +36,10 @@ public:
     // Our own seek is on its way: the position is unsure until the player announces it.
     void expectSeeked();
     // We moved the player to this position just now. That is known to the microsecond, where
-    // some players (Firefox) report and announce only whole seconds: an announcement that
-    // agrees with it to within a second does not replace it.
+    // some players report and announce only whole seconds: a whole-second announcement that
+    // agrees with it to within a second does not replace it. An exact one does: it comes once
+    // the player got there, which takes a browser a moment. Shortly after our move, an
+    // announcement far from it is one of an earlier move of ours, and is passed over.
     void sentPosition(qint64 positionUs);
 
     // The state as last read and kept up to date; its position is the one at the last anchor,
@@ -74,4 +76,5 @@ private:
     std::optional<qint64> m_ownSeekAtNs;      // when our last seek was sent
     std::optional<qint64> m_holdingSinceNs;   // the flicker after our seek, held over since then
     std::optional<qint64> m_sentPositionAtNs; // when we last moved the player to a position
+    bool m_awaitingPosition = false;          // that move is not announced yet
 };
