@@ -720,6 +720,33 @@ private slots:
         QCOMPARE(control.probe(items[4], 3.0), PermissionStatus::appNotRunning);
     }
 
+    // A player of "Other players" is named by its own Identity in the feedback.
+    void anOtherPlayerIsNamedByItsIdentity() {
+        TempHome home;
+        AppSettings settings(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+                                 home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
+                             {MediaApp::spotify, MediaApp::chromeYouTube, MediaApp::firefox,
+                              MediaApp::otherPlayers});
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        auto vlc = player(QStringLiteral("vlc"), QString(),
+                          {QStringLiteral("--identity"), QStringLiteral("VLC media player"),
+                           QStringLiteral("--position"), QStringLiteral("100")});
+        QTRY_COMPARE(registry.identityOf(prefix + QStringLiteral("vlc")),
+                     QStringLiteral("VLC media player"));
+        auto control = std::make_shared<MprisPlayerControl>(registry);
+        MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
+        MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
+                                   status);
+        QSignalSpy finished(&controller, &MediaController::seekFinished);
+        controller.enqueueSeek(10);
+        QTRY_COMPARE(finished.size(), 1);
+        QCOMPARE(status.seekFeedback()->app, MediaApp(MediaApp::otherPlayers));
+        QCOMPARE(status.seekFeedback()->shownName(), QStringLiteral("VLC media player"));
+        QCOMPARE(vlc->calls().filter(QStringLiteral("Seek 10000000")).size(), 1);
+        // Spotify is named by its app.
+        QCOMPARE(control->seekIfPlaying(MediaApp::spotify, 10, 3.0).playerName, QString());
+    }
+
     // The whole path: a request through the controller reaches the playing player.
     void aRequestReachesThePlayer() {
         TempHome home;

@@ -58,6 +58,16 @@ public:
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
         const QString member = message.member();
         const QVariantList args = message.arguments();
+        // Its name, asked once by whoever follows the players: not a call to its controls, and
+        // not printed.
+        if (member == QLatin1String("Get") && args.size() == 2 &&
+            args[0].toString() == QLatin1String("org.mpris.MediaPlayer2")) {
+            if (args[1].toString() != QLatin1String("Identity")) {
+                return bus.send(message.createErrorReply(
+                    QStringLiteral("org.freedesktop.DBus.Error.InvalidArgs"), args[1].toString()));
+            }
+            return bus.send(message.createReply(QVariant::fromValue(QDBusVariant(identity))));
+        }
         QString line = member;
         for (const QVariant& arg : args) {
             line += QLatin1Char(' ') + (arg.userType() == qMetaTypeId<QDBusObjectPath>()
@@ -68,14 +78,6 @@ public:
         std::fflush(stdout);
         if (silent) {
             return true; // taken, never answered: the caller waits out its time-out
-        }
-        if (member == QLatin1String("Get") && args.size() == 2 &&
-            args[0].toString() == QLatin1String("org.mpris.MediaPlayer2")) {
-            if (args[1].toString() != QLatin1String("Identity")) {
-                return bus.send(message.createErrorReply(
-                    QStringLiteral("org.freedesktop.DBus.Error.InvalidArgs"), args[1].toString()));
-            }
-            return bus.send(message.createReply(QVariant::fromValue(QDBusVariant(identity))));
         }
         if (member == QLatin1String("Get") && args.size() == 2) {
             const QVariantMap all = properties();

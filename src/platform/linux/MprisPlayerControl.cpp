@@ -63,6 +63,15 @@ bool MprisPlayerControl::stillPlaying(const QString& player) const {
 
 PlayerControl::SeekAnswer MprisPlayerControl::seekIfPlaying(MediaApp app, double seconds,
                                                             double timeout) {
+    SeekAnswer answer = seekOnce(app, seconds, timeout);
+    if (answer.result == SeekResult::seeked && app == MediaApp::otherPlayers) {
+        answer.playerName = m_registry.identityOf(m_registry.playersOf(app).value(0));
+    }
+    return answer;
+}
+
+PlayerControl::SeekAnswer MprisPlayerControl::seekOnce(MediaApp app, double seconds,
+                                                       double timeout) {
     const QDeadlineTimer deadline(milliseconds(timeout));
     const auto deltaUs = static_cast<qint64>(std::llround(seconds * 1e6));
     bool failed = false;

@@ -26,6 +26,8 @@ private:
     // Whether the player's last announcement heard on this thread's own connection, fresher
     // than the registry's, still lets it count as playing.
     bool stillPlaying(const QString& player) const;
+    // The seek itself; seekIfPlaying names the player where its app does not.
+    SeekAnswer seekOnce(MediaApp app, double seconds, double timeout);
     // SetPosition, with the track id last known (browsers ignore it).
     SeekResult moveTo(const QString& player, qint64 positionUs, const QDeadlineTimer& deadline);
 

@@ -4,6 +4,8 @@
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusVariant>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QSet>
@@ -135,6 +137,9 @@ void MprisPlayerRegistry::add(const QString& busName, const QString& owner) {
     const bool first = countOf(*app) == 0;
     m_players.insert(busName, Player{.app = *app, .owner = owner, .lastActive = ++m_activity});
     lock.unlock();
+    if (*app == MediaApp::otherPlayers) {
+        readIdentity(busName);
+    }
     if (first) {
         emit appAppeared(*app);
     }
@@ -306,4 +311,33 @@ std::optional<MprisClient::State> MprisPlayerRegistry::known(const QString& busN
     QMutexLocker lock(&m_mutex);
     const auto found = m_players.constFind(busName);
     return found != m_players.cend() ? found->estimate.known() : std::nullopt;
+}
+
+void MprisPlayerRegistry::readIdentity(const QString& busName) {
+    // Without waiting: the GUI thread never waits on a player.
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        busName, QStringLiteral("/org/mpris/MediaPlayer2"),
+        QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+    call << QStringLiteral("org.mpris.MediaPlayer2") << QStringLiteral("Identity");
+    auto* watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(call, 5000), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this,
+            [this, busName](QDBusPendingCallWatcher* done) {
+                done->deleteLater();
+                const QDBusMessage reply = done->reply();
+                if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
+                    return;
+                }
+                const QString identity =
+                    reply.arguments().constFirst().value<QDBusVariant>().variant().toString();
+                QMutexLocker lock(&m_mutex);
+                if (auto found = m_players.find(busName); found != m_players.end()) {
+                    found->identity = identity;
+                }
+            });
+}
+
+QString MprisPlayerRegistry::identityOf(const QString& busName) const {
+    QMutexLocker lock(&m_mutex);
+    const auto found = m_players.constFind(busName);
+    return found != m_players.cend() ? found->identity : QString();
 }

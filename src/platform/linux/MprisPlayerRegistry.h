@@ -44,6 +44,9 @@ public:
     static constexpr qint64 seekFlickerNs = PlayerPositionEstimate::seekFlickerNs;
     // Whether that moment of the player is being held over now.
     bool isHeldOver(const QString& busName) const;
+    // The player's Identity, once read (asked for when the player comes); empty before. Shown
+    // as its name, never matched on: some players translate it.
+    QString identityOf(const QString& busName) const;
     // The unique connection name the player's signals come from; empty when unknown.
     QString ownerOf(const QString& busName) const;
     // True when a relative seek by this much is known to stay inside the track (see
@@ -89,11 +92,13 @@ private:
         MediaApp app;
         QString owner; // the unique connection name
         quint64 lastActive = 0;
+        QString identity{};
         PlayerPositionEstimate estimate{}; // with m_mutex held
     };
 
     void add(const QString& busName, const QString& owner);
     void remove(const QString& busName);
+    void readIdentity(const QString& busName);
     int countOf(MediaApp app) const; // with m_mutex held
 
     QDBusConnection m_bus;
