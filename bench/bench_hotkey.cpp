@@ -5,7 +5,7 @@
 //
 // Run with bench/run.sh, which gives it an X server and a private session bus.
 #include "Figures.h"
-#include "support/ChromiumPage.h"
+#include "support/BrowserPage.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
@@ -183,7 +183,7 @@ int main(int argc, char** argv) {
     QCoreApplication application(argc, argv);
     const int presses = 120;
 
-    ChromiumPage page;
+    BrowserPage page;
     QString problem;
     if (!page.start(&problem) || !page.waitUntilPlaying()) {
         std::fprintf(stderr, "bench: Chromium is not playing: %s\n", qPrintable(problem));

@@ -12,7 +12,7 @@
 #include "platform/linux/MprisRunningApps.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaults.h"
-#include "support/ChromiumPage.h"
+#include "support/BrowserPage.h"
 #include "support/FakePlayers.h"
 #include "support/PlayerProcess.h"
 
@@ -131,7 +131,9 @@ Figures playerctl(const QString& service, int count) {
 Figures trials(MediaController& controller, const MprisPlayerRegistry& registry,
                const QString& player, int count, int* quick) {
     return paced(count, [&](int i) {
-        if (registry.canSeekRelatively(player, stepUs(i))) {
+        // A browser is moved to a position, a native player by a step: either way, no read.
+        if (registry.canSeekRelatively(player, stepUs(i)) ||
+            registry.targetWithoutRead(player, stepUs(i))) {
             ++*quick;
         }
         QEventLoop loop;
@@ -195,7 +197,7 @@ int main(int argc, char** argv) {
     const int processes = 50;
     const int comparisons = 100; // the lines that only explain the others
 
-    ChromiumPage page;
+    BrowserPage page;
     QString problem;
     if (!page.start(&problem) || !page.waitUntilPlaying()) {
         std::fprintf(stderr, "bench: Chromium is not playing: %s\n", qPrintable(problem));

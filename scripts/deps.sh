@@ -14,7 +14,8 @@ Linux)
     if $want_tests; then
         packages+=(git xvfb dbus trayer xdotool x11-utils clang-format qt6-declarative-dev
                   mpv mpv-mpris ffmpeg chromium playerctl libxcb-xtest0-dev x11-xkb-utils
-                  desktop-file-utils appstream openssl weston)
+                  desktop-file-utils appstream openssl weston vlc-bin vlc-plugin-base
+                  firefox-esr)
     fi
     missing=()
     for package in "${packages[@]}"; do

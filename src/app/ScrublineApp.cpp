@@ -39,8 +39,8 @@ ScrublineApp::ScrublineApp(QObject* parent)
 
     // 2. The settings, loaded now rather than on first use, so a damaged file is reported at
     // start.
-    m_settings =
-        std::make_unique<AppSettings>(std::make_unique<UserDefaults>(Platform::openUserDefaults()));
+    m_settings = std::make_unique<AppSettings>(
+        std::make_unique<UserDefaults>(Platform::openUserDefaults()), Platform::mediaApps());
 
     // 3. The media side, made now so that it follows the players from the start. The status
     // asks the controller which apps run only when it polls, after both exist.

@@ -125,6 +125,7 @@ MediaController::Trial MediaController::tryApps(PlayerControl& players,
     std::optional<MediaApp> lastErrorApp;
     for (const MediaApp app : candidates) {
         SeekResult verdict = SeekResult::error;
+        QString playerName;
         if (seconds != 0) {
             const PlayerControl::SeekAnswer answer =
                 players.seekIfPlaying(app, seconds, PlayerControl::actionTimeout);
@@ -132,13 +133,14 @@ MediaController::Trial MediaController::tryApps(PlayerControl& players,
                 trial.alerts << *answer.alert;
             }
             verdict = answer.result;
+            playerName = answer.playerName;
         } else {
             verdict = players.playPause(app, PlayerControl::actionTimeout);
         }
         switch (verdict) {
         case SeekResult::seeked:
         case SeekResult::permissionDenied:
-            trial.outcome = Outcome{verdict, app};
+            trial.outcome = Outcome{verdict, app, playerName};
             return trial;
         case SeekResult::notPlaying:
             break;
@@ -179,14 +181,19 @@ void MediaController::finishSeek(double seconds, const QElapsedTimer& clock, con
         case SeekResult::seeked:
             m_status.setLastActiveApp(app);
             m_lastSuccessfulApp = app;
-            m_status.showFeedback(app, seconds > 0   ? FeedbackKind::forward
-                                       : seconds < 0 ? FeedbackKind::backward
-                                                     : FeedbackKind::playPause);
-            told = {true, app.displayName() + QStringLiteral(": ") +
-                              (seconds == 0
-                                   ? QStringLiteral("play/pause")
-                                   : (seconds > 0 ? QStringLiteral("+") : QStringLiteral("-")) +
-                                         QString::number(std::abs(seconds)) + QStringLiteral("s"))};
+            m_status.showFeedback(app,
+                                  seconds > 0   ? FeedbackKind::forward
+                                  : seconds < 0 ? FeedbackKind::backward
+                                                : FeedbackKind::playPause,
+                                  outcome->playerName);
+            // An app of many players is named by the one that was moved.
+            told = {true,
+                    (outcome->playerName.isEmpty() ? app.displayName() : outcome->playerName) +
+                        QStringLiteral(": ") +
+                        (seconds == 0
+                             ? QStringLiteral("play/pause")
+                             : (seconds > 0 ? QStringLiteral("+") : QStringLiteral("-")) +
+                                   QString::number(std::abs(seconds)) + QStringLiteral("s"))};
             break;
         case SeekResult::notPlaying:
             break; // never an outcome: the next app is tried instead

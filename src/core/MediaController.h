@@ -63,6 +63,7 @@ private:
     struct Outcome {
         SeekResult result;
         MediaApp app;
+        QString playerName{};
     };
     struct Trial {
         std::optional<Outcome> outcome;

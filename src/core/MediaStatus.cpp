@@ -48,13 +48,13 @@ void MediaStatus::setLastActiveApp(MediaApp app) {
     }
 }
 
-void MediaStatus::showFeedback(MediaApp app, FeedbackKind kind) {
+void MediaStatus::showFeedback(MediaApp app, FeedbackKind kind, const QString& playerName) {
     // A success hides any problem still on show.
     if (m_statusMessage) {
         m_statusMessage.reset();
         emit statusMessageChanged();
     }
-    m_seekFeedback = SeekFeedback{app, kind, QUuid::createUuid()};
+    m_seekFeedback = SeekFeedback{app, kind, QUuid::createUuid(), playerName};
     emit seekFeedbackChanged();
     m_feedbackTimer = makeTimer(this, milliseconds(m_settings.feedbackDuration()), false, [this] {
         m_seekFeedback.reset();

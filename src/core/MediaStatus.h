@@ -45,7 +45,8 @@ public:
     std::optional<NowPlaying> nowPlaying() const { return m_nowPlaying; }
 
     void setLastActiveApp(MediaApp app);
-    void showFeedback(MediaApp app, FeedbackKind kind);
+    // `playerName`: the player's own name where the app stands for many kinds of player.
+    void showFeedback(MediaApp app, FeedbackKind kind, const QString& playerName = QString());
     void showStatus(const QString& message);
 
     // Polls now, then every ten seconds until stopped. Starting again restarts the cycle.

@@ -18,6 +18,8 @@ const Attributes& attributes(MediaApp app) {
         {"appleMusic", "Apple Music", "Music", "music.quarternote.3", TintColor::pink},
         {"chromeYouTube", "YouTube (Chrome)", "Google Chrome", "play.rectangle", TintColor::red},
         {"safariYouTube", "YouTube (Safari)", "Safari", "safari", TintColor::blue},
+        {"firefox", "Firefox", "Firefox", "globe", TintColor::orange},
+        {"otherPlayers", "Other players", "Other players", "music.note.list", TintColor::purple},
     };
     return table[app.value()];
 }
@@ -25,7 +27,7 @@ const Attributes& attributes(MediaApp app) {
 } // namespace
 
 std::optional<MediaApp> MediaApp::fromRawValue(QStringView rawValue) {
-    for (MediaApp app : allCases()) {
+    for (MediaApp app : everyCase()) {
         if (rawValue == QLatin1StringView(attributes(app).rawValue)) {
             return app;
         }
@@ -64,6 +66,10 @@ std::uint32_t tintColorRgb(TintColor color) {
         return 0xFF3B30;
     case TintColor::blue:
         return 0x007AFF;
+    case TintColor::orange:
+        return 0xFF9500;
+    case TintColor::purple:
+        return 0xAF52DE;
     }
     qFatal("tintColorRgb: unknown colour %d", static_cast<int>(color));
 }

@@ -11,13 +11,22 @@
 #include <set>
 
 // The standard colour a player's symbol is drawn in; views turn it into a real colour.
-enum class TintColor { green, pink, red, blue };
+enum class TintColor { green, pink, red, blue, orange, purple };
 
 // One of the closed set of media targets Scrubline can control. Declaration order matters: it is
 // the order of allCases() and the default priority order of the settings.
 class MediaApp {
 public:
-    enum Value : std::uint8_t { spotify, appleMusic, chromeYouTube, safariYouTube };
+    // Firefox and every other player exist only where players are found on the session bus;
+    // a platform lists the cases it offers (see allCases() and everyCase()).
+    enum Value : std::uint8_t {
+        spotify,
+        appleMusic,
+        chromeYouTube,
+        safariYouTube,
+        firefox,
+        otherPlayers
+    };
 
     constexpr MediaApp(Value value)
         : m_value(value) {} // NOLINT: implicit on purpose
@@ -25,6 +34,11 @@ public:
 
     static constexpr std::array<MediaApp, 4> allCases() {
         return {spotify, appleMusic, chromeYouTube, safariYouTube};
+    }
+    // Every case any platform offers: a settings file written on one platform names apps of
+    // its own, and they are still read on another.
+    static constexpr std::array<MediaApp, 6> everyCase() {
+        return {spotify, appleMusic, chromeYouTube, safariYouTube, firefox, otherPlayers};
     }
     // The case whose raw value is exactly `rawValue`; there is no fallback case.
     static std::optional<MediaApp> fromRawValue(QStringView rawValue);

@@ -14,6 +14,10 @@ struct SeekFeedback {
     MediaApp app = MediaApp::spotify;
     FeedbackKind kind = FeedbackKind::forward;
     QUuid id;
+    // The player's own name, where the app stands for players of many kinds; else empty.
+    QString playerName{};
+
+    QString shownName() const { return playerName.isEmpty() ? app.displayName() : playerName; }
 
     friend bool operator==(const SeekFeedback&, const SeekFeedback&) = default;
 };

@@ -9,6 +9,7 @@
 #include "SingleInstance.h"
 #include "SymbolImages.h"
 
+#include <QList>
 #include <QSettings>
 #include <QString>
 
@@ -25,6 +26,10 @@ std::unique_ptr<LoginItem> createLoginItem();
 
 // The host that runs player scripts, or null where players are not driven by scripts.
 std::shared_ptr<ScriptEngine> createScriptEngine();
+
+// The media apps this platform offers, in their default priority order: what the settings
+// reconcile, the Apps tab shows and the controller tries.
+QList<MediaApp> mediaApps();
 
 // How the media apps are driven. Shared by the seek thread, the now-playing polls and the
 // permission probes.

@@ -18,6 +18,9 @@ public:
         // Something only the user can put right, such as a browser that refuses to run
         // JavaScript in the page; the caller shows it.
         std::optional<UserAlert> alert{};
+        // The player's own name, where the app stands for players of many kinds; empty where
+        // the app's name says which player it was.
+        QString playerName{};
 
         friend bool operator==(const SeekAnswer&, const SeekAnswer&) = default;
     };

@@ -18,8 +18,11 @@ QString seekScript(MediaApp app, double seconds) {
         return ChromeYouTubeController::scriptSource(seconds);
     case MediaApp::safariYouTube:
         return SafariYouTubeController::scriptSource(seconds);
+    case MediaApp::firefox:
+    case MediaApp::otherPlayers:
+        break; // found only on the session bus, never by a script
     }
-    Q_UNREACHABLE();
+    return {};
 }
 
 QString nowPlayingScript(MediaApp app) {
@@ -32,8 +35,11 @@ QString nowPlayingScript(MediaApp app) {
         return ChromeYouTubeController::nowPlayingScript();
     case MediaApp::safariYouTube:
         return SafariYouTubeController::nowPlayingScript();
+    case MediaApp::firefox:
+    case MediaApp::otherPlayers:
+        break;
     }
-    Q_UNREACHABLE();
+    return {};
 }
 
 } // namespace
@@ -48,6 +54,9 @@ PlayerControl::SeekAnswer ScriptedPlayerControl::seekIfPlaying(MediaApp app, dou
     case MediaApp::chromeYouTube:
     case MediaApp::safariYouTube:
         break;
+    case MediaApp::firefox:
+    case MediaApp::otherPlayers:
+        return {SeekResult::error}; // no script drives them
     }
     // A Chrome refusal to run JavaScript goes back to the caller, who tells the user.
     const ScriptResult result = AppleScriptService::execute(seekScript(app, seconds), timeout);
@@ -73,11 +82,17 @@ SeekResult ScriptedPlayerControl::playPause(MediaApp app, double timeout) {
             AppleScriptService::execute(ChromeYouTubeController::playPauseScript(), timeout));
     case MediaApp::safariYouTube:
         return SafariYouTubeController::togglePlayPause(timeout);
+    case MediaApp::firefox:
+    case MediaApp::otherPlayers:
+        break;
     }
-    Q_UNREACHABLE();
+    return SeekResult::error;
 }
 
 std::optional<QString> ScriptedPlayerControl::nowPlayingText(MediaApp app, double timeout) {
+    if (nowPlayingScript(app).isEmpty()) {
+        return std::nullopt;
+    }
     const ScriptResult result = AppleScriptService::execute(nowPlayingScript(app), timeout);
     return result.isSuccess() ? result.text() : std::nullopt;
 }

@@ -13,7 +13,7 @@ constexpr bool defaultLaunchAtLogin = false;
 constexpr double defaultFeedbackDuration = 2.5;
 constexpr bool defaultShowHUDOverlay = true;
 
-QList<MediaApp> allApps() {
+QList<MediaApp> referenceApps() {
     const auto cases = MediaApp::allCases();
     return QList<MediaApp>(cases.begin(), cases.end());
 }
@@ -21,9 +21,14 @@ QList<MediaApp> allApps() {
 } // namespace
 
 AppSettings::AppSettings(std::unique_ptr<UserDefaults> defaults, QObject* parent)
+    : AppSettings(std::move(defaults), referenceApps(), parent) {}
+
+AppSettings::AppSettings(std::unique_ptr<UserDefaults> defaults, QList<MediaApp> offeredApps,
+                         QObject* parent)
     : QObject(parent)
     , m_defaults(std::move(defaults))
-    , m_enabledApps(allApps())
+    , m_offeredApps(std::move(offeredApps))
+    , m_enabledApps(m_offeredApps)
     , m_seekActions(SeekAction::defaults()) {
     m_saveDebounce.setSingleShot(true);
     m_saveDebounce.setTimerType(Qt::PreciseTimer);
@@ -112,7 +117,7 @@ QList<MediaApp> AppSettings::activeApps() const {
     assertOnOwnThread();
     QList<MediaApp> active;
     for (MediaApp app : m_enabledApps) {
-        if (!m_disabledApps.contains(app)) {
+        if (!m_disabledApps.contains(app) && isOffered(app)) {
             active.append(app);
         }
     }
@@ -140,7 +145,7 @@ double AppSettings::firstBackwardSeconds() const {
 }
 
 void AppSettings::resetToDefaults() {
-    setEnabledApps(allApps());
+    setEnabledApps(m_offeredApps);
     setDisabledApps({});
     setSeekActions(SeekAction::defaults());
     setLaunchAtLogin(false);
@@ -174,7 +179,7 @@ void AppSettings::loadEnabledApps() {
     // Every decoded member is a known app, so the stored order (duplicates included) stays as
     // it is and apps it does not name yet are appended in declaration order.
     QList<MediaApp> apps = *saved;
-    for (MediaApp app : MediaApp::allCases()) {
+    for (MediaApp app : m_offeredApps) {
         if (!saved->contains(app)) {
             apps.append(app);
         }

@@ -38,8 +38,13 @@ public:
 
     static constexpr int saveDebounceMs = 300;
 
-    // Loads at once from `defaults`.
+    // Loads at once from `defaults`, with the apps the reference platform offers.
     explicit AppSettings(std::unique_ptr<UserDefaults> defaults, QObject* parent = nullptr);
+    // The same, with the apps this platform offers, in their default priority order. Apps a
+    // stored or imported list names beyond them (a Mac's, read elsewhere) are kept in it, so
+    // that it is written out again as it came, but never shown, tried or appended.
+    AppSettings(std::unique_ptr<UserDefaults> defaults, QList<MediaApp> offeredApps,
+                QObject* parent = nullptr);
     ~AppSettings() override;
 
     // Bound values: read from and written straight to the defaults.
@@ -66,7 +71,10 @@ public:
     // calling back: at the end of the program, so that the last edit is not lost.
     void savePendingChanges();
 
-    // The enabled apps, in priority order, that are not switched off.
+    // The apps this platform offers, in their default order.
+    const QList<MediaApp>& offeredApps() const { return m_offeredApps; }
+    bool isOffered(MediaApp app) const { return m_offeredApps.contains(app); }
+    // The enabled apps, in priority order, that this platform offers and are not switched off.
     QList<MediaApp> activeApps() const;
     // The step of the first forward (backward) action, 10 when there is none.
     double firstForwardSeconds() const;
@@ -104,6 +112,7 @@ private:
     void assertOnOwnThread() const;
 
     std::unique_ptr<UserDefaults> m_defaults;
+    QList<MediaApp> m_offeredApps;
     QList<MediaApp> m_enabledApps;
     MediaAppSet m_disabledApps;
     QList<SeekAction> m_seekActions;

@@ -134,8 +134,23 @@ AppsSettingsTab::Row AppsSettingsTab::makeRow(int index) {
     return row;
 }
 
-void AppsSettingsTab::refresh() {
+QList<int> AppsSettingsTab::shownPositions() const {
     const QList<MediaApp>& apps = m_settings.enabledApps();
+    QList<int> shown;
+    for (int position = 0; position < apps.size(); ++position) {
+        if (m_settings.isOffered(apps.at(position))) {
+            shown.append(position);
+        }
+    }
+    return shown;
+}
+
+void AppsSettingsTab::refresh() {
+    const QList<MediaApp>& all = m_settings.enabledApps();
+    QList<MediaApp> apps;
+    for (const int position : shownPositions()) {
+        apps.append(all.at(position));
+    }
     const auto count = static_cast<int>(apps.size());
     while (static_cast<int>(m_rows.size()) > count) {
         // Taken out at once so that nothing finds it any more; deleted once its events are done.
@@ -193,14 +208,15 @@ void AppsSettingsTab::applyColors() {
 
 void AppsSettingsTab::move(int index, int step) {
     QList<MediaApp> apps = m_settings.enabledApps();
+    const QList<int> shown = shownPositions();
     const int target = index + step;
-    if (index < 0 || target < 0 || target >= apps.size()) {
+    if (index < 0 || target < 0 || target >= shown.size() || index >= shown.size()) {
         return;
     }
     SymbolButton* pressed = step < 0 ? m_rows[static_cast<std::size_t>(index)].up
                                      : m_rows[static_cast<std::size_t>(index)].down;
     const bool keyboard = pressed->hasFocus();
-    apps.swapItemsAt(index, target);
+    apps.swapItemsAt(shown.at(index), shown.at(target));
     m_settings.setEnabledApps(std::move(apps));
     if (keyboard) {
         // From the keyboard, focus goes with the app that moved, so that it can be moved on.
@@ -211,11 +227,11 @@ void AppsSettingsTab::move(int index, int step) {
 }
 
 void AppsSettingsTab::setAppEnabled(int index, bool on) {
-    const QList<MediaApp>& apps = m_settings.enabledApps();
-    if (index < 0 || index >= apps.size()) {
+    const QList<int> shown = shownPositions();
+    if (index < 0 || index >= shown.size()) {
         return;
     }
-    const MediaApp app = apps.at(index);
+    const MediaApp app = m_settings.enabledApps().at(shown.at(index));
     MediaAppSet disabled = m_settings.disabledApps();
     if (on) {
         disabled.erase(app);

@@ -45,6 +45,9 @@ private:
     void paintArrow(SymbolButton& button, bool atEnd);
     void applyColors();
     // Swaps the apps at `index` and `index + step`, in one assignment of the whole order.
+    // Where each row's app is in the settings' list: apps this platform does not offer are
+    // kept there, unshown.
+    QList<int> shownPositions() const;
     void move(int index, int step);
     void setAppEnabled(int index, bool on);
 

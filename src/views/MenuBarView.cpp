@@ -266,7 +266,7 @@ void MenuBarView::updateState() {
             feedback.kind, SkipSymbols::wholeSeconds(m_settings.firstForwardSeconds()),
             SkipSymbols::wholeSeconds(m_settings.firstBackwardSeconds())));
         row.dot->setColor(Style::tint(feedback.app.tintColor()));
-        row.text->setText(feedback.app.displayName());
+        row.text->setText(feedback.shownName());
         break;
     }
     case MenuBarState::status:

@@ -4,7 +4,7 @@
 // once with a German keyboard layout, so that what is recorded is what the grab then catches.
 #include "app/ScrublineApp.h"
 #include "platform/linux/MprisClient.h"
-#include "support/ChromiumPage.h"
+#include "support/BrowserPage.h"
 #include "support/Desktop.h"
 #include "views/ActionEditor.h"
 #include "views/ActionRowContainer.h"
@@ -150,7 +150,7 @@ class TestHotkeysApp : public QObject {
     Q_OBJECT
 
 private:
-    std::unique_ptr<ChromiumPage> m_page;
+    std::unique_ptr<BrowserPage> m_page;
     std::unique_ptr<TrayHost> m_tray;
     std::unique_ptr<ScrublineApp> m_app;
     int m_seeked = 0;
@@ -264,7 +264,7 @@ private slots:
         QApplication::setApplicationName(QStringLiteral("Scrubline"));
         QApplication::setOrganizationDomain(QStringLiteral("scrubline.com"));
         QApplication::setQuitOnLastWindowClosed(false);
-        m_page = std::make_unique<ChromiumPage>();
+        m_page = std::make_unique<BrowserPage>();
         QString problem;
         QVERIFY2(m_page->start(&problem), qPrintable(problem));
         QVERIFY2(m_page->waitUntilPlaying(), "Chromium published no playing player");

@@ -1,7 +1,7 @@
 // The whole road of a hotkey press: xdotool presses the default combinations in the test's X
 // server, the real program grabs them, and Chromium's video moves, read back over MPRIS.
 #include "platform/linux/MprisClient.h"
-#include "support/ChromiumPage.h"
+#include "support/BrowserPage.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -71,7 +71,7 @@ class TestHotkeySeek : public QObject {
     Q_OBJECT
 
 private:
-    std::unique_ptr<ChromiumPage> m_page;
+    std::unique_ptr<BrowserPage> m_page;
     QProcess m_app;
     QByteArray m_log;
     int m_seeked = 0;
@@ -121,7 +121,7 @@ private:
 private slots:
     void initTestCase() {
         QVERIFY2(!qEnvironmentVariableIsEmpty("DISPLAY"), "runs inside with-session");
-        m_page = std::make_unique<ChromiumPage>();
+        m_page = std::make_unique<BrowserPage>();
         QString problem;
         QVERIFY2(m_page->start(&problem), qPrintable(problem));
         QVERIFY2(m_page->waitUntilPlaying(), "Chromium published no playing player");

@@ -11,6 +11,7 @@
 #include "support/TempHome.h"
 
 #include <QDBusConnection>
+#include <QElapsedTimer>
 #include <QSettings>
 #include <QSignalSpy>
 #include <QtTest>
@@ -32,6 +33,10 @@ std::unique_ptr<PlayerProcess> player(const QString& name, const QString& progra
 
 QString chromium(qint64 pid) {
     return QStringLiteral("chromium.instance%1").arg(pid);
+}
+
+QString firefox(qint64 pid) {
+    return QStringLiteral("firefox.instance_1_%1").arg(pid);
 }
 
 // A command to a player, as a user's other means (its own window, a media key) would send it.
@@ -86,16 +91,37 @@ private slots:
                                   << "/usr/lib/chromium/chromium" << 2;
         QTest::newRow("chrome") << "org.mpris.MediaPlayer2.chrome.instance42"
                                 << "/opt/google/chrome/chrome" << 2;
+        const int other = MediaApp::otherPlayers;
         QTest::newRow("electron app") << "org.mpris.MediaPlayer2.chromium.instance42"
-                                      << "/usr/lib/slack/slack" << -1;
-        QTest::newRow("other browser") << "org.mpris.MediaPlayer2.chromium.instance42"
-                                       << "/opt/brave.com/brave/brave" << -1;
+                                      << "/usr/lib/slack/slack" << other;
+        QTest::newRow("brave") << "org.mpris.MediaPlayer2.brave.instance42"
+                               << "/opt/brave.com/brave/brave" << 2;
+        QTest::newRow("brave under chromium's name") << "org.mpris.MediaPlayer2.chromium.instance42"
+                                                     << "/opt/brave.com/brave/brave" << 2;
+        QTest::newRow("edge") << "org.mpris.MediaPlayer2.edge.instance42"
+                              << "/opt/microsoft/msedge/msedge" << 2;
+        QTest::newRow("vivaldi") << "org.mpris.MediaPlayer2.vivaldi.instance42"
+                                 << "/opt/vivaldi/vivaldi-bin" << 2;
+        QTest::newRow("opera") << "org.mpris.MediaPlayer2.opera"
+                               << "/usr/lib/x86_64-linux-gnu/opera/opera" << 2;
+        QTest::newRow("electron app as edge") << "org.mpris.MediaPlayer2.edge.instance42"
+                                              << "/usr/share/code/code" << other;
         QTest::newRow("unknown owner") << "org.mpris.MediaPlayer2.chromium.instance42"
-                                       << "" << -1;
+                                       << "" << other;
+        QTest::newRow("firefox") << "org.mpris.MediaPlayer2.firefox.instance_1_84"
+                                 << "" << int(MediaApp::firefox);
+        QTest::newRow("older firefox") << "org.mpris.MediaPlayer2.firefox.instance1234"
+                                       << "" << int(MediaApp::firefox);
+        QTest::newRow("not firefox's name") << "org.mpris.MediaPlayer2.firefoxish"
+                                            << "" << other;
         QTest::newRow("mpv") << "org.mpris.MediaPlayer2.mpv"
-                             << "/usr/bin/mpv" << -1;
+                             << "/usr/bin/mpv" << other;
+        QTest::newRow("vlc") << "org.mpris.MediaPlayer2.vlc"
+                             << "/usr/bin/vlc" << other;
         QTest::newRow("spotifyd-like") << "org.mpris.MediaPlayer2.spotifyd"
-                                       << "" << -1;
+                                       << "" << other;
+        QTest::newRow("no player's name") << "org.mpris.MediaPlayer2."
+                                          << "" << -1;
         QTest::newRow("not mpris") << "org.example.spotify"
                                    << "" << -1;
     }
@@ -123,15 +149,20 @@ private slots:
         QCOMPARE(running.runningNames(), QSet<QString>{QStringLiteral("Spotify")});
         QCOMPARE(registry.playersOf(MediaApp::spotify), QStringList{prefix + "spotify"});
 
-        // Not media apps: never reported.
+        // Every other player, an Electron app under Chromium's name too, is one of the others.
         auto mpvLike = player(QStringLiteral("mpv"), QString());
         auto electron = player(chromium(1), QStringLiteral("slack"));
-        QTest::qWait(300);
-        QCOMPARE(launched.size(), 1);
+        QTRY_COMPARE(registry.playersOf(MediaApp::otherPlayers).size(), 2);
+        QCOMPARE(launched.size(), 2);
+        QCOMPARE(launched[1][0].toString(), QStringLiteral("Other players"));
 
         spotify->kill();
         QTRY_COMPARE(terminated.size(), 1);
         QCOMPARE(terminated[0][0].toString(), QStringLiteral("Spotify"));
+        mpvLike->kill();
+        electron->kill();
+        QTRY_COMPARE(terminated.size(), 2);
+        QCOMPARE(terminated[1][0].toString(), QStringLiteral("Other players"));
         QVERIFY(running.runningNames().isEmpty());
     }
 
@@ -189,52 +220,73 @@ private slots:
         QVERIFY(!later->calls().contains(QStringLiteral("PlayPause")));
     }
 
-    // Once a player's state is known and kept up to date by its signals, a seek well inside
-    // the track is one relative Seek, with no read before it.
+    // Once a native player's state is known and kept up to date by its signals, a seek well
+    // inside the track is one relative Seek, with no read before it.
     void aKnownPlayerIsSeekedInOneCall() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto native = player(QStringLiteral("vlc"), QString(),
+                             {QStringLiteral("--position"), QStringLiteral("100"),
+                              QStringLiteral("--length"), QStringLiteral("240")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::otherPlayers).size(), 1);
+        const QString name = prefix + QStringLiteral("vlc");
+        QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 10, 3.0).result, SeekResult::seeked);
+        // Until the player has announced our seek, the position is unsure.
+        QVERIFY(!registry.canSeekRelatively(name, -5'000'000));
+        QTRY_VERIFY(registry.canSeekRelatively(name, -5'000'000));
+        QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, -5, 3.0).result, SeekResult::seeked);
+        QTRY_VERIFY(registry.canSeekRelatively(name, 2'500'000));
+        QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 2.5, 3.0).result,
+                 SeekResult::seeked);
+        QCOMPARE(native->calls(),
+                 (QStringList{QStringLiteral("GetAll org.mpris.MediaPlayer2.Player"),
+                              QStringLiteral("Seek 10000000"), QStringLiteral("Seek -5000000"),
+                              QStringLiteral("Seek 2500000")}));
+    }
+
+    // A browser is moved to positions, never by a relative Seek, which its page may take as a
+    // skip of its own size. After the first read it is where we last put it.
+    void aBrowserIsSetToPositions() {
         MprisPlayerRegistry registry(QDBusConnection::sessionBus());
         MprisPlayerControl control(registry);
         auto browser = player(chromium(9), QStringLiteral("chromium"),
                               {QStringLiteral("--position"), QStringLiteral("100"),
                                QStringLiteral("--length"), QStringLiteral("240")});
         QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
-        const QString name = prefix + chromium(9);
         QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
                  SeekResult::seeked);
-        // Until the player has announced our seek, the position is unsure.
-        QVERIFY(!registry.canSeekRelatively(name, -5'000'000));
-        QTRY_VERIFY(registry.canSeekRelatively(name, -5'000'000));
         QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, -5, 3.0).result,
                  SeekResult::seeked);
-        QTRY_VERIFY(registry.canSeekRelatively(name, 2'500'000));
         QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 2.5, 3.0).result,
                  SeekResult::seeked);
         const QStringList calls = browser->calls();
         QCOMPARE(calls.size(), 4);
         QCOMPARE(calls[0], QStringLiteral("GetAll org.mpris.MediaPlayer2.Player"));
-        // Read at 100 s and a little after, plus 10.
-        const QStringList set = calls[1].split(QLatin1Char(' '));
-        QCOMPARE(set.value(1), QStringLiteral("/org/scrubline/track/1"));
-        QVERIFY2(set.value(2).toLongLong() >= 110'000'000 &&
-                     set.value(2).toLongLong() < 130'000'000,
-                 qPrintable(calls[1]));
-        QCOMPARE(calls[2], QStringLiteral("Seek -5000000"));
-        QCOMPARE(calls[3], QStringLiteral("Seek 2500000"));
+        // Read at 100 s and a little after: 110, 105, 107.5 and a little after.
+        const auto target = [&calls](int i) {
+            const QStringList set = calls[i].split(QLatin1Char(' '));
+            return set.value(0) == QLatin1String("SetPosition") &&
+                           set.value(1) == QLatin1String("/org/scrubline/track/1")
+                       ? set.value(2).toLongLong()
+                       : -1;
+        };
+        QVERIFY2(target(1) >= 110'000'000 && target(1) < 112'000'000, qPrintable(calls[1]));
+        QVERIFY2(target(2) >= 105'000'000 && target(2) < 107'000'000, qPrintable(calls[2]));
+        QVERIFY2(target(3) >= 107'500'000 && target(3) < 109'500'000, qPrintable(calls[3]));
+        QVERIFY(target(2) < target(1) && target(3) > target(2));
     }
 
     // A press right after another, before the player has announced the first, reads first.
     void aQuickSecondPressReadsFirst() {
         MprisPlayerRegistry registry(QDBusConnection::sessionBus());
         MprisPlayerControl control(registry);
-        auto browser = player(chromium(12), QStringLiteral("chromium"),
-                              {QStringLiteral("--position"), QStringLiteral("100")});
-        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
-                 SeekResult::seeked);
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
-                 SeekResult::seeked);
-        QCOMPARE(browser->calls().filter(QStringLiteral("GetAll")).size(), 2);
-        QCOMPARE(browser->calls().filter(QStringLiteral("Seek ")).size(), 0);
+        auto native = player(QStringLiteral("vlc"), QString(),
+                             {QStringLiteral("--position"), QStringLiteral("100")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::otherPlayers).size(), 1);
+        QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 10, 3.0).result, SeekResult::seeked);
+        QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 10, 3.0).result, SeekResult::seeked);
+        QCOMPARE(native->calls().filter(QStringLiteral("GetAll")).size(), 2);
+        QCOMPARE(native->calls().filter(QStringLiteral("Seek 10000000")).size(), 2);
     }
 
     // Spotify never announces its position, so every seek of it reads the position first.
@@ -251,34 +303,50 @@ private slots:
             QVERIFY(!registry.canSeekRelatively(prefix + QStringLiteral("spotify"), 10'000'000));
         }
         QCOMPARE(spotify->calls().filter(QStringLiteral("GetAll")).size(), 3);
-        QCOMPARE(spotify->calls().filter(QStringLiteral("SetPosition")).size(), 3);
+        QCOMPARE(spotify->calls().filter(QStringLiteral("Seek 10000000")).size(), 3);
     }
 
-    // Near an end, the position is read and the target kept inside the track.
+    // Near an end, a native player is read and the target kept inside the track.
     void nearTheEndTheTargetIsClamped() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto native = player(QStringLiteral("vlc"), QString(),
+                             {QStringLiteral("--position"), QStringLiteral("230"),
+                              QStringLiteral("--length"), QStringLiteral("240")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::otherPlayers).size(), 1);
+        const QString name = prefix + QStringLiteral("vlc");
+        QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, -1, 3.0).result, SeekResult::seeked);
+        // Known and announced, so a small step would go by the quick way; these do not.
+        QTRY_VERIFY(registry.canSeekRelatively(name, -1'000'000));
+        QVERIFY(!registry.canSeekRelatively(name, 30'000'000));
+        QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 30, 3.0).result, SeekResult::seeked);
+        QTRY_VERIFY(registry.canSeekRelatively(name, -10'000'000));
+        QVERIFY(!registry.canSeekRelatively(name, -300'000'000));
+        QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, -300, 3.0).result,
+                 SeekResult::seeked);
+        const QStringList calls = native->calls();
+        QCOMPARE(calls.filter(QStringLiteral("GetAll")).size(), 3);
+        QCOMPARE(calls.filter(QStringLiteral("Seek ")), QStringList{"Seek -1000000"});
+        QVERIFY(calls.contains(QStringLiteral("SetPosition /org/scrubline/track/1 240000000")));
+        QVERIFY(calls.contains(QStringLiteral("SetPosition /org/scrubline/track/1 0")));
+    }
+
+    // A browser's target is kept inside the track as well, with no read after the first.
+    void aBrowserTargetIsClamped() {
         MprisPlayerRegistry registry(QDBusConnection::sessionBus());
         MprisPlayerControl control(registry);
         auto browser = player(chromium(10), QStringLiteral("chromium"),
                               {QStringLiteral("--position"), QStringLiteral("230"),
                                QStringLiteral("--length"), QStringLiteral("240")});
         QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
-        const QString name = prefix + chromium(10);
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, -1, 3.0).result,
-                 SeekResult::seeked);
-        // Known and announced, so a small step would go by the quick way; these do not.
-        QTRY_VERIFY(registry.canSeekRelatively(name, -1'000'000));
-        QVERIFY(!registry.canSeekRelatively(name, 30'000'000));
         QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 30, 3.0).result,
                  SeekResult::seeked);
-        QTRY_VERIFY(registry.canSeekRelatively(name, -10'000'000));
-        QVERIFY(!registry.canSeekRelatively(name, -300'000'000));
         QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, -300, 3.0).result,
                  SeekResult::seeked);
-        const QStringList calls = browser->calls();
-        QCOMPARE(calls.filter(QStringLiteral("GetAll")).size(), 3);
-        QCOMPARE(calls.filter(QStringLiteral("Seek ")).size(), 0);
-        QVERIFY(calls.contains(QStringLiteral("SetPosition /org/scrubline/track/1 240000000")));
-        QVERIFY(calls.contains(QStringLiteral("SetPosition /org/scrubline/track/1 0")));
+        QCOMPARE(browser->calls(),
+                 (QStringList{QStringLiteral("GetAll org.mpris.MediaPlayer2.Player"),
+                              QStringLiteral("SetPosition /org/scrubline/track/1 240000000"),
+                              QStringLiteral("SetPosition /org/scrubline/track/1 0")}));
     }
 
     // A press while our last seek is not yet announced: the position read may predate that
@@ -287,25 +355,23 @@ private slots:
     void aPressWhileOurSeekIsUnannouncedKeepsTheClamps() {
         MprisPlayerRegistry registry(QDBusConnection::sessionBus());
         MprisPlayerControl control(registry);
-        auto browser = player(chromium(14), QStringLiteral("chromium"),
-                              {QStringLiteral("--position"), QStringLiteral("100"),
-                               QStringLiteral("--length"), QStringLiteral("240")});
-        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
-        const QString name = prefix + chromium(14);
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
-                 SeekResult::seeked);
+        auto native = player(QStringLiteral("vlc"), QString(),
+                             {QStringLiteral("--position"), QStringLiteral("100"),
+                              QStringLiteral("--length"), QStringLiteral("240")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::otherPlayers).size(), 1);
+        const QString name = prefix + QStringLiteral("vlc");
+        QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 10, 3.0).result, SeekResult::seeked);
         QTRY_VERIFY(registry.canSeekRelatively(name, 10'000'000));
         // No events are taken in between, so each press after the first finds its
         // predecessor unannounced.
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
-                 SeekResult::seeked);
+        QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 10, 3.0).result, SeekResult::seeked);
         QVERIFY(registry.isSeekInFlight(name));
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+        QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 10, 3.0).result, SeekResult::seeked);
+        QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 200, 3.0).result,
                  SeekResult::seeked);
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 200, 3.0).result,
-                 SeekResult::seeked);
-        const QStringList calls = browser->calls();
+        const QStringList calls = native->calls();
         QCOMPARE(calls.size(), 7);
+        QCOMPARE(calls[1], QStringLiteral("Seek 10000000"));
         QCOMPARE(calls[2], QStringLiteral("Seek 10000000"));
         QCOMPARE(calls[3], QStringLiteral("GetAll org.mpris.MediaPlayer2.Player"));
         QCOMPARE(calls[4], QStringLiteral("Seek 10000000"));
@@ -314,8 +380,8 @@ private slots:
     }
 
     // A browser says "Stopped" with no metadata for a moment after our seek, then plays the
-    // same track again. A press in that moment still seeks it, by one Seek from where it was,
-    // and so does a press after it: the position is kept across.
+    // same track again. A press in that moment still moves it, with no read, from where it
+    // was, and so does a press after it: the position is kept across.
     void theMomentAfterOurSeekIsHeldOver() {
         MprisPlayerRegistry registry(QDBusConnection::sessionBus());
         MprisPlayerControl control(registry);
@@ -329,19 +395,175 @@ private slots:
                  SeekResult::seeked);
         QVERIFY(heard(1));
         QCOMPARE(m_statuses, QStringList{QStringLiteral("Stopped")});
-        QVERIFY(registry.canSeekRelatively(name, -5'000'000));
+        QVERIFY(registry.targetWithoutRead(name, -5'000'000).has_value());
         QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, -5, 3.0).result,
                  SeekResult::seeked);
         QVERIFY(heard(2));
         QCOMPARE(m_statuses.last(), QStringLiteral("Playing"));
-        QTRY_VERIFY(registry.canSeekRelatively(name, 2'500'000));
+        QTRY_VERIFY(registry.targetWithoutRead(name, 2'500'000).has_value());
         QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 2.5, 3.0).result,
                  SeekResult::seeked);
         const QStringList calls = browser->calls();
         QCOMPARE(calls.filter(QStringLiteral("GetAll")).size(), 1);
-        QCOMPARE(calls.filter(QStringLiteral("SetPosition")).size(), 1);
-        QCOMPARE(calls.filter(QStringLiteral("Seek ")),
-                 (QStringList{QStringLiteral("Seek -5000000"), QStringLiteral("Seek 2500000")}));
+        QCOMPARE(calls.filter(QStringLiteral("SetPosition")).size(), 3);
+        QCOMPARE(calls.filter(QStringLiteral("Seek ")).size(), 0);
+    }
+
+    // Players' ways with their track ids: typed s, or none at all. A native player needs none
+    // for a step; at the end it is put there exactly where its id is a path, else moved there.
+    void trackIdsTypedSOrMissing() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto typedS = player(QStringLiteral("rhythmbox"), QString(),
+                             {QStringLiteral("--track-string"), QStringLiteral("--position"),
+                              QStringLiteral("230"), QStringLiteral("--paused")});
+        auto none = player(
+            QStringLiteral("showtime"), QString(),
+            {QStringLiteral("--no-track-id"), QStringLiteral("--position"), QStringLiteral("230")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::otherPlayers).size(), 2);
+        QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 5, 3.0).result, SeekResult::seeked);
+        QCOMPARE(none->calls().filter(QStringLiteral("Seek 5000000")).size(), 1);
+        QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 30, 3.0).result, SeekResult::seeked);
+        const QStringList noneSeeks = none->calls().filter(QStringLiteral("Seek "));
+        QCOMPARE(noneSeeks.size(), 2);
+        // From about 235 s to the end at 240 s: a little less than 5 s.
+        const qint64 lastStep = noneSeeks[1].split(QLatin1Char(' ')).value(1).toLongLong();
+        QVERIFY2(lastStep > 3'000'000 && lastStep <= 5'000'000, qPrintable(noneSeeks[1]));
+        QCOMPARE(none->calls().filter(QStringLiteral("SetPosition")).size(), 0);
+
+        none->kill();
+        command(prefix + QStringLiteral("rhythmbox"), QStringLiteral("Play"));
+        QTRY_VERIFY(control.seekIfPlaying(MediaApp::otherPlayers, 30, 3.0).result ==
+                    SeekResult::seeked);
+        QVERIFY(typedS->calls().contains(
+            QStringLiteral("SetPosition /org/scrubline/track/1 240000000")));
+    }
+
+    // A browser without a track id is still set to a position: it ignores the id.
+    void aBrowserWithoutATrackIdIsSetToAPosition() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto browser = player(
+            chromium(20), QStringLiteral("chromium"),
+            {QStringLiteral("--no-track-id"), QStringLiteral("--position"), QStringLiteral("235")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 30, 3.0).result,
+                 SeekResult::seeked);
+        QCOMPARE(
+            browser->calls(),
+            (QStringList{QStringLiteral("GetAll org.mpris.MediaPlayer2.Player"),
+                         QStringLiteral("SetPosition /org/mpris/MediaPlayer2/TrackList/NoTrack "
+                                        "240000000")}));
+    }
+
+    // A player that says it cannot seek, without ever announcing it, is sent no seek and
+    // reported as failed, press after press: it is read anew every time.
+    void aPlayerThatCannotSeekIsSentNone() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto live = player(
+            QStringLiteral("radio"), QString(),
+            {QStringLiteral("--cannot-seek"), QStringLiteral("--position"), QStringLiteral("100")});
+        auto stream = player(
+            firefox(21), QString(),
+            {QStringLiteral("--cannot-seek"), QStringLiteral("--position"), QStringLiteral("100")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::otherPlayers).size(), 1);
+        QTRY_COMPARE(registry.playersOf(MediaApp::firefox).size(), 1);
+        for (int press = 0; press < 2; ++press) {
+            QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 10, 3.0).result,
+                     SeekResult::error);
+            QCOMPARE(control.seekIfPlaying(MediaApp::firefox, -10, 3.0).result, SeekResult::error);
+        }
+        for (PlayerProcess* p : {live.get(), stream.get()}) {
+            QCOMPARE(p->calls(),
+                     (QStringList{QStringLiteral("GetAll org.mpris.MediaPlayer2.Player"),
+                                  QStringLiteral("GetAll org.mpris.MediaPlayer2.Player")}));
+        }
+        // Play/pause still goes through.
+        QCOMPARE(control.playPause(MediaApp::otherPlayers, 3.0), SeekResult::seeked);
+    }
+
+    // A Position typed i is still a position: a step past the end is clamped from it.
+    void aPositionTypedI() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto native = player(QStringLiteral("careless"), QString(),
+                             {QStringLiteral("--position-int"), QStringLiteral("--position"),
+                              QStringLiteral("230")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::otherPlayers).size(), 1);
+        QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 30, 3.0).result, SeekResult::seeked);
+        QCOMPARE(native->calls().value(1),
+                 QStringLiteral("SetPosition /org/scrubline/track/1 240000000"));
+    }
+
+    // Firefox says its position in whole seconds, in its reads and its announcements alike.
+    // The first step goes from the middle of the second read; each later one from where the
+    // last one was sent plus the time since, to the microsecond, not on a whole second.
+    void wholeSecondPositionsAreNotTakenForExact() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto browser = player(firefox(22), QString(),
+                              {QStringLiteral("--whole-seconds"), QStringLiteral("--position"),
+                               QStringLiteral("100.6")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::firefox).size(), 1);
+        const QString name = prefix + firefox(22);
+        follow(name);
+        const auto lastTarget = [&browser] {
+            const QStringList sets = browser->calls().filter(QStringLiteral("SetPosition"));
+            return sets.isEmpty() ? -1 : sets.last().split(QLatin1Char(' ')).value(2).toLongLong();
+        };
+        // Each SetPosition goes out between the start and the end of its press.
+        QElapsedTimer clock;
+        clock.start();
+        qint64 sentAfterNs = clock.nsecsElapsed();
+        QCOMPARE(control.seekIfPlaying(MediaApp::firefox, 10, 3.0).result, SeekResult::seeked);
+        qint64 sentBeforeNs = clock.nsecsElapsed();
+        qint64 previous = lastTarget();
+        // The first step starts from the reading of 100 s: from the middle of that second.
+        QCOMPARE(previous, 110'500'000);
+        for (const double step : {-5.0, 30.0, -10.0}) {
+            QTest::qWait(300); // the announcement of the last step is taken in meanwhile
+            const qint64 startNs = clock.nsecsElapsed();
+            QCOMPARE(control.seekIfPlaying(MediaApp::firefox, step, 3.0).result,
+                     SeekResult::seeked);
+            const qint64 endNs = clock.nsecsElapsed();
+            const qint64 target = lastTarget();
+            const qint64 moved = previous + static_cast<qint64>(step * 1e6);
+            QVERIFY2(target >= moved + (startNs - sentBeforeNs) / 1000 &&
+                         target <= moved + (endNs - sentAfterNs) / 1000,
+                     qPrintable(QStringLiteral("%1 after %2").arg(target).arg(previous)));
+            previous = target;
+            sentAfterNs = startNs;
+            sentBeforeNs = endNs;
+        }
+        QCOMPARE(browser->calls().filter(QStringLiteral("GetAll")).size(), 1);
+    }
+
+    // Of two players of one app, the playing one is sought; of two that play, the one that
+    // started playing last.
+    void ofTwoOtherPlayersThePlayingOneIsSought() {
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerControl control(registry);
+        auto playing = player(QStringLiteral("mpv"), QString(),
+                              {QStringLiteral("--position"), QStringLiteral("100")});
+        auto paused = player(
+            QStringLiteral("vlc"), QString(),
+            {QStringLiteral("--paused"), QStringLiteral("--position"), QStringLiteral("100")});
+        QTRY_COMPARE(registry.playersOf(MediaApp::otherPlayers).size(), 2);
+        // The paused one came last, so it is tried first, and left alone.
+        QCOMPARE(registry.playersOf(MediaApp::otherPlayers).constFirst(),
+                 prefix + QStringLiteral("vlc"));
+        QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 10, 3.0).result, SeekResult::seeked);
+        QCOMPARE(playing->calls().filter(QStringLiteral("Seek 10000000")).size(), 1);
+        QCOMPARE(paused->calls().filter(QStringLiteral("Seek")).size(), 0);
+
+        follow(prefix + QStringLiteral("vlc"));
+        command(prefix + QStringLiteral("vlc"), QStringLiteral("Play"));
+        QVERIFY(heard(1));
+        QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, -10, 3.0).result,
+                 SeekResult::seeked);
+        QCOMPARE(paused->calls().filter(QStringLiteral("Seek -10000000")).size(), 1);
+        QCOMPARE(playing->calls().filter(QStringLiteral("Seek -10000000")).size(), 0);
     }
 
     // Paused by the user right after our seek, in that moment: it is not moved.
@@ -496,6 +718,33 @@ private slots:
         // Music and Safari have no players here, so they are never running.
         QCOMPARE(control.probe(items[1], 3.0), PermissionStatus::appNotRunning);
         QCOMPARE(control.probe(items[4], 3.0), PermissionStatus::appNotRunning);
+    }
+
+    // A player of "Other players" is named by its own Identity in the feedback.
+    void anOtherPlayerIsNamedByItsIdentity() {
+        TempHome home;
+        AppSettings settings(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+                                 home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
+                             {MediaApp::spotify, MediaApp::chromeYouTube, MediaApp::firefox,
+                              MediaApp::otherPlayers});
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        auto vlc = player(QStringLiteral("vlc"), QString(),
+                          {QStringLiteral("--identity"), QStringLiteral("VLC media player"),
+                           QStringLiteral("--position"), QStringLiteral("100")});
+        QTRY_COMPARE(registry.identityOf(prefix + QStringLiteral("vlc")),
+                     QStringLiteral("VLC media player"));
+        auto control = std::make_shared<MprisPlayerControl>(registry);
+        MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
+        MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
+                                   status);
+        QSignalSpy finished(&controller, &MediaController::seekFinished);
+        controller.enqueueSeek(10);
+        QTRY_COMPARE(finished.size(), 1);
+        QCOMPARE(status.seekFeedback()->app, MediaApp(MediaApp::otherPlayers));
+        QCOMPARE(status.seekFeedback()->shownName(), QStringLiteral("VLC media player"));
+        QCOMPARE(vlc->calls().filter(QStringLiteral("Seek 10000000")).size(), 1);
+        // Spotify is named by its app.
+        QCOMPARE(control->seekIfPlaying(MediaApp::spotify, 10, 3.0).playerName, QString());
     }
 
     // The whole path: a request through the controller reaches the playing player.

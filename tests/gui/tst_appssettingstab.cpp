@@ -167,6 +167,34 @@ private slots:
         QApplication::setPalette(QPalette());
     }
 
+    // Where the platform offers other apps (Linux), those are the rows, with their own names,
+    // symbols and tints; apps a Mac's file named stay in the list, unshown and in place.
+    void onlyTheOfferedAppsAreShownAndMoved() {
+        const QList<MediaApp> linuxApps{MediaApp::spotify, MediaApp::chromeYouTube,
+                                        MediaApp::firefox, MediaApp::otherPlayers};
+        m_settings = std::make_unique<AppSettings>(
+            std::make_unique<UserDefaults>(
+                std::make_unique<QSettings>(m_path, QSettings::IniFormat)),
+            linuxApps);
+        m_settings->setEnabledApps(
+            apps({MediaApp::appleMusic, MediaApp::spotify, MediaApp::safariYouTube,
+                  MediaApp::chromeYouTube, MediaApp::firefox, MediaApp::otherPlayers}));
+        const auto tab = openTab();
+        QCOMPARE(rowTexts(*tab), QStringList({"1. Spotify", "2. YouTube (Chrome)", "3. Firefox",
+                                              "4. Other players"}));
+        const QList<ShownRow> rows = shownRows(*tab);
+        QCOMPARE(rows[2].symbol, QStringLiteral("globe"));
+        QCOMPARE(rows[3].symbol, QStringLiteral("music.note.list"));
+        click(rows[0].down);
+        QCOMPARE(m_settings->enabledApps(),
+                 apps({MediaApp::appleMusic, MediaApp::chromeYouTube, MediaApp::safariYouTube,
+                       MediaApp::spotify, MediaApp::firefox, MediaApp::otherPlayers}));
+        click(shownRows(*tab)[3].enabled);
+        QCOMPARE(m_settings->disabledApps(), MediaAppSet{MediaApp::otherPlayers});
+        QCOMPARE(m_settings->activeApps(),
+                 apps({MediaApp::chromeYouTube, MediaApp::spotify, MediaApp::firefox}));
+    }
+
     void theDefaultOrderStartsWithSpotifyAndItsEndsAreFaint() {
         m_settings = openStore(m_path);
         const auto tab = openTab();

@@ -4,10 +4,13 @@
 #include <QDBusConnectionInterface>
 #include <QDeadlineTimer>
 #include <QFile>
+#include <QFileInfo>
 #include <QStandardPaths>
 #include <QThread>
 
 #include <csignal>
+
+#include <unistd.h>
 
 namespace {
 
@@ -30,6 +33,53 @@ std::unique_ptr<PlayerProcess> PlayerProcess::mpv(const QString& file) {
         {QStringLiteral("--no-config"), QStringLiteral("--script=") + mprisPlugin(),
          QStringLiteral("--ao=null"), QStringLiteral("--vo=null"),
          QStringLiteral("--loop-file=inf"), QStringLiteral("--really-quiet"), file});
+    return player;
+}
+
+std::unique_ptr<PlayerProcess> PlayerProcess::mpvOnce(const QString& file) {
+    std::unique_ptr<PlayerProcess> player(new PlayerProcess);
+    player->m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    player->m_process.start(
+        QStringLiteral("mpv"),
+        {QStringLiteral("--no-config"), QStringLiteral("--script=") + mprisPlugin(),
+         QStringLiteral("--ao=null"), QStringLiteral("--vo=null"),
+         QStringLiteral("--keep-open=yes"), QStringLiteral("--really-quiet"), file});
+    return player;
+}
+
+std::unique_ptr<PlayerProcess> PlayerProcess::vlc(const QString& file) {
+    std::unique_ptr<PlayerProcess> player(new PlayerProcess);
+    player->m_programDir = std::make_unique<QTemporaryDir>();
+    const QString home = player->m_programDir->path();
+    const QString copy = player->m_programDir->filePath(QFileInfo(file).fileName());
+    if (!QFile::copy(file, copy)) {
+        qFatal("Cannot copy %s for VLC", qPrintable(file));
+    }
+    QStringList command;
+    if (::geteuid() == 0) {
+        constexpr uid_t nobody = 65534;
+        if (::chown(qPrintable(home), nobody, nobody) != 0 ||
+            ::chown(qPrintable(copy), nobody, nobody) != 0) {
+            qFatal("Cannot hand %s to the user nobody", qPrintable(home));
+        }
+        command << QStringLiteral("setpriv") << QStringLiteral("--reuid=65534")
+                << QStringLiteral("--regid=65534") << QStringLiteral("--clear-groups");
+    }
+    command << QStringLiteral("vlc") << QStringLiteral("--intf=dummy")
+            << QStringLiteral("--control=dbus") << QStringLiteral("--aout=dummy")
+            << QStringLiteral("--vout=dummy") << QStringLiteral("--no-video")
+            << QStringLiteral("--play-and-pause") << copy;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("HOME"), home);
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home + QStringLiteral("/.config"));
+    environment.insert(QStringLiteral("XDG_CACHE_HOME"), home + QStringLiteral("/.cache"));
+    environment.insert(QStringLiteral("XDG_DATA_HOME"), home + QStringLiteral("/.local/share"));
+    environment.remove(QStringLiteral("XDG_RUNTIME_DIR"));
+    player->m_process.setProcessEnvironment(environment);
+    // VLC reports every module it could not load; nothing a test reads.
+    player->m_process.setProcessChannelMode(QProcess::MergedChannels);
+    player->m_process.setStandardOutputFile(QProcess::nullDevice());
+    player->m_process.start(command.takeFirst(), command);
     return player;
 }
 
@@ -96,17 +146,23 @@ void PlayerProcess::kill() {
     }
 }
 
-QString PlayerProcess::generatedAudio(int seconds) {
+QString PlayerProcess::generatedAudio(int seconds, bool wave) {
     static QTemporaryDir dir;
-    const QString file = dir.filePath(QStringLiteral("tone-%1.ogg").arg(seconds));
+    const QString file =
+        dir.filePath(QStringLiteral("tone-%1.%2").arg(seconds).arg(wave ? "wav" : "ogg"));
     if (!QFile::exists(file)) {
         QProcess ffmpeg;
         ffmpeg.setProcessChannelMode(QProcess::ForwardedChannels);
-        ffmpeg.start(QStringLiteral("ffmpeg"),
-                     {QStringLiteral("-loglevel"), QStringLiteral("error"), QStringLiteral("-y"),
-                      QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
-                      QStringLiteral("sine=frequency=440:duration=%1").arg(seconds),
-                      QStringLiteral("-c:a"), QStringLiteral("libvorbis"), file});
+        const QStringList codec =
+            wave ? QStringList{QStringLiteral("-c:a"), QStringLiteral("pcm_s16le")}
+                 : QStringList{QStringLiteral("-c:a"), QStringLiteral("libvorbis")};
+        ffmpeg.start(
+            QStringLiteral("ffmpeg"),
+            QStringList{
+                QStringLiteral("-loglevel"), QStringLiteral("error"), QStringLiteral("-y"),
+                QStringLiteral("-f"), QStringLiteral("lavfi"), QStringLiteral("-i"),
+                QStringLiteral("sine=frequency=440:duration=%1:sample_rate=8000").arg(seconds)} +
+                codec + QStringList{file});
         if (!ffmpeg.waitForFinished(60000) || ffmpeg.exitCode() != 0) {
             qFatal("ffmpeg could not make %s", qPrintable(file));
         }

@@ -13,6 +13,11 @@ class PlayerProcess {
 public:
     // mpv playing `file` in a loop, without sound or picture.
     static std::unique_ptr<PlayerProcess> mpv(const QString& file);
+    // mpv playing `file` once, then staying paused at its end.
+    static std::unique_ptr<PlayerProcess> mpvOnce(const QString& file);
+    // VLC playing `file` once and pausing at its end, without sound or picture. VLC refuses to
+    // run as root: there it runs as the user nobody, with a home of its own.
+    static std::unique_ptr<PlayerProcess> vlc(const QString& file);
     // The fake player with these arguments; `programName`, when given, is the name of the
     // program file it runs as (a copy made for the purpose).
     static std::unique_ptr<PlayerProcess> fake(const QStringList& arguments,
@@ -33,8 +38,9 @@ public:
     void resume(); // SIGCONT
     void kill();   // SIGKILL, waited for
 
-    // A sine tone of `seconds`, made with ffmpeg once per test run.
-    static QString generatedAudio(int seconds = 60);
+    // A sine tone of `seconds`, made with ffmpeg once per test run: Ogg Vorbis, or with `wave`
+    // a WAV file, in which every player seeks exactly (VLC finds its way in Ogg by guessing).
+    static QString generatedAudio(int seconds = 60, bool wave = false);
 
 private:
     PlayerProcess() = default;

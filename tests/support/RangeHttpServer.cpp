@@ -47,6 +47,7 @@ void RangeHttpServer::serve(QTcpSocket* socket) {
     socket->read(request.indexOf("\r\n\r\n") + 4);
     const QList<QByteArray> lines = request.left(request.indexOf("\r\n\r\n")).split('\n');
     const QList<QByteArray> first = lines.value(0).trimmed().split(' ');
+    emit requested(QString::fromUtf8(first.value(1)));
     const QString name = QString::fromUtf8(first.value(1)).mid(1).section(QLatin1Char('?'), 0, 0);
     QFile file(m_folder.filePath(QFileInfo(name).fileName()));
     if (name.isEmpty() || !file.open(QIODevice::ReadOnly)) {

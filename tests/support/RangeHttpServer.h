@@ -16,6 +16,10 @@ public:
     // The address of a file in the folder.
     QString url(const QString& file) const;
 
+signals:
+    // Every request, by its path and query ("/seeked?t=12.5"), as it comes in.
+    void requested(const QString& target);
+
 private:
     void serve(QTcpSocket* socket);
 

@@ -6,6 +6,9 @@
 // With --flicker it behaves as Chromium does after a seek: it announces the new position, then
 // says "Stopped" with no metadata for a moment, then "Playing" the same track again.
 //
+// Other players' ways, each by an option: a track id typed s, no track id, a position in whole
+// seconds, CanSeek false (never signalled), a position typed i, an Identity of its own.
+//
 // Every call it takes is printed on standard output, one line each ("SetPosition /t 12000000",
 // "Seek -10000000", "PlayPause", "Pause", "Stop", "Play", "Get Position", "GetAll").
 #include <QCommandLineParser>
@@ -38,6 +41,11 @@ public:
     bool silent = false;
     bool signalsSeeks = true; // Spotify tells no one of its position
     int flickerMs = -1;       // Chromium's way after a seek: Stopped, then Playing again
+    bool hasTrackId = true;
+    bool wholeSeconds = false; // Firefox's, Rhythmbox's and Strawberry's position
+    bool canSeek = true;
+    bool positionAsInt = false; // typed i: only positions under 36 minutes fit
+    QString identity = QStringLiteral("Fake Player");
 
     void start(bool playing, qint64 positionUs) {
         m_playing = playing;
@@ -50,6 +58,16 @@ public:
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& bus) override {
         const QString member = message.member();
         const QVariantList args = message.arguments();
+        // Its name, asked once by whoever follows the players: not a call to its controls, and
+        // not printed.
+        if (member == QLatin1String("Get") && args.size() == 2 &&
+            args[0].toString() == QLatin1String("org.mpris.MediaPlayer2")) {
+            if (args[1].toString() != QLatin1String("Identity")) {
+                return bus.send(message.createErrorReply(
+                    QStringLiteral("org.freedesktop.DBus.Error.InvalidArgs"), args[1].toString()));
+            }
+            return bus.send(message.createReply(QVariant::fromValue(QDBusVariant(identity))));
+        }
         QString line = member;
         for (const QVariant& arg : args) {
             line += QLatin1Char(' ') + (arg.userType() == qMetaTypeId<QDBusObjectPath>()
@@ -92,6 +110,10 @@ public:
             return announce(bus, {{QStringLiteral("PlaybackStatus"), status()},
                                   {QStringLiteral("Metadata"), metadata()}});
         }
+        if ((member == QLatin1String("Seek") || member == QLatin1String("SetPosition")) &&
+            !canSeek) {
+            return bus.send(message.createReply()); // taken and ignored, as MPRIS allows
+        }
         if (member == QLatin1String("Seek") && args.size() == 1) {
             start(m_playing, std::max<qint64>(0, positionUs() + args[0].toLongLong()));
             bus.send(message.createReply());
@@ -131,7 +153,7 @@ private:
         }
         QDBusMessage signal = QDBusMessage::createSignal(QStringLiteral("/org/mpris/MediaPlayer2"),
                                                          playerInterface, QStringLiteral("Seeked"));
-        signal << QVariant::fromValue<qlonglong>(positionUs());
+        signal << QVariant::fromValue<qlonglong>(reportedPositionUs());
         const bool sent = bus.send(signal);
         if (flickerMs >= 0 && m_playing && !m_stopped && !m_flickering) {
             // Gone for a moment, as a browser's media session is while it seeks, then back with
@@ -153,14 +175,21 @@ private:
 
     qint64 positionUs() const { return m_baseUs + (m_playing ? m_clock.nsecsElapsed() / 1000 : 0); }
 
+    qint64 reportedPositionUs() const {
+        const qint64 position = positionUs();
+        return wholeSeconds ? position / 1'000'000 * 1'000'000 : position;
+    }
+
     QVariantMap metadata() const {
         if (m_stopped || m_flickering) {
             return {};
         }
         QVariantMap metadata;
-        metadata.insert(QStringLiteral("mpris:trackid"),
-                        trackIdAsString ? QVariant(trackId)
-                                        : QVariant::fromValue(QDBusObjectPath(trackId)));
+        if (hasTrackId) {
+            metadata.insert(QStringLiteral("mpris:trackid"),
+                            trackIdAsString ? QVariant(trackId)
+                                            : QVariant::fromValue(QDBusObjectPath(trackId)));
+        }
         metadata.insert(QStringLiteral("mpris:length"),
                         lengthUnsigned ? QVariant::fromValue<qulonglong>(lengthUs)
                                        : QVariant::fromValue<qlonglong>(lengthUs));
@@ -173,8 +202,10 @@ private:
         return {
             {QStringLiteral("PlaybackStatus"), status()},
             {QStringLiteral("Metadata"), metadata()},
-            {QStringLiteral("Position"), QVariant::fromValue<qlonglong>(positionUs())},
-            {QStringLiteral("CanSeek"), true},
+            {QStringLiteral("Position"),
+             positionAsInt ? QVariant::fromValue<int>(static_cast<int>(reportedPositionUs()))
+                           : QVariant::fromValue<qlonglong>(reportedPositionUs())},
+            {QStringLiteral("CanSeek"), canSeek},
         };
     }
 
@@ -206,6 +237,14 @@ int main(int argc, char** argv) {
         {QStringLiteral("artist"), QStringLiteral("An artist (repeatable)."),
          QStringLiteral("artist")},
         {QStringLiteral("silent"), QStringLiteral("Take calls but never answer them.")},
+        {QStringLiteral("track-string"), QStringLiteral("Track id typed s.")},
+        {QStringLiteral("no-track-id"), QStringLiteral("Metadata without a track id.")},
+        {QStringLiteral("whole-seconds"), QStringLiteral("Report the position in whole seconds.")},
+        {QStringLiteral("cannot-seek"),
+         QStringLiteral("CanSeek false, never signalled; seeks are ignored.")},
+        {QStringLiteral("position-int"), QStringLiteral("Position typed i.")},
+        {QStringLiteral("identity"), QStringLiteral("The player's Identity."),
+         QStringLiteral("name")},
         {QStringLiteral("flicker"),
          QStringLiteral("After each seek, say Stopped with no metadata for this long."),
          QStringLiteral("milliseconds")},
@@ -228,6 +267,16 @@ int main(int argc, char** argv) {
         player.artists = options.values(QStringLiteral("artist"));
     }
     player.silent = options.isSet(QStringLiteral("silent"));
+    if (options.isSet(QStringLiteral("track-string"))) {
+        player.trackIdAsString = true;
+    }
+    player.hasTrackId = !options.isSet(QStringLiteral("no-track-id"));
+    player.wholeSeconds = options.isSet(QStringLiteral("whole-seconds"));
+    player.canSeek = !options.isSet(QStringLiteral("cannot-seek"));
+    player.positionAsInt = options.isSet(QStringLiteral("position-int"));
+    if (options.isSet(QStringLiteral("identity"))) {
+        player.identity = options.value(QStringLiteral("identity"));
+    }
     if (options.isSet(QStringLiteral("flicker"))) {
         player.flickerMs = options.value(QStringLiteral("flicker")).toInt();
     }

@@ -19,6 +19,10 @@ static char* toString(TintColor color) {
         return qstrdup("red");
     case TintColor::blue:
         return qstrdup("blue");
+    case TintColor::orange:
+        return qstrdup("orange");
+    case TintColor::purple:
+        return qstrdup("purple");
     }
     return qstrdup(QByteArray::number(static_cast<int>(color)).constData());
 }
@@ -77,6 +81,14 @@ private slots:
                                        << "YouTube (Safari)"
                                        << "Safari"
                                        << "safari" << TintColor::blue;
+        QTest::newRow("firefox") << MediaApp::firefox << "firefox"
+                                 << "Firefox"
+                                 << "Firefox"
+                                 << "globe" << TintColor::orange;
+        QTest::newRow("otherPlayers") << MediaApp::otherPlayers << "otherPlayers"
+                                      << "Other players"
+                                      << "Other players"
+                                      << "music.note.list" << TintColor::purple;
     }
 
     void attributes() {
@@ -105,6 +117,8 @@ private slots:
         QTest::newRow("appleMusic") << "appleMusic" << MediaApp::appleMusic;
         QTest::newRow("chromeYouTube") << "chromeYouTube" << MediaApp::chromeYouTube;
         QTest::newRow("safariYouTube") << "safariYouTube" << MediaApp::safariYouTube;
+        QTest::newRow("firefox") << "firefox" << MediaApp::firefox;
+        QTest::newRow("otherPlayers") << "otherPlayers" << MediaApp::otherPlayers;
     }
 
     void fromRawValueFindsEveryCase() {
@@ -116,8 +130,17 @@ private slots:
         QCOMPARE(*parsed, MediaApp(app));
     }
 
+    void everyCaseIsTheFourAndThenThoseFoundOnTheBus() {
+        const auto every = MediaApp::everyCase();
+        QCOMPARE(every.size(), size_t{6});
+        const auto four = MediaApp::allCases();
+        QVERIFY(std::equal(four.begin(), four.end(), every.begin()));
+        QCOMPARE(every[4], MediaApp(MediaApp::firefox));
+        QCOMPARE(every[5], MediaApp(MediaApp::otherPlayers));
+    }
+
     void rawValueRoundTripsForAllCases() {
-        for (const MediaApp app : MediaApp::allCases()) {
+        for (const MediaApp app : MediaApp::everyCase()) {
             const auto parsed = MediaApp::fromRawValue(app.rawValue());
             QVERIFY2(parsed.has_value(), qPrintable(app.rawValue()));
             QCOMPARE(*parsed, app);
@@ -145,14 +168,14 @@ private slots:
         QVERIFY(!MediaApp::fromRawValue(rawValue).has_value());
     }
 
-    void tintColorsAreFourDistinctColours() {
+    void tintColorsAreDistinctColours() {
         std::set<std::uint32_t> colours;
-        for (const MediaApp app : MediaApp::allCases()) {
+        for (const MediaApp app : MediaApp::everyCase()) {
             const std::uint32_t rgb = tintColorRgb(app.tintColor());
             QVERIFY2(rgb <= 0xFFFFFF, qPrintable(app.rawValue()));
             colours.insert(rgb);
         }
-        QCOMPARE(colours.size(), size_t{4});
+        QCOMPARE(colours.size(), size_t{6});
     }
 
     void tintColoursLookLikeTheirNames() {
@@ -169,6 +192,12 @@ private slots:
         const Channels pink = channels(tintColorRgb(TintColor::pink));
         QVERIFY(pink.red > pink.green && pink.red > pink.blue);
         QVERIFY(pink.blue > pink.green);
+
+        const Channels orange = channels(tintColorRgb(TintColor::orange));
+        QVERIFY(orange.red > orange.green && orange.green > orange.blue);
+
+        const Channels purple = channels(tintColorRgb(TintColor::purple));
+        QVERIFY(purple.red > purple.green && purple.blue > purple.green);
     }
 };
 

@@ -242,14 +242,15 @@ private slots:
         QTest::newRow("playing in a known track") << properties(plays) << true;
         QTest::newRow("paused") << properties(QStringLiteral("Paused")) << false;
         QTest::newRow("stopped") << properties(QStringLiteral("Stopped")) << false;
+        // A relative step needs no track id.
         QTest::newRow("no track id")
-            << properties(plays, 100 * secUs, 1.0, metadata(QString())) << false;
+            << properties(plays, 100 * secUs, 1.0, metadata(QString())) << true;
         QTest::newRow("no track") << properties(plays, 100 * secUs, 1.0,
                                                 metadata(QStringLiteral(
                                                     "/org/mpris/MediaPlayer2/TrackList/NoTrack")))
                                   << false;
         QTest::newRow("a track id that is no path")
-            << properties(plays, 100 * secUs, 1.0, metadata(QStringLiteral("5"))) << false;
+            << properties(plays, 100 * secUs, 1.0, metadata(QStringLiteral("5"))) << true;
         QTest::newRow("no length")
             << properties(plays, 100 * secUs, 1.0, metadata(track1, unknown)) << false;
         QTest::newRow("no length told")
@@ -262,6 +263,68 @@ private slots:
         PlayerPositionEstimate e = announced();
         e.remember(read(state));
         QCOMPARE(e.canSeekRelatively(0), can);
+    }
+
+    void aPlayerThatRefusesSeeksIsNeverSteppedWithoutARead() {
+        PlayerPositionEstimate e = announced();
+        QVariantMap state = properties(QStringLiteral("Playing"));
+        state.insert(QStringLiteral("CanSeek"), false);
+        e.remember(read(state));
+        QVERIFY(!e.canSeekRelatively(0));
+        QCOMPARE(e.targetWithoutRead(0), std::nullopt);
+        state.insert(QStringLiteral("CanSeek"), true);
+        e.remember(read(state));
+        QVERIFY(e.canSeekRelatively(0));
+        QVERIFY(e.targetWithoutRead(0).has_value());
+    }
+
+    // Firefox says where it is in whole seconds only, also when it announces our own move.
+    void ourOwnMoveIsKeptAgainstAWholeSecondAnnouncement() {
+        PlayerPositionEstimate e = estimate();
+        e.remember(playing(100 * secUs));
+        QCOMPARE(e.targetWithoutRead(10 * secUs), std::nullopt); // never announced nor moved
+        m_now += 300 * msNs;
+        e.sentPosition(110'300'000);
+        m_now += 100 * msNs;
+        e.seeked(110 * secUs);
+        QCOMPARE(e.positionUs(), std::optional<qint64>(110'400'000));
+        m_now += 500 * msNs;
+        QCOMPARE(e.targetWithoutRead(-10 * secUs), std::optional<qint64>(100'900'000));
+        // An exact announcement of our move is taken: it says when the player got there.
+        e.sentPosition(120'300'000);
+        m_now += 200 * msNs;
+        e.seeked(120'305'000);
+        QCOMPARE(e.positionUs(), std::optional<qint64>(120'305'000));
+        // A move by the user, elsewhere, is taken as said.
+        e.seeked(50 * secUs);
+        QCOMPARE(e.positionUs(), std::optional<qint64>(50 * secUs));
+    }
+
+    // Quick presses: the announcement of the first move comes after the second was sent.
+    void aLateAnnouncementOfAnEarlierMoveIsPassedOver() {
+        PlayerPositionEstimate e = announced();
+        e.sentPosition(110 * secUs);
+        m_now += 50 * msNs;
+        e.sentPosition(120'050'000);
+        m_now += 50 * msNs;
+        e.seeked(110'100'000); // the first move's
+        QCOMPARE(e.positionUs(), std::optional<qint64>(120'100'000));
+        e.seeked(120'102'000); // the second's
+        QCOMPARE(e.positionUs(), std::optional<qint64>(120'102'000));
+        // Later on, any announcement is taken as said.
+        m_now += 2 * secNs;
+        e.sentPosition(130 * secUs);
+        m_now += PlayerPositionEstimate::seekFlickerNs + msNs;
+        e.seeked(60 * secUs);
+        QCOMPARE(e.positionUs(), std::optional<qint64>(60 * secUs));
+    }
+
+    void aTargetWithoutReadIsClampedToTheTrack() {
+        PlayerPositionEstimate e = announced();
+        QCOMPARE(e.targetWithoutRead(-200 * secUs), std::optional<qint64>(0));
+        QCOMPARE(e.targetWithoutRead(200 * secUs), std::optional<qint64>(240 * secUs));
+        e.remember(read(properties(QStringLiteral("Paused"))));
+        QCOMPARE(e.targetWithoutRead(10 * secUs), std::nullopt);
     }
 
     void aSeekIsInFlightUntilItIsAnnounced() {

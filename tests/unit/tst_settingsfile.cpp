@@ -212,6 +212,52 @@ private slots:
                                   MediaApp::safariYouTube}));
     }
 
+    // A file written on a Mac names Apple Music and Safari, which no Linux player stands for.
+    // It imports on Linux as it is, shows and tries only the apps Linux offers, and exports and
+    // imports again unchanged.
+    void aMacFileImportsWhereItsAppsAreNotOfferedAndGoesBackUnchanged() {
+        const QList<MediaApp> linuxApps{MediaApp::spotify, MediaApp::chromeYouTube,
+                                        MediaApp::firefox, MediaApp::otherPlayers};
+        const QByteArray macFile =
+            readFile(QStringLiteral(SCRUBLINE_TEST_DATA_DIR "/settings-export.json"));
+        QVERIFY(macFile.contains("\"appleMusic\"") && macFile.contains("\"safariYouTube\""));
+        QByteArray exported;
+        {
+            AppSettings settings(std::make_unique<UserDefaults>(
+                                     std::make_unique<QSettings>(m_path, QSettings::IniFormat)),
+                                 linuxApps);
+            QCOMPARE(settings.enabledApps(), linuxApps);
+            QVERIFY(settings.importSettings(macFile));
+            QCOMPARE(settings.enabledApps(),
+                     (QList<MediaApp>{MediaApp::chromeYouTube, MediaApp::spotify,
+                                      MediaApp::appleMusic, MediaApp::safariYouTube}));
+            QCOMPARE(settings.activeApps(),
+                     (QList<MediaApp>{MediaApp::chromeYouTube, MediaApp::spotify}));
+            exported = *settings.exportSettings();
+            QCOMPARE(exported, macFile);
+            QVERIFY(settings.importSettings(exported));
+            QCOMPARE(*settings.exportSettings(), macFile);
+        }
+        // At the next start the apps Linux offers that the file left out are appended.
+        AppSettings restarted(std::make_unique<UserDefaults>(
+                                  std::make_unique<QSettings>(m_path, QSettings::IniFormat)),
+                              linuxApps);
+        QCOMPARE(
+            restarted.enabledApps(),
+            (QList<MediaApp>{MediaApp::chromeYouTube, MediaApp::spotify, MediaApp::appleMusic,
+                             MediaApp::safariYouTube, MediaApp::firefox, MediaApp::otherPlayers}));
+        QCOMPARE(restarted.activeApps(),
+                 (QList<MediaApp>{MediaApp::chromeYouTube, MediaApp::spotify, MediaApp::firefox,
+                                  MediaApp::otherPlayers}));
+        // Back on a Mac, the file read from there is taken with the Linux apps it now names.
+        const QByteArray fromLinux = *restarted.exportSettings();
+        auto mac = openStore();
+        QVERIFY(mac->importSettings(fromLinux));
+        QCOMPARE(mac->enabledApps(), restarted.enabledApps());
+        QCOMPARE(mac->activeApps(), (QList<MediaApp>{MediaApp::chromeYouTube, MediaApp::spotify}));
+        QCOMPARE(*mac->exportSettings(), fromLinux);
+    }
+
     void importKeepsDuplicatesAndFoldsTheSwitchedOffSet() {
         auto settings = openStore();
         QJsonObject file = validFile();

@@ -44,6 +44,11 @@ std::unique_ptr<LoginItem> createLoginItem() {
         appImage.isEmpty() ? QCoreApplication::applicationFilePath() : appImage);
 }
 
+QList<MediaApp> mediaApps() {
+    // Apple Music and Safari do not run here; every MPRIS player stands for one of these.
+    return {MediaApp::spotify, MediaApp::chromeYouTube, MediaApp::firefox, MediaApp::otherPlayers};
+}
+
 std::shared_ptr<PlayerControl> createPlayerControl() {
     return std::make_shared<MprisPlayerControl>(sessionPlayers());
 }

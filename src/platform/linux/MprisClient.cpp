@@ -121,6 +121,9 @@ void apply(State& state, const QVariantMap& properties) {
     if (has("Position")) {
         state.positionUs = toInteger(properties.value(QStringLiteral("Position")));
     }
+    if (has("CanSeek")) {
+        state.canSeek = unwrap(properties.value(QStringLiteral("CanSeek"))).toBool();
+    }
     if (has("Rate")) {
         const QVariant rate = unwrap(properties.value(QStringLiteral("Rate")));
         state.rate = rate.toDouble() > 0 ? rate.toDouble() : 1.0;
@@ -170,38 +173,59 @@ std::optional<State> readState(const QDBusConnection& bus, const QString& servic
 }
 
 SeekResult seekIfPlaying(const QDBusConnection& bus, const QString& service, double seconds,
-                         int timeoutMs) {
+                         int timeoutMs, Stepping stepping) {
     const QDeadlineTimer deadline(timeoutMs);
     const std::optional<State> state = readState(bus, service, timeoutMs);
     if (!state) {
         return SeekResult::error;
     }
-    return seekFrom(bus, service, *state, seconds, remaining(deadline));
+    return seekFrom(bus, service, *state, seconds, remaining(deadline), stepping);
+}
+
+qint64 clampedTarget(const State& state, qint64 positionUs, qint64 deltaUs) {
+    const qint64 target = std::max<qint64>(0, positionUs + deltaUs);
+    return state.lengthUs && *state.lengthUs > 0 ? std::min(target, *state.lengthUs) : target;
+}
+
+SeekResult setPosition(const QDBusConnection& bus, const QString& service,
+                       const std::optional<QString>& trackId, qint64 positionUs, int timeoutMs) {
+    const QString track = trackId && isObjectPath(*trackId) ? *trackId : noTrack;
+    QDBusMessage call = QDBusMessage::createMethodCall(service, objectPath, playerInterface,
+                                                       QStringLiteral("SetPosition"));
+    call << QVariant::fromValue(QDBusObjectPath(track))
+         << QVariant::fromValue<qlonglong>(positionUs);
+    return command(
+        bus, call,
+        [&] { return DirectBusCalls::setPosition(service, track, positionUs, timeoutMs); },
+        timeoutMs);
 }
 
 SeekResult seekFrom(const QDBusConnection& bus, const QString& service, const State& state,
-                    double seconds, int timeoutMs) {
+                    double seconds, int timeoutMs, Stepping stepping) {
     if (!state.isPlaying()) {
         return SeekResult::notPlaying;
     }
-    const auto delta = static_cast<qint64>(std::llround(seconds * 1e6));
-    const bool knowsTrack = state.trackId && *state.trackId != noTrack &&
-                            isObjectPath(*state.trackId) && state.lengthUs && *state.lengthUs > 0 &&
-                            state.positionUs;
-    QDBusMessage call;
-    if (knowsTrack) {
-        // Kept between the start and the end of the track, as the other players' scripts do.
-        const qint64 target = std::clamp<qint64>(*state.positionUs + delta, 0, *state.lengthUs);
-        call = QDBusMessage::createMethodCall(service, objectPath, playerInterface,
-                                              QStringLiteral("SetPosition"));
-        call << QVariant::fromValue(QDBusObjectPath(*state.trackId))
-             << QVariant::fromValue<qlonglong>(target);
-        return command(
-            bus, call,
-            [&] { return DirectBusCalls::setPosition(service, *state.trackId, target, timeoutMs); },
-            timeoutMs);
+    if (state.refusesSeeks()) {
+        return SeekResult::error;
     }
-    return seekRelative(bus, service, delta, timeoutMs);
+    const auto delta = static_cast<qint64>(std::llround(seconds * 1e6));
+    if (!state.positionUs) {
+        // Nowhere to start from: only the player itself can take the step.
+        return seekRelative(bus, service, delta, timeoutMs);
+    }
+    const qint64 target = clampedTarget(state, *state.positionUs, delta);
+    if (stepping == Stepping::toPosition) {
+        return setPosition(bus, service, state.trackId, target, timeoutMs);
+    }
+    if (target == *state.positionUs + delta) {
+        return seekRelative(bus, service, delta, timeoutMs);
+    }
+    // Past an end. A relative seek past the end would start the next track; an exact track id
+    // lets the player be put at the very end, else it is moved as far as the end is.
+    if (isUsableTrack(state.trackId)) {
+        return setPosition(bus, service, state.trackId, target, timeoutMs);
+    }
+    return seekRelative(bus, service, target - *state.positionUs, timeoutMs);
 }
 
 SeekResult seekRelative(const QDBusConnection& bus, const QString& service, qint64 deltaUs,

@@ -23,8 +23,21 @@ struct State {
     QString title;
     QStringList artists;
     double rate = 1.0;
+    std::optional<bool> canSeek; // absent when the player does not say
 
     bool isPlaying() const { return playbackStatus == QLatin1String("Playing"); }
+    // Only a player that says it cannot is taken at its word; most never say either way.
+    bool refusesSeeks() const { return canSeek == false; }
+};
+
+// How a player is best moved by a step.
+enum class Stepping {
+    // Seek(Δ) from wherever it is: native players, some of which ignore SetPosition unless
+    // given their exact track id.
+    relative,
+    // SetPosition(Position + Δ): browsers hand a relative Seek to the page, which may take it
+    // as a press of its own skip button of whatever size it likes.
+    toPosition,
 };
 
 // Takes what a property map (all of the player's, or the changed ones of a signal) says.
@@ -36,13 +49,22 @@ bool isUsableTrack(const std::optional<QString>& trackId);
 // Absent when the player answers with an error or not in time.
 std::optional<State> readState(const QDBusConnection& bus, const QString& service, int timeoutMs);
 
-// Moves a playing player by a non-zero number of seconds: to a position kept between 0 and the
-// track's length when both its track and length are known, else by a relative seek.
+// Moves a playing player by a non-zero number of seconds, kept between 0 and the track's
+// length where the position and length are known. A player that says it cannot seek is an
+// error and is sent nothing.
 SeekResult seekIfPlaying(const QDBusConnection& bus, const QString& service, double seconds,
-                         int timeoutMs);
+                         int timeoutMs, Stepping stepping = Stepping::relative);
 // Moves the player with a state already read, within what is left of the time-out.
 SeekResult seekFrom(const QDBusConnection& bus, const QString& service, const State& state,
-                    double seconds, int timeoutMs);
+                    double seconds, int timeoutMs, Stepping stepping = Stepping::relative);
+
+// Where a step from `positionUs` lands, kept inside the track where its length is known.
+qint64 clampedTarget(const State& state, qint64 positionUs, qint64 deltaUs);
+
+// SetPosition to an absolute position. A track id that is no object path (or none) is sent as
+// the "no track" path: only players that ignore the track id are sent one.
+SeekResult setPosition(const QDBusConnection& bus, const QString& service,
+                       const std::optional<QString>& trackId, qint64 positionUs, int timeoutMs);
 
 // Moves the player by a signed number of microseconds from wherever it is, in one round trip.
 SeekResult seekRelative(const QDBusConnection& bus, const QString& service, qint64 deltaUs,

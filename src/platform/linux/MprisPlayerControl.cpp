@@ -20,7 +20,7 @@ int remaining(const QDeadlineTimer& deadline) {
 }
 
 std::optional<MediaApp> appNamed(const QString& processName) {
-    for (const MediaApp app : MediaApp::allCases()) {
+    for (const MediaApp app : MediaApp::everyCase()) {
         if (app.processName() == processName) {
             return app;
         }
@@ -63,6 +63,15 @@ bool MprisPlayerControl::stillPlaying(const QString& player) const {
 
 PlayerControl::SeekAnswer MprisPlayerControl::seekIfPlaying(MediaApp app, double seconds,
                                                             double timeout) {
+    SeekAnswer answer = seekOnce(app, seconds, timeout);
+    if (answer.result == SeekResult::seeked && app == MediaApp::otherPlayers) {
+        answer.playerName = m_registry.identityOf(m_registry.playersOf(app).value(0));
+    }
+    return answer;
+}
+
+PlayerControl::SeekAnswer MprisPlayerControl::seekOnce(MediaApp app, double seconds,
+                                                       double timeout) {
     const QDeadlineTimer deadline(milliseconds(timeout));
     const auto deltaUs = static_cast<qint64>(std::llround(seconds * 1e6));
     bool failed = false;
@@ -72,40 +81,81 @@ PlayerControl::SeekAnswer MprisPlayerControl::seekIfPlaying(MediaApp app, double
         if (sessionBus) {
             DirectBusCalls::followPlayer(m_registry.ownerOf(player));
         }
-        // Known to be playing well inside its track: one round trip, from wherever it is. The
-        // registry takes the players' signals in on the GUI thread, a moment after they came;
-        // a pause announced meanwhile is heard here, on this thread's own connection.
-        if (m_registry.canSeekRelatively(player, deltaUs) && stillPlaying(player)) {
+        const MprisClient::Stepping stepping = m_registry.steppingOf(player);
+        // Known to be playing, and where: one round trip. The registry takes the players'
+        // signals in on the GUI thread, a moment after they came; a pause announced meanwhile
+        // is heard here, on this thread's own connection.
+        if (stepping == MprisClient::Stepping::toPosition) {
+            const std::optional<qint64> target = m_registry.targetWithoutRead(player, deltaUs);
+            if (target && stillPlaying(player)) {
+                return {moveTo(player, *target, deadline)};
+            }
+        } else if (m_registry.canSeekRelatively(player, deltaUs) && stillPlaying(player)) {
             m_registry.markActive(player);
             m_registry.expectSeeked(player);
             return {
                 MprisClient::seekRelative(m_registry.bus(), player, deltaUs, remaining(deadline))};
         }
-        // Otherwise read first, and move to a position kept inside the track.
-        const std::optional<MprisClient::State> state =
+        // Otherwise read first.
+        const std::optional<qint64> kept = m_registry.positionUs(player);
+        std::optional<MprisClient::State> state =
             MprisClient::readState(m_registry.bus(), player, remaining(deadline));
         if (!state) {
             failed = true;
             continue;
         }
+        if (!state->isPlaying()) {
+            m_registry.remember(player, *state);
+            continue;
+        }
+        m_registry.markActive(player);
+        if (state->refusesSeeks()) {
+            m_registry.remember(player, *state);
+            return {SeekResult::error}; // sent nothing: it would not move
+        }
         const bool seekInFlight = m_registry.isSeekInFlight(player);
-        m_registry.remember(player, *state);
-        if (state->isPlaying()) {
-            m_registry.markActive(player);
-            m_registry.expectSeeked(player);
-            // A position read while our last seek is still under way can be the one from
-            // before it (Chromium's is): moving to it plus the step would undo that seek. A
-            // relative seek starts from where the player really is, but only keeps inside the
-            // track when the step lands well inside it; near an end the clamped move wins.
-            if (seekInFlight && landsWellInside(*state, deltaUs)) {
+        if (stepping == MprisClient::Stepping::toPosition) {
+            // A whole-second reading (Firefox's) is the true position cut down to the second.
+            // The position kept since an announcement or our own last move is exact, where it
+            // agrees; else the middle of that second is at most half a second off.
+            constexpr qint64 second = 1'000'000;
+            if (state->positionUs && *state->positionUs % second == 0) {
+                const bool agrees = kept && *kept >= *state->positionUs - second / 4 &&
+                                    *kept < *state->positionUs + second + second / 4;
+                state->positionUs = agrees ? *kept : *state->positionUs + second / 2;
+            }
+            m_registry.remember(player, *state);
+            if (!state->positionUs) {
+                m_registry.expectSeeked(player);
                 return {MprisClient::seekRelative(m_registry.bus(), player, deltaUs,
                                                   remaining(deadline))};
             }
-            return {MprisClient::seekFrom(m_registry.bus(), player, *state, seconds,
-                                          remaining(deadline))};
+            return {moveTo(player, MprisClient::clampedTarget(*state, *state->positionUs, deltaUs),
+                           deadline)};
         }
+        m_registry.remember(player, *state);
+        m_registry.expectSeeked(player);
+        // A position read while our last seek is still under way can be the one from before
+        // it: clamping from there could undo that seek. A relative seek starts from where the
+        // player really is, but only keeps inside the track when the step lands well inside
+        // it; near an end the clamped move wins.
+        if (seekInFlight && landsWellInside(*state, deltaUs)) {
+            return {
+                MprisClient::seekRelative(m_registry.bus(), player, deltaUs, remaining(deadline))};
+        }
+        return {MprisClient::seekFrom(m_registry.bus(), player, *state, seconds,
+                                      remaining(deadline), stepping)};
     }
     return {failed ? SeekResult::error : SeekResult::notPlaying};
+}
+
+SeekResult MprisPlayerControl::moveTo(const QString& player, qint64 positionUs,
+                                      const QDeadlineTimer& deadline) {
+    m_registry.markActive(player);
+    const std::optional<MprisClient::State> known = m_registry.known(player);
+    m_registry.sentPosition(player, positionUs);
+    return MprisClient::setPosition(m_registry.bus(), player, known ? known->trackId : std::nullopt,
+                                    positionUs, remaining(deadline));
 }
 
 SeekResult MprisPlayerControl::playPause(MediaApp app, double timeout) {

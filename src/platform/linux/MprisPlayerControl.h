@@ -2,10 +2,13 @@
 
 #include "platform/PlayerControl.h"
 
+#include <QDeadlineTimer>
+
 class MprisPlayerRegistry;
 
-// Drives the media apps' MPRIS players. Where an app has several players (two Chrome-family
-// browsers), the playing one is used, else the most recently active.
+// Drives the media apps' MPRIS players, browsers by SetPosition and every other player by
+// relative Seek. Where an app has several players (two Chrome-family browsers, VLC and mpv),
+// the playing one is used, else the most recently active.
 class MprisPlayerControl : public PlayerControl {
 public:
     explicit MprisPlayerControl(MprisPlayerRegistry& registry);
@@ -23,6 +26,10 @@ private:
     // Whether the player's last announcement heard on this thread's own connection, fresher
     // than the registry's, still lets it count as playing.
     bool stillPlaying(const QString& player) const;
+    // The seek itself; seekIfPlaying names the player where its app does not.
+    SeekAnswer seekOnce(MediaApp app, double seconds, double timeout);
+    // SetPosition, with the track id last known (browsers ignore it).
+    SeekResult moveTo(const QString& player, qint64 positionUs, const QDeadlineTimer& deadline);
 
     MprisPlayerRegistry& m_registry;
 };

@@ -4,6 +4,8 @@
 
 #include <QDBusConnectionInterface>
 #include <QDBusMessage>
+#include <QDBusPendingCallWatcher>
+#include <QDBusVariant>
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QSet>
@@ -12,7 +14,7 @@
 
 namespace {
 
-// The programs of Google Chrome and Chromium as their packages install them.
+// The programs of the Chromium-based browsers as their packages install them.
 const QSet<QString> chromeExecutables = {
     QStringLiteral("chrome"),
     QStringLiteral("chromium"),
@@ -21,7 +23,40 @@ const QSet<QString> chromeExecutables = {
     QStringLiteral("google-chrome-stable"),
     QStringLiteral("google-chrome-beta"),
     QStringLiteral("google-chrome-unstable"),
+    QStringLiteral("brave"),
+    QStringLiteral("brave-browser"),
+    QStringLiteral("msedge"),
+    QStringLiteral("microsoft-edge"),
+    QStringLiteral("microsoft-edge-stable"),
+    QStringLiteral("microsoft-edge-beta"),
+    QStringLiteral("microsoft-edge-dev"),
+    QStringLiteral("vivaldi"),
+    QStringLiteral("vivaldi-bin"),
+    QStringLiteral("opera"),
 };
+
+// The part of a player's bus name after the MPRIS prefix.
+QString playerPart(const QString& busName) {
+    return busName.mid(MprisPlayerRegistry::namePrefix.size());
+}
+
+// "name" itself or "name." followed by anything.
+bool isNamed(const QString& player, QLatin1String name) {
+    return player == name || player.startsWith(name + QLatin1Char('.'));
+}
+
+// The names Chromium-based browsers take, and Electron apps with them.
+bool hasChromiumName(const QString& player) {
+    static const QRegularExpression names(
+        QStringLiteral("^((chromium|brave|edge|vivaldi)\\.instance|chrome\\.|opera)"));
+    return names.match(player).hasMatch();
+}
+
+// "firefox.instance_1_23" and the older "firefox.instance1234", taken by its forks as well.
+bool hasFirefoxName(const QString& player) {
+    static const QRegularExpression names(QStringLiteral("^firefox\\.instance(_|\\d)"));
+    return names.match(player).hasMatch();
+}
 
 } // namespace
 
@@ -54,21 +89,25 @@ MprisPlayerRegistry::MprisPlayerRegistry(QDBusConnection bus, QObject* parent)
 
 std::optional<MediaApp> MprisPlayerRegistry::classify(const QString& busName,
                                                       const QString& ownerExecutable) {
-    if (!busName.startsWith(namePrefix)) {
+    if (!busName.startsWith(namePrefix) || busName.size() == namePrefix.size()) {
         return std::nullopt;
     }
-    const QString player = busName.mid(namePrefix.size());
-    const auto is = [&player](QLatin1String name) {
-        return player == name || player.startsWith(name + QLatin1Char('.'));
-    };
-    if (is(QLatin1String("spotify"))) {
+    const QString player = playerPart(busName);
+    if (isNamed(player, QLatin1String("spotify"))) {
         return MediaApp::spotify;
     }
-    if ((is(QLatin1String("chromium")) || is(QLatin1String("chrome"))) &&
+    if (hasFirefoxName(player)) {
+        return MediaApp::firefox;
+    }
+    if (hasChromiumName(player) &&
         chromeExecutables.contains(QFileInfo(ownerExecutable).fileName())) {
         return MediaApp::chromeYouTube;
     }
-    return std::nullopt;
+    return MediaApp::otherPlayers;
+}
+
+bool MprisPlayerRegistry::needsOwnerToClassify(const QString& busName) {
+    return busName.startsWith(namePrefix) && hasChromiumName(playerPart(busName));
 }
 
 QString MprisPlayerRegistry::executableOf(const QString& uniqueName) const {
@@ -89,10 +128,8 @@ QString MprisPlayerRegistry::executableOf(const QString& uniqueName) const {
 }
 
 void MprisPlayerRegistry::add(const QString& busName, const QString& owner) {
-    std::optional<MediaApp> app = classify(busName, QString());
-    if (!app && (busName.startsWith(namePrefix + QLatin1String("chrom")))) {
-        app = classify(busName, executableOf(owner));
-    }
+    const std::optional<MediaApp> app =
+        classify(busName, needsOwnerToClassify(busName) ? executableOf(owner) : QString());
     if (!app) {
         return;
     }
@@ -100,6 +137,9 @@ void MprisPlayerRegistry::add(const QString& busName, const QString& owner) {
     const bool first = countOf(*app) == 0;
     m_players.insert(busName, Player{.app = *app, .owner = owner, .lastActive = ++m_activity});
     lock.unlock();
+    if (*app == MediaApp::otherPlayers) {
+        readIdentity(busName);
+    }
     if (first) {
         emit appAppeared(*app);
     }
@@ -144,7 +184,7 @@ QStringList MprisPlayerRegistry::playersOf(MediaApp app) const {
 QList<MediaApp> MprisPlayerRegistry::runningApps() const {
     QMutexLocker lock(&m_mutex);
     QList<MediaApp> apps;
-    for (const MediaApp app : MediaApp::allCases()) {
+    for (const MediaApp app : MediaApp::everyCase()) {
         if (countOf(app) > 0) {
             apps << app;
         }
@@ -237,4 +277,67 @@ bool MprisPlayerRegistry::canSeekRelatively(const QString& busName, qint64 delta
     QMutexLocker lock(&m_mutex);
     const auto found = m_players.constFind(busName);
     return found != m_players.cend() && found->estimate.canSeekRelatively(deltaUs);
+}
+
+std::optional<qint64> MprisPlayerRegistry::targetWithoutRead(const QString& busName,
+                                                             qint64 deltaUs) const {
+    QMutexLocker lock(&m_mutex);
+    const auto found = m_players.constFind(busName);
+    return found != m_players.cend() ? found->estimate.targetWithoutRead(deltaUs) : std::nullopt;
+}
+
+std::optional<qint64> MprisPlayerRegistry::positionUs(const QString& busName) const {
+    QMutexLocker lock(&m_mutex);
+    const auto found = m_players.constFind(busName);
+    return found != m_players.cend() ? found->estimate.positionUs() : std::nullopt;
+}
+
+void MprisPlayerRegistry::sentPosition(const QString& busName, qint64 positionUs) {
+    QMutexLocker lock(&m_mutex);
+    if (auto found = m_players.find(busName); found != m_players.end()) {
+        found->estimate.sentPosition(positionUs);
+    }
+}
+
+MprisClient::Stepping MprisPlayerRegistry::steppingOf(const QString& busName) const {
+    QMutexLocker lock(&m_mutex);
+    const auto found = m_players.constFind(busName);
+    const bool browser = found != m_players.cend() &&
+                         (found->app == MediaApp::chromeYouTube || found->app == MediaApp::firefox);
+    return browser ? MprisClient::Stepping::toPosition : MprisClient::Stepping::relative;
+}
+
+std::optional<MprisClient::State> MprisPlayerRegistry::known(const QString& busName) const {
+    QMutexLocker lock(&m_mutex);
+    const auto found = m_players.constFind(busName);
+    return found != m_players.cend() ? found->estimate.known() : std::nullopt;
+}
+
+void MprisPlayerRegistry::readIdentity(const QString& busName) {
+    // Without waiting: the GUI thread never waits on a player.
+    QDBusMessage call = QDBusMessage::createMethodCall(
+        busName, QStringLiteral("/org/mpris/MediaPlayer2"),
+        QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+    call << QStringLiteral("org.mpris.MediaPlayer2") << QStringLiteral("Identity");
+    auto* watcher = new QDBusPendingCallWatcher(m_bus.asyncCall(call, 5000), this);
+    connect(watcher, &QDBusPendingCallWatcher::finished, this,
+            [this, busName](QDBusPendingCallWatcher* done) {
+                done->deleteLater();
+                const QDBusMessage reply = done->reply();
+                if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().isEmpty()) {
+                    return;
+                }
+                const QString identity =
+                    reply.arguments().constFirst().value<QDBusVariant>().variant().toString();
+                QMutexLocker lock(&m_mutex);
+                if (auto found = m_players.find(busName); found != m_players.end()) {
+                    found->identity = identity;
+                }
+            });
+}
+
+QString MprisPlayerRegistry::identityOf(const QString& busName) const {
+    QMutexLocker lock(&m_mutex);
+    const auto found = m_players.constFind(busName);
+    return found != m_players.cend() ? found->identity : QString();
 }

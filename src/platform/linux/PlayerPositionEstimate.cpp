@@ -1,6 +1,7 @@
 #include "PlayerPositionEstimate.h"
 
 #include <chrono>
+#include <cstdlib>
 
 namespace {
 
@@ -48,7 +49,22 @@ void PlayerPositionEstimate::applyChanges(const QVariantMap& changed) {
 
 void PlayerPositionEstimate::seeked(qint64 positionUs) {
     m_announcesSeeks = true;
-    m_awaitingSeeked = false;
+    const bool awaitingOurMove = m_awaitingPosition && m_sentPositionAtNs &&
+                                 m_clock() - *m_sentPositionAtNs <= seekFlickerNs;
+    if (awaitingOurMove && m_known && m_known->positionUs) {
+        constexpr qint64 wholeSecond = 1'000'000;
+        constexpr qint64 sameMove = 1'500'000;
+        if (std::abs(estimatedPositionUs() - positionUs) >= sameMove) {
+            // An earlier move of ours, announced only now (Chromium is late so): taking it
+            // would undo the moves sent since.
+            return;
+        }
+        m_awaitingSeeked = m_awaitingPosition = false;
+        if (positionUs % wholeSecond == 0) {
+            return; // our own move, said less exactly than we know it
+        }
+    }
+    m_awaitingSeeked = m_awaitingPosition = false;
     if (m_known) {
         m_known->positionUs = positionUs;
         m_knownAtNs = m_clock();
@@ -57,7 +73,35 @@ void PlayerPositionEstimate::seeked(qint64 positionUs) {
 
 void PlayerPositionEstimate::expectSeeked() {
     m_awaitingSeeked = true;
+    m_awaitingPosition = false;
     m_ownSeekAtNs = m_clock();
+}
+
+void PlayerPositionEstimate::sentPosition(qint64 positionUs) {
+    expectSeeked();
+    m_awaitingPosition = true;
+    m_sentPositionAtNs = m_ownSeekAtNs;
+    if (m_known) {
+        m_known->positionUs = positionUs;
+        m_knownAtNs = *m_ownSeekAtNs;
+    }
+}
+
+std::optional<qint64> PlayerPositionEstimate::targetWithoutRead(qint64 deltaUs) const {
+    if (!m_known || (!m_announcesSeeks && !m_sentPositionAtNs) ||
+        (m_holdingSinceNs && !isHeldOver())) {
+        return std::nullopt;
+    }
+    const MprisClient::State& state = *m_known;
+    if (!state.isPlaying() || state.refusesSeeks() || !state.positionUs) {
+        return std::nullopt;
+    }
+    const qint64 ageUs = (m_clock() - m_knownAtNs) / 1000;
+    constexpr qint64 oldest = 60'000'000;
+    if (ageUs > oldest) {
+        return std::nullopt;
+    }
+    return MprisClient::clampedTarget(state, estimatedPositionUs(), deltaUs);
 }
 
 std::optional<qint64> PlayerPositionEstimate::positionUs() const {
@@ -110,7 +154,10 @@ bool PlayerPositionEstimate::canSeekRelatively(qint64 deltaUs) const {
         return false;
     }
     const MprisClient::State& state = *m_known;
-    if (!state.isPlaying() || !MprisClient::isUsableTrack(state.trackId) || !state.lengthUs ||
+    // A step needs no track id, but a player at "no track" plays nothing to step in.
+    const bool noTrack =
+        state.trackId == QStringLiteral("/org/mpris/MediaPlayer2/TrackList/NoTrack");
+    if (!state.isPlaying() || state.refusesSeeks() || noTrack || !state.lengthUs ||
         *state.lengthUs <= 0 || !state.positionUs) {
         return false;
     }

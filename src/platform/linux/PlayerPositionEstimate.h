@@ -35,6 +35,12 @@ public:
     void seeked(qint64 positionUs);
     // Our own seek is on its way: the position is unsure until the player announces it.
     void expectSeeked();
+    // We moved the player to this position just now. That is known to the microsecond, where
+    // some players report and announce only whole seconds: a whole-second announcement that
+    // agrees with it to within a second does not replace it. An exact one does: it comes once
+    // the player got there, which takes a browser a moment. Shortly after our move, an
+    // announcement far from it is one of an earlier move of ours, and is passed over.
+    void sentPosition(qint64 positionUs);
 
     // The state as last read and kept up to date; its position is the one at the last anchor,
     // not now. Absent until a read, and again once the player is to be read anew.
@@ -48,6 +54,10 @@ public:
     // that announce every move of the position (Seeked), so that one moved by the user in its
     // own window is never guessed wrong; Spotify, which does not, is always read first.
     bool canSeekRelatively(qint64 deltaUs) const;
+    // Where a step by this much lands, kept inside the track, for a player moved to positions:
+    // known without a read where the player is known to be playing a known item, and either
+    // announces every move of its position or was last moved by us. Absent otherwise.
+    std::optional<qint64> targetWithoutRead(qint64 deltaUs) const;
     // True while our last seek of a player that announces its moves is not announced yet. Its
     // reported position may then still be the one from before that seek.
     bool isSeekInFlight() const;
@@ -60,9 +70,11 @@ private:
 
     Clock m_clock;
     std::optional<MprisClient::State> m_known;
-    qint64 m_knownAtNs = 0;                 // when m_known->positionUs was the position
-    bool m_announcesSeeks = false;          // a Seeked signal of the player was seen
-    bool m_awaitingSeeked = false;          // our last seek is not announced yet
-    std::optional<qint64> m_ownSeekAtNs;    // when our last seek was sent
-    std::optional<qint64> m_holdingSinceNs; // the flicker after our seek, held over since then
+    qint64 m_knownAtNs = 0;                   // when m_known->positionUs was the position
+    bool m_announcesSeeks = false;            // a Seeked signal of the player was seen
+    bool m_awaitingSeeked = false;            // our last seek is not announced yet
+    std::optional<qint64> m_ownSeekAtNs;      // when our last seek was sent
+    std::optional<qint64> m_holdingSinceNs;   // the flicker after our seek, held over since then
+    std::optional<qint64> m_sentPositionAtNs; // when we last moved the player to a position
+    bool m_awaitingPosition = false;          // that move is not announced yet
 };

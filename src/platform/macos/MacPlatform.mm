@@ -22,6 +22,11 @@ std::unique_ptr<LoginItem> createLoginItem() {
     return std::make_unique<SMAppServiceLoginItem>();
 }
 
+QList<MediaApp> mediaApps() {
+    const auto cases = MediaApp::allCases();
+    return QList<MediaApp>(cases.begin(), cases.end());
+}
+
 std::shared_ptr<PlayerControl> createPlayerControl() {
     return std::make_shared<ScriptedPlayerControl>();
 }
