@@ -109,13 +109,12 @@ SettingsView* ScrublineApp::makeSettingsView() {
     view->setPage(QStringLiteral("apps"), new AppsSettingsTab(*m_settings));
     // Where the platform names the means by which hotkeys work (key grabs, the desktop's
     // portal), having one is what the hotkey row asks about.
-    auto* permissions = new PermissionsSettingsTab(
-        std::make_unique<PermissionChecker>(m_players, Platform::createRunningApps(),
-                                            [this] {
-                                                return Platform::accessibilityTrusted() ||
-                                                       !m_appDelegate->hotkeyMechanism().isEmpty();
-                                            }),
-        *m_desktop);
+    auto checker =
+        std::make_unique<PermissionChecker>(m_players, Platform::createRunningApps(), [this] {
+            return Platform::accessibilityTrusted() || !m_appDelegate->hotkeyMechanism().isEmpty();
+        });
+    checker->setItems(Platform::permissionItems());
+    auto* permissions = new PermissionsSettingsTab(std::move(checker), *m_desktop);
     if (const QString mechanism = m_appDelegate->hotkeyMechanism(); !mechanism.isEmpty()) {
         permissions->setAccessibilityGrantedText(mechanism);
     }

@@ -54,7 +54,7 @@ void PermissionChecker::checkAll(bool forceRefresh) {
 
     const QSet<QString> running = m_runningApps->runningNames();
     QList<PermissionItem> probes;
-    for (const PermissionItem& item : PermissionItem::all()) {
+    for (const PermissionItem& item : m_items) {
         if (!running.contains(item.processName)) {
             m_statuses.insert(item.id, PermissionStatus::appNotRunning);
         } else {

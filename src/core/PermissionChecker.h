@@ -39,6 +39,10 @@ public:
     // shown again instead.
     void checkAll(bool forceRefresh);
 
+    // What is checked, in the order shown; the reference platform's list unless told.
+    const QList<PermissionItem>& items() const { return m_items; }
+    void setItems(QList<PermissionItem> items) { m_items = std::move(items); }
+
     Statuses statuses() const { return m_statuses; }
     PermissionStatus status(const QString& id) const;
     bool isChecking() const { return m_isChecking; }
@@ -63,6 +67,7 @@ private:
     std::shared_ptr<PlayerControl> m_players;
     std::unique_ptr<RunningApps> m_runningApps;
     AccessibilityQuery m_accessibilityTrusted;
+    QList<PermissionItem> m_items = PermissionItem::all();
     Clock m_now;
     Statuses m_statuses;
     bool m_isChecking = false;

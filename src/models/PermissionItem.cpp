@@ -1,5 +1,14 @@
 #include "PermissionItem.h"
 
+QList<PermissionItem> PermissionItem::forApps(const QList<MediaApp>& apps, const QString& title) {
+    QList<PermissionItem> items;
+    for (const MediaApp app : apps) {
+        items.append({QStringLiteral("automation-") + app.rawValue(), title, app.displayName(),
+                      app.processName(), app.symbolName(), Kind::automation});
+    }
+    return items;
+}
+
 const QList<PermissionItem>& PermissionItem::all() {
     // Accessibility is not probed: it is read from the platform directly.
     static const QList<PermissionItem> items = {

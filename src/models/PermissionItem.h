@@ -1,5 +1,7 @@
 #pragma once
 
+#include "MediaApp.h"
+
 #include <QList>
 #include <QString>
 
@@ -19,6 +21,9 @@ struct PermissionItem {
 
     // The permissions that are probed, in the order they are shown and probed.
     static const QList<PermissionItem>& all();
+    // One permission of the same title for each app, in the apps' order: where every player
+    // is reached the same way, there is one thing to know of each.
+    static QList<PermissionItem> forApps(const QList<MediaApp>& apps, const QString& title);
 
     friend bool operator==(const PermissionItem&, const PermissionItem&) = default;
 };

@@ -8,6 +8,7 @@
 #include "ScriptEngine.h"
 #include "SingleInstance.h"
 #include "SymbolImages.h"
+#include "models/PermissionItem.h"
 
 #include <QList>
 #include <QSettings>
@@ -34,6 +35,9 @@ QList<MediaApp> mediaApps();
 // How the media apps are driven. Shared by the seek thread, the now-playing polls and the
 // permission probes.
 std::shared_ptr<PlayerControl> createPlayerControl();
+
+// The permissions the Permissions tab shows and probes, in its order.
+QList<PermissionItem> permissionItems();
 
 // The running applications, followed live. Lives on the GUI thread.
 std::unique_ptr<RunningApps> createRunningApps();

@@ -7,6 +7,8 @@
 #include "core/PermissionChecker.h"
 #include "platform/DesktopIntegration.h"
 
+#include <algorithm>
+
 #include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -71,10 +73,16 @@ PermissionsSettingsTab::PermissionsSettingsTab(std::unique_ptr<PermissionChecker
     layout->setContentsMargins(outerPadding, outerPadding, outerPadding, outerPadding);
     layout->setSpacing(16);
     layout->addWidget(makeAccessibilitySection());
-    layout->addWidget(
-        makeItemSection(m_texts.automationSection, PermissionItem::Kind::automation, QString()));
-    layout->addWidget(makeItemSection(m_texts.chromeSection, PermissionItem::Kind::chromeJS,
-                                      m_texts.chromeFootnote));
+    // Where no permission is of the browsers' own kind, their note goes with the players.
+    const bool browserSection = std::any_of(
+        m_checker->items().begin(), m_checker->items().end(),
+        [](const PermissionItem& item) { return item.kind == PermissionItem::Kind::chromeJS; });
+    layout->addWidget(makeItemSection(m_texts.automationSection, PermissionItem::Kind::automation,
+                                      browserSection ? QString() : m_texts.chromeFootnote));
+    if (browserSection) {
+        layout->addWidget(makeItemSection(m_texts.chromeSection, PermissionItem::Kind::chromeJS,
+                                          m_texts.chromeFootnote));
+    }
     layout->addWidget(makeButtons());
     layout->addStretch(1);
 
@@ -177,7 +185,7 @@ QWidget* PermissionsSettingsTab::makeAccessibilitySection() {
 QWidget* PermissionsSettingsTab::makeItemSection(const QString& title, PermissionItem::Kind kind,
                                                  const QString& footnote) {
     auto* section = new FormSection(title, this);
-    for (const PermissionItem& item : PermissionItem::all()) {
+    for (const PermissionItem& item : m_checker->items()) {
         if (item.kind == kind) {
             makeRow(item, section);
             section->addRow(m_rows.back().widget);

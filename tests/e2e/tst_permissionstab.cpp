@@ -28,11 +28,11 @@ private:
     std::unique_ptr<PermissionsSettingsTab> m_tab;
 
     PermissionsSettingsTab& openTab() {
-        m_tab = std::make_unique<PermissionsSettingsTab>(
-            std::make_unique<PermissionChecker>(Platform::createPlayerControl(),
-                                                Platform::createRunningApps(),
-                                                &Platform::accessibilityTrusted),
-            *m_desktop);
+        auto checker = std::make_unique<PermissionChecker>(Platform::createPlayerControl(),
+                                                           Platform::createRunningApps(),
+                                                           &Platform::accessibilityTrusted);
+        checker->setItems(Platform::permissionItems());
+        m_tab = std::make_unique<PermissionsSettingsTab>(std::move(checker), *m_desktop);
         m_tab->show();
         if (!QTest::qWaitForWindowExposed(m_tab.get())) {
             qWarning("the tab was not exposed");
@@ -57,11 +57,22 @@ private:
         return statusOf(id);
     }
 
+    // Once the session's list of players has it: a player that has only just appeared is
+    // not running yet as far as the program has heard.
+    static void waitUntilRunning(const QString& processName) {
+        const auto running = Platform::createRunningApps();
+        if (!QTest::qWaitFor([&] { return running->runningNames().contains(processName); },
+                             10000)) {
+            qFatal("The player never showed as running");
+        }
+    }
+
     static std::unique_ptr<PlayerProcess> spotify() {
         auto process = PlayerProcess::fake({QStringLiteral("--name"), QStringLiteral("spotify")});
         if (!process->waitForBusName(spotifyBusName)) {
             qFatal("The player did not start");
         }
+        waitUntilRunning(QStringLiteral("Spotify"));
         return process;
     }
 
@@ -90,6 +101,26 @@ private slots:
         QVERIFY(m_tab->checker().isChecking());
         QCOMPARE(checkedStatusOf(spotifyItem), QStringLiteral("Denied"));
         player->resume();
+    }
+
+    // The players this platform has, each reached over MPRIS; an ordinary player counts under
+    // "Other players", and the apps of another platform are not listed.
+    void theRowsAreThePlayersOfThisPlatform() {
+        auto other = PlayerProcess::fake({QStringLiteral("--name"), QStringLiteral("vlc")});
+        QVERIFY(other->waitForBusName(QStringLiteral("org.mpris.MediaPlayer2.vlc")));
+        waitUntilRunning(MediaApp(MediaApp::otherPlayers).processName());
+        openTab();
+        QStringList rows;
+        for (QWidget* row : m_tab->findChildren<QWidget*>(QStringLiteral("permissionRow"))) {
+            rows << row->property("itemId").toString();
+        }
+        QCOMPARE(rows, (QStringList{QStringLiteral("automation-spotify"),
+                                    QStringLiteral("automation-chromeYouTube"),
+                                    QStringLiteral("automation-firefox"),
+                                    QStringLiteral("automation-otherPlayers")}));
+        QCOMPARE(checkedStatusOf(QStringLiteral("automation-otherPlayers")),
+                 QStringLiteral("Granted"));
+        QCOMPARE(statusOf(QStringLiteral("automation-firefox")), QStringLiteral("Not running"));
     }
 
     void aPlayerThatIsGoneIsNotRunning() {

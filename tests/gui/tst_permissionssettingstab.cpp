@@ -4,6 +4,7 @@
 #include "support/FakeRunningApps.h"
 #include "support/RecordingDesktop.h"
 #include "support/Screenshots.h"
+#include "views/FormSection.h"
 #include "views/PermissionsSettingsTab.h"
 #include "views/Spinner.h"
 #include "views/Style.h"
@@ -47,11 +48,15 @@ private:
     double m_now = 1000;
 
     // The tab with its own checker over the fake players, shown as the window shows a page.
-    PermissionsSettingsTab& openTab(const QSet<QString>& running, bool show = true) {
+    PermissionsSettingsTab& openTab(const QSet<QString>& running, bool show = true,
+                                    std::optional<QList<PermissionItem>> items = std::nullopt) {
         auto apps = std::make_unique<FakeRunningApps>(running);
         m_running = apps.get();
         auto checker = std::make_unique<PermissionChecker>(
             m_players, std::move(apps), [this] { return m_trusted; }, [this] { return m_now; });
+        if (items) {
+            checker->setItems(*items);
+        }
         m_tab = std::make_unique<PermissionsSettingsTab>(std::move(checker), *m_desktop);
         m_tab->resize(456, m_tab->sizeHint().height());
         if (show) {
@@ -228,6 +233,32 @@ private slots:
                     .endsWith(QStringLiteral(": Desktop portal")));
     }
 
+    // A platform whose players are all reached one way: a row each, no section for browsers,
+    // and the browsers' note under the players.
+    void aListOfOneKindHasOneSection() {
+        const QList<PermissionItem> items =
+            PermissionItem::forApps({MediaApp::spotify, MediaApp::firefox, MediaApp::otherPlayers},
+                                    QStringLiteral("MPRIS over D-Bus"));
+        openTab({QStringLiteral("Firefox")}, true, items);
+        waitForCheck();
+        QStringList ids;
+        for (QWidget* each : m_tab->findChildren<QWidget*>(QStringLiteral("permissionRow"))) {
+            ids << each->property("itemId").toString();
+        }
+        QCOMPARE(ids, (QStringList{QStringLiteral("automation-spotify"),
+                                   QStringLiteral("automation-firefox"),
+                                   QStringLiteral("automation-otherPlayers")}));
+        QCOMPARE(statusOf(row(QStringLiteral("automation-firefox"))), QStringLiteral("Granted"));
+        QCOMPARE(statusOf(row(QStringLiteral("automation-spotify"))),
+                 QStringLiteral("Not running"));
+        QCOMPARE(m_players->subjects(FakePlayers::Call::probe),
+                 QStringList{QStringLiteral("automation-firefox")});
+        QCOMPARE(m_tab->findChildren<FormSection*>().size(), 3); // hotkeys, players, buttons
+        const auto notes = m_tab->findChildren<QLabel*>(QStringLiteral("footnote"));
+        QCOMPARE(notes.size(), 1);
+        QCOMPARE(notes[0]->text(), m_desktop->texts().chromeFootnote);
+    }
+
     void theButtonsLeadToTheSystemsSettingsWhereThereAreSome() {
         openTab({});
         QTest::mouseClick(button("openSystemSettingsButton"), Qt::LeftButton);
@@ -271,6 +302,14 @@ private slots:
         m_trusted = true;
         m_tab->refresh();
         shoot(QStringLiteral("trusted"));
+        // As on Linux: every player over MPRIS, one of them playing.
+        m_players->setProbeStatus(QStringLiteral("automation-firefox"), Status::denied);
+        openTab({spotify, QStringLiteral("Firefox")}, true,
+                PermissionItem::forApps({MediaApp::spotify, MediaApp::chromeYouTube,
+                                         MediaApp::firefox, MediaApp::otherPlayers},
+                                        QStringLiteral("MPRIS over D-Bus")));
+        waitForCheck();
+        shoot(QStringLiteral("one-kind"));
     }
 };
 

@@ -79,6 +79,26 @@ private slots:
                                            "safari", PermissionItem::Kind::automation}));
     }
 
+    void aListForApps() {
+        const QList<PermissionItem> items = PermissionItem::forApps(
+            {MediaApp::spotify, MediaApp::otherPlayers}, QStringLiteral("MPRIS over D-Bus"));
+        QCOMPARE(items.size(), 2);
+        QCOMPARE(items[1],
+                 (PermissionItem{"automation-otherPlayers", "MPRIS over D-Bus", "Other players",
+                                 MediaApp(MediaApp::otherPlayers).processName(), "music.note.list",
+                                 PermissionItem::Kind::automation}));
+        // Told another list, the checker probes that one, in its order.
+        make({QStringLiteral("Spotify"), MediaApp(MediaApp::otherPlayers).processName(),
+              QStringLiteral("Music")});
+        QCOMPARE(m_checker->items(), PermissionItem::all());
+        m_checker->setItems(items);
+        check(false);
+        QCOMPARE(m_players->subjects(Call::probe),
+                 (QStringList{QStringLiteral("automation-spotify"),
+                              QStringLiteral("automation-otherPlayers")}));
+        QCOMPARE(m_checker->status(QStringLiteral("automation-music")), Status::unknown);
+    }
+
     void probesRunOneAfterAnotherInListOrder() {
         make(everyTarget);
         m_players->setProbeStatus(QStringLiteral("automation-music"), Status::denied);

@@ -49,6 +49,11 @@ QList<MediaApp> mediaApps() {
     return {MediaApp::spotify, MediaApp::chromeYouTube, MediaApp::firefox, MediaApp::otherPlayers};
 }
 
+QList<PermissionItem> permissionItems() {
+    // Every player here is reached over MPRIS, and all a player needs is to answer there.
+    return PermissionItem::forApps(mediaApps(), QStringLiteral("MPRIS over D-Bus"));
+}
+
 std::shared_ptr<PlayerControl> createPlayerControl() {
     return std::make_shared<MprisPlayerControl>(sessionPlayers());
 }

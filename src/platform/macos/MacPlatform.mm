@@ -48,6 +48,10 @@ bool accessibilityTrusted() {
     return AXIsProcessTrusted();
 }
 
+QList<PermissionItem> permissionItems() {
+    return PermissionItem::all();
+}
+
 std::shared_ptr<ScriptEngine> createScriptEngine() {
     return std::make_shared<AppleScriptEngine>();
 }
