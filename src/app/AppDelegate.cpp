@@ -58,6 +58,9 @@ void AppDelegate::applicationDidFinishLaunching() {
     });
     registerAllHotkeys();
     precompileScripts();
+    if (!m_eventHandlerInstalled) {
+        emit hotkeysUnavailable();
+    }
     if (m_overlay) {
         m_overlay->start();
     }
@@ -132,6 +135,10 @@ QString AppDelegate::hotkeyMechanism() const {
 }
 
 void AppDelegate::readAssignedTriggers() {
+    if (m_hotkeys->mechanism().empty()) {
+        emit hotkeysUnavailable();
+        return;
+    }
     QHash<QUuid, QString> triggers;
     for (auto entry = m_actionIDs.cbegin(); entry != m_actionIDs.cend(); ++entry) {
         if (const std::string trigger = m_hotkeys->assignedTrigger(entry.key()); !trigger.empty()) {

@@ -77,6 +77,9 @@ public:
 signals:
     // The set of actions another program keeps from registering has changed.
     void unavailableActionIDsChanged(const QSet<QUuid>& ids);
+    // The session gives no global hotkeys: none could be had at launch, or the desktop said it
+    // has none to give.
+    void hotkeysUnavailable();
     // The desktop has given other triggers than asked for, or stopped doing so.
     void assignedTriggersChanged(const QHash<QUuid, QString>& triggers);
     // The scripts asked for by one precompileScripts() call are built.

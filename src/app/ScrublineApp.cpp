@@ -69,6 +69,11 @@ ScrublineApp::ScrublineApp(QObject* parent)
     // 5. The hotkeys, which start the overlay once the scripts are warmed.
     m_appDelegate = std::make_unique<AppDelegate>(Platform::createHotkeyService(), m_players,
                                                   *m_settings, *m_mediaController, m_overlay.get());
+    // Once per user: a desktop without global hotkeys is told of in the panel, with what to do.
+    connect(m_appDelegate.get(), &AppDelegate::hotkeysUnavailable, m_menuBarExtra.get(), [this] {
+        m_menuBarExtra->showNoticeOnce(QStringLiteral("hasSeenHotkeysUnavailableNote"),
+                                       m_desktop->texts().accessibilityHint);
+    });
     m_appDelegate->applicationDidFinishLaunching();
     connect(qApp, &QCoreApplication::aboutToQuit, m_appDelegate.get(),
             &AppDelegate::applicationWillTerminate);

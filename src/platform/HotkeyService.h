@@ -29,7 +29,8 @@ public:
     // The trigger the desktop gave the hotkey with this id, in its own words, where that is not
     // the combination asked for; empty otherwise, and wherever the program has the keys itself.
     virtual std::string assignedTrigger(std::uint32_t /*id*/) const { return {}; }
-    // Called on the GUI thread each time the desktop has said which triggers it gave.
+    // Called on the GUI thread each time the desktop has said which triggers it gave, or that
+    // it gives none (mechanism() is empty then).
     virtual void setTriggersHandler(std::function<void()> /*handler*/) {}
 
     // How a desktop that lists the program's shortcuts in its own settings names the hotkey

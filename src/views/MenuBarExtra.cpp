@@ -43,6 +43,10 @@ MenuBarExtra::MenuBarExtra(MediaStatus& status, AppSettings& settings, const QSt
 
 MenuBarExtra::~MenuBarExtra() = default;
 
+void MenuBarExtra::showNoticeOnce(const QString& seenKey, const QString& text) {
+    m_window->view()->setNoticeOnce(seenKey, text);
+}
+
 void MenuBarExtra::togglePanel() {
     if (m_window->isVisible()) {
         m_window->close();

@@ -27,6 +27,8 @@ public:
 
     QSystemTrayIcon& trayIcon() { return m_trayIcon; }
     MenuBarWindow& window() { return *m_window; }
+    // A note the panel shows until it has been seen once; see MenuBarView::setNoticeOnce.
+    void showNoticeOnce(const QString& seenKey, const QString& text);
 
     // Opens the panel at the icon, or at the pointer where the tray does not say where the
     // icon is; closes it when it is open.

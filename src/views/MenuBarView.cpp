@@ -343,6 +343,49 @@ void MenuBarView::showEvent(QShowEvent* event) {
 void MenuBarView::hideEvent(QHideEvent* event) {
     QWidget::hideEvent(event);
     setPolling(false);
+    // Seen once is enough: the panel has been open with it.
+    if (m_notice != nullptr && m_notice->isVisibleTo(this) && !m_noticeKey.isEmpty()) {
+        m_settings.defaults().setBool(std::exchange(m_noticeKey, QString()), true);
+        m_notice->clear();
+        m_notice->hide();
+        emit contentChanged();
+    }
+}
+
+void MenuBarView::changeEvent(QEvent* event) {
+    QWidget::changeEvent(event);
+    if (event->type() == QEvent::PaletteChange && m_notice != nullptr) {
+        QPalette colors = m_notice->palette();
+        colors.setColor(QPalette::WindowText, Style::warningText(palette()));
+        m_notice->setPalette(colors);
+    }
+}
+
+void MenuBarView::setNoticeOnce(const QString& seenKey, const QString& text) {
+    if (m_settings.defaults().boolValue(seenKey).value_or(false)) {
+        return;
+    }
+    if (m_notice == nullptr) {
+        m_notice = new QLabel(this);
+        m_notice->setObjectName(QStringLiteral("panelNotice"));
+        m_notice->setTextFormat(Qt::PlainText);
+        m_notice->setWordWrap(true);
+        m_notice->setFont(Style::captionFont());
+        m_notice->setContentsMargins(14, 10, 14, 6);
+        QPalette colors = m_notice->palette();
+        colors.setColor(QPalette::WindowText, Style::warningText(palette()));
+        m_notice->setPalette(colors);
+        m_layout->insertWidget(0, m_notice);
+    }
+    m_noticeKey = seenKey;
+    m_notice->setText(text);
+    m_notice->setAccessibleName(text);
+    m_notice->show();
+    emit contentChanged();
+}
+
+QString MenuBarView::notice() const {
+    return m_notice != nullptr && !m_notice->isHidden() ? m_notice->text() : QString();
 }
 
 bool MenuBarView::eventFilter(QObject* watched, QEvent* event) {

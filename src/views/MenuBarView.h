@@ -49,6 +49,13 @@ public:
     // tall as its wrapped lines need at that width.
     QSize fittingSize();
 
+    // A note above everything else, shown until the panel has been seen once with it; `seenKey`
+    // is the preference that remembers it was, so that it never shows again. Nothing when it
+    // was seen before.
+    void setNoticeOnce(const QString& seenKey, const QString& text);
+    // The note shown now; empty when there is none.
+    QString notice() const;
+
 signals:
     // A seek button was pressed: seek by this signed number of seconds.
     void seekRequested(double seconds);
@@ -61,6 +68,7 @@ protected:
     void showEvent(QShowEvent* event) override;
     void hideEvent(QHideEvent* event) override;
     bool eventFilter(QObject* watched, QEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
     void completeOnboarding();
@@ -85,6 +93,8 @@ private:
     QVBoxLayout* m_layout = nullptr;
     QPointer<WelcomeView> m_welcome;
     QWidget* m_menu = nullptr;
+    QLabel* m_notice = nullptr;
+    QString m_noticeKey;
     QWidget* m_stateSection = nullptr;
     std::array<StateRow, 5> m_stateRows{};
     std::optional<MenuBarState> m_state;

@@ -226,6 +226,28 @@ private slots:
         QCOMPARE(service.mechanism(), std::string());
     }
 
+    // The program hears of it too, once the portal has answered, so that it can tell the user.
+    void theDelegateHearsThatThereIsNoPortal() {
+        m_portal->disappear();
+        TempHome home;
+        AppSettings settings(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+            home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)));
+        MprisPlayerRegistry registry(bus());
+        auto control = std::make_shared<MprisPlayerControl>(registry);
+        MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
+        MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
+                                   status);
+        AppDelegate delegate(std::make_unique<PortalHotkeyService>(bus()), control, settings,
+                             controller);
+        QSignalSpy unavailable(&delegate, &AppDelegate::hotkeysUnavailable);
+        delegate.applicationDidFinishLaunching();
+        QCOMPARE(unavailable.size(), 0); // the portal has not answered yet
+        QTRY_COMPARE(unavailable.size(), 1);
+        QCOMPARE(delegate.hotkeyMechanism(), QString());
+        QTest::qWait(300);
+        QCOMPARE(unavailable.size(), 1);
+    }
+
     // The whole road: the default actions in the store are offered with their combinations, an
     // activation moves the player by the action's step, and an edit binds again.
     void anActivationMovesThePlayer() {

@@ -13,6 +13,8 @@
 #include <QToolButton>
 #include <QtTest>
 
+#include <type_traits>
+
 #include <memory>
 
 namespace {
@@ -380,6 +382,38 @@ private slots:
         QVERIFY(text->height() > text->fontMetrics().lineSpacing() * 3 / 2);
     }
 
+    // A note for the user shows above the rest until the panel has been open with it once,
+    // and never again after.
+    void aNoticeShowsUntilThePanelHasBeenSeen() {
+        completeOnboarding();
+        const QString key = QStringLiteral("hasSeenTestNote");
+        const QString text = QStringLiteral("Global hotkeys are not available here.");
+        auto view = makeView();
+        QSignalSpy changed(view.get(), &MenuBarView::contentChanged);
+        view->setNoticeOnce(key, text);
+        QCOMPARE(changed.size(), 1);
+        QCOMPARE(view->notice(), text);
+        auto* note = child<QLabel>(*view, QStringLiteral("panelNotice"));
+        QVERIFY(note != nullptr);
+        QCOMPARE(note->accessibleName(), text);
+        // Not seen while the panel stays closed.
+        view->hide();
+        QCOMPARE(view->notice(), text);
+        QCOMPARE(m_rig->settings().defaults().boolValue(key), std::nullopt);
+        view->show();
+        QVERIFY(QTest::qWaitForWindowExposed(view.get()));
+        QVERIFY(note->isVisible());
+        view->hide();
+        QCOMPARE(view->notice(), QString());
+        QCOMPARE(m_rig->settings().defaults().boolValue(key), std::optional<bool>(true));
+        // Seen: asked again, in this run or the next, it stays away.
+        view->setNoticeOnce(key, text);
+        QCOMPARE(view->notice(), QString());
+        auto next = makeView();
+        next->setNoticeOnce(key, text);
+        QCOMPARE(next->notice(), QString());
+    }
+
     void screenshots_data() {
         QTest::addColumn<bool>("dark");
         QTest::newRow("light") << false;
@@ -395,7 +429,11 @@ private slots:
             auto* view = new MenuBarView(m_rig->status(), m_rig->settings(),
                                          m_rig->desktop().defaultHotkeysHint());
             MenuBarWindow window(view);
-            prepare();
+            if constexpr (std::is_invocable_v<decltype(prepare), MenuBarView&>) {
+                prepare(*view);
+            } else {
+                prepare();
+            }
             window.openAt(QRect(900, 4, 24, 24));
             QVERIFY(QTest::qWaitForWindowExposed(&window));
             QTest::qWait(300); // past the feedback line's fade
@@ -436,6 +474,11 @@ private slots:
         m_rig->players().setNowPlayingText(MediaApp::spotify,
                                            QStringLiteral("Bohemian Rhapsody - Queen"));
         shoot(QStringLiteral("nowplaying"), [this] { m_rig->status().pollNowPlaying(); });
+        shoot(QStringLiteral("notice"), [this](MenuBarView& view) {
+            m_rig->status().pollNowPlaying();
+            view.setNoticeOnce(QStringLiteral("screenshotNotice"),
+                               m_rig->desktop().texts().accessibilityHint);
+        });
     }
 };
 

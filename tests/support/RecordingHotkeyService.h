@@ -32,6 +32,8 @@ public:
         QList<std::pair<std::uint32_t, std::uint32_t>> heldElsewhere;
         // Whether a combination this program holds already is refused, as Carbon does.
         bool refusesRepeats = false;
+        // Whether the session gives no global hotkeys at all.
+        bool refusesHandler = false;
         PressHandler handler;
 
         // A press of the hotkey registered under `id`, as the system would deliver it.
@@ -53,6 +55,9 @@ public:
         : m_record(std::move(record)) {}
 
     bool installHandler(PressHandler handler) override {
+        if (m_record->refusesHandler) {
+            return false;
+        }
         m_record->installed = true;
         ++m_record->installs;
         m_record->handler = std::move(handler);

@@ -335,6 +335,18 @@ private slots:
         QVERIFY(m_rig->players().records().isEmpty());
     }
 
+    // A session without global hotkeys is told of once, at launch, and nothing is registered.
+    void withoutHotkeysTheDelegateSaysSo() {
+        m_hotkeys->refusesHandler = true;
+        m_delegate = std::make_unique<AppDelegate>(
+            std::make_unique<RecordingHotkeyService>(m_hotkeys),
+            std::make_shared<ScriptedPlayerControl>(), settings(), m_rig->controller());
+        QSignalSpy unavailable(m_delegate.get(), &AppDelegate::hotkeysUnavailable);
+        m_delegate->applicationDidFinishLaunching();
+        QCOMPARE(unavailable.size(), 1);
+        QCOMPARE(m_delegate->hotkeyMechanism(), QString());
+    }
+
     void terminationUnregistersThenRemovesTheHandlerAndUnhooks() {
         QVERIFY(launch());
         m_delegate->seekActionsChanged(); // pending when the program ends

@@ -250,6 +250,9 @@ void PortalHotkeyService::queryVersion() {
             if (!m_saidUnavailable) {
                 m_saidUnavailable = true;
                 qCWarning(Log::general(), "%s", unavailableMessage);
+                if (m_triggersHandler) {
+                    m_triggersHandler();
+                }
             }
             return;
         }
