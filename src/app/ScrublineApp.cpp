@@ -6,6 +6,7 @@
 #include "core/MediaStatus.h"
 #include "core/PermissionChecker.h"
 #include "core/WebAddresses.h"
+#include "models/KeyTable.h"
 #include "platform/Platform.h"
 #include "scripting/AppleScriptService.h"
 #include "settings/AppSettings.h"
@@ -33,6 +34,9 @@ ScrublineApp::ScrublineApp(QObject* parent)
     LaunchAtLogin::setLoginItem(Platform::createLoginItem());
     AppleScriptService::setEngine(Platform::createScriptEngine());
     Symbols::setPlatformImages(Platform::createSymbolImages());
+    KeyTable::setModifierStyle(Platform::writesModifiersAsWords()
+                                   ? KeyTable::ModifierStyle::words
+                                   : KeyTable::ModifierStyle::glyphs);
     m_desktop = Platform::createDesktopIntegration();
     // An accessory of the tray until the settings window opens.
     m_desktop->setRegularActivation(false);

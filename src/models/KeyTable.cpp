@@ -1,6 +1,7 @@
 #include "KeyTable.h"
 
 #include <array>
+#include <atomic>
 
 namespace {
 
@@ -231,7 +232,60 @@ QString KeyTable::keyName(std::uint16_t keyCode) {
     return QStringLiteral("Key%1").arg(keyCode);
 }
 
+namespace {
+
+std::atomic<KeyTable::ModifierStyle> g_modifierStyle{KeyTable::ModifierStyle::glyphs};
+
+// What a PC keyboard prints on the keys that a Mac's shows as glyphs; the arrows read the same
+// on both.
+QString wordFor(std::uint16_t keyCode) {
+    switch (keyCode) {
+    case 36:
+        return QStringLiteral("Enter");
+    case 48:
+        return QStringLiteral("Tab");
+    case 51:
+        return QStringLiteral("Backspace");
+    case 53:
+        return QStringLiteral("Esc");
+    case 115:
+        return QStringLiteral("Home");
+    case 117:
+        return QStringLiteral("Del");
+    case 119:
+        return QStringLiteral("End");
+    default:
+        return KeyTable::keyName(keyCode);
+    }
+}
+
+} // namespace
+
+void KeyTable::setModifierStyle(ModifierStyle style) {
+    g_modifierStyle = style;
+}
+
+KeyTable::ModifierStyle KeyTable::modifierStyle() {
+    return g_modifierStyle;
+}
+
 QString KeyTable::displayString(std::uint16_t keyCode, std::uint32_t carbonModifiers) {
+    if (g_modifierStyle == ModifierStyle::words) {
+        QString text;
+        if (carbonModifiers & CarbonModifier::control) {
+            text += QStringLiteral("Ctrl+");
+        }
+        if (carbonModifiers & CarbonModifier::option) {
+            text += QStringLiteral("Alt+");
+        }
+        if (carbonModifiers & CarbonModifier::shift) {
+            text += QStringLiteral("Shift+");
+        }
+        if (carbonModifiers & CarbonModifier::command) {
+            text += QStringLiteral("Super+");
+        }
+        return text + wordFor(keyCode);
+    }
     QString text;
     if (carbonModifiers & CarbonModifier::control) {
         text += QChar(0x2303);

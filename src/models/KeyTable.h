@@ -67,7 +67,14 @@ public:
 
     // "Key<code>" for a code the table does not name.
     static QString keyName(std::uint16_t keyCode);
-    // The modifiers' glyphs in the order control, option, shift, command, then the key's name.
+    // How combinations are written: with the glyphs printed on a Mac keyboard ("⌃⌥⌘→", the
+    // default), or with the words a PC keyboard has, joined by "+" ("Ctrl+Alt+Super+→"), as
+    // the desktops there write them. Set once by the application shell, before any view.
+    enum class ModifierStyle { glyphs, words };
+    static void setModifierStyle(ModifierStyle style);
+    static ModifierStyle modifierStyle();
+    // The modifiers in the order control, option, shift, command, then the key's name, in the
+    // style set.
     static QString displayString(std::uint16_t keyCode, std::uint32_t carbonModifiers);
     static std::uint32_t toCarbonModifiers(std::uint64_t modifierFlags);
 };

@@ -53,6 +53,10 @@ bool accessibilityTrusted();
 // macOS; the hotkey recorder reads the modifiers of a key event through this.
 bool toolkitSwapsControlAndCommand();
 
+// Whether this desktop writes key combinations with words ("Ctrl+Alt+Super+Right") rather
+// than with the Mac's glyphs.
+bool writesModifiersAsWords();
+
 // Why no graphical session can be used, or an empty string when one can. Checked before the
 // toolkit starts, which would otherwise abort with a long message of its own.
 QString displayProblem();

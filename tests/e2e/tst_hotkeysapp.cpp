@@ -19,6 +19,7 @@
 #include <QDBusConnection>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
+#include <QLabel>
 #include <QTabBar>
 #include <QToolButton>
 #include <QtTest>
@@ -329,6 +330,8 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(other.heldByProgram(XK_Prior), 10000);
         QVERIFY(other.heldByProgram(XK_Right));
         QCOMPARE(added->standing(), ActionRowContainer::Standing::active);
+        // Written as this desktop writes combinations.
+        QCOMPARE(added->header()->hotkeyLabel()->text(), QStringLiteral("Ctrl+Alt+Super+PgUp"));
 
         // Closed, the window is out of the way; the combination seeks the player 30 s on.
         tab->window()->close();

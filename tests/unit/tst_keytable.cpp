@@ -60,6 +60,31 @@ private slots:
         }
     }
 
+    // As a PC desktop writes them: words joined by "+", and the keys a Mac shows as glyphs by
+    // what a PC keyboard prints on them; the arrows stay arrows.
+    void combinationsInWords() {
+        const auto restore =
+            qScopeGuard([] { KeyTable::setModifierStyle(KeyTable::ModifierStyle::glyphs); });
+        QCOMPARE(KeyTable::displayString(124, 6400), QStringLiteral("\u2303\u2325\u2318\u2192"));
+        KeyTable::setModifierStyle(KeyTable::ModifierStyle::words);
+        QCOMPARE(KeyTable::modifierStyle(), KeyTable::ModifierStyle::words);
+        QCOMPARE(KeyTable::displayString(124, 6400), QStringLiteral("Ctrl+Alt+Super+\u2192"));
+        QCOMPARE(KeyTable::displayString(116, CarbonModifier::control | CarbonModifier::shift),
+                 QStringLiteral("Ctrl+Shift+PgUp"));
+        QCOMPARE(KeyTable::displayString(53, CarbonModifier::option), QStringLiteral("Alt+Esc"));
+        QCOMPARE(KeyTable::displayString(36, CarbonModifier::command),
+                 QStringLiteral("Super+Enter"));
+        QCOMPARE(KeyTable::displayString(0, 0), QStringLiteral("A"));
+        // Every key has a name without a Mac glyph.
+        for (const KeyTable::Key& key : KeyTable::keys()) {
+            const QString text = KeyTable::displayString(key.keyCode, 0);
+            for (const QChar glyph : {QChar(0x21A9), QChar(0x21E5), QChar(0x232B), QChar(0x238B),
+                                      QChar(0x2196), QChar(0x2326), QChar(0x2198)}) {
+                QVERIFY2(!text.contains(glyph), qPrintable(text));
+            }
+        }
+    }
+
     void everyKeyComesBackFromItsQtKey() {
         // A recorded key press must store the very code that is shown and grabbed.
         std::set<std::pair<int, bool>> qtKeys;

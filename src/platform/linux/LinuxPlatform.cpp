@@ -71,6 +71,10 @@ std::unique_ptr<HotkeyService> createHotkeyService() {
     return std::make_unique<X11HotkeyService>();
 }
 
+bool writesModifiersAsWords() {
+    return true;
+}
+
 bool toolkitSwapsControlAndCommand() {
     return false;
 }

@@ -39,6 +39,10 @@ std::unique_ptr<HotkeyService> createHotkeyService() {
     return std::make_unique<CarbonHotkeyService>();
 }
 
+bool writesModifiersAsWords() {
+    return false;
+}
+
 bool toolkitSwapsControlAndCommand() {
     // Unless AA_MacDontSwapCtrlAndMeta is set, which this program never sets.
     return true;
