@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs what is missing, runs the source checks, builds with the address and undefined-
-# behaviour sanitizers, and runs every test (unit, gui and e2e).
+# behaviour sanitizers, and runs every test (unit, gui and e2e); on Linux it then builds the
+# .deb and checks it installs, runs and removes.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -19,3 +20,8 @@ labels=()
 # The e2e tests need an X server and Linux players.
 [ "$(uname -s)" = Darwin ] && labels=(-LE e2e)
 ctest --test-dir build-test --output-on-failure --parallel 2 "${labels[@]}"
+
+# Last, as it installs a package on this machine, and removes it.
+if [ "$(uname -s)" = Linux ]; then
+    bash tests/support/check-deb build-test/tests/fake_mpris_player
+fi

@@ -34,17 +34,14 @@ void HUDOverlayManager::start() {
     // Each value is taken as published and handled once the current event is done, as the
     // card is a consequence of the change rather than part of it.
     m_subscription = connect(&m_status, &MediaStatus::seekFeedbackChanged, this, [this] {
-        const std::optional<SeekFeedback> feedback = m_status.seekFeedback();
-        QMetaObject::invokeMethod(
-            this,
-            [this, feedback] {
-                if (feedback) {
-                    show(*feedback);
-                } else {
-                    hide();
-                }
-            },
-            Qt::QueuedConnection);
+        // Not an optional in the capture: GCC's optimiser then warns that it may be unset.
+        if (const std::optional<SeekFeedback> feedback = m_status.seekFeedback()) {
+            QMetaObject::invokeMethod(
+                this, [this, shown = *feedback] { show(shown); }, Qt::QueuedConnection);
+        } else {
+            QMetaObject::invokeMethod(
+                this, [this] { hide(); }, Qt::QueuedConnection);
+        }
     });
 }
 
