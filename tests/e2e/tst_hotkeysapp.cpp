@@ -6,6 +6,7 @@
 #include "platform/linux/MprisClient.h"
 #include "support/BrowserPage.h"
 #include "support/Desktop.h"
+#include "support/OtherXClient.h"
 #include "views/ActionEditor.h"
 #include "views/ActionRowContainer.h"
 #include "views/ActionRowHeader.h"
@@ -26,8 +27,6 @@
 
 #include <X11/keysym.h>
 #include <xcb/xcb.h>
-
-#include <cstdlib>
 
 namespace {
 
@@ -61,65 +60,13 @@ bool press(const QString& keys) {
     return runTool(QStringLiteral("xdotool"), {QStringLiteral("key"), keys});
 }
 
-// An X client of the test's own, standing for another program: it can try a combination, and
-// hold one for as long as it lives.
-class OtherClient {
+// Another program on the display, with grabs of its own, for the combinations the program uses.
+class OtherClient : public OtherXClient {
 public:
-    OtherClient()
-        : m_connection(xcb_connect(nullptr, nullptr)) {
-        const xcb_setup_t* setup = xcb_get_setup(m_connection);
-        m_root = xcb_setup_roots_iterator(setup).data->root;
-    }
-    ~OtherClient() { xcb_disconnect(m_connection); }
-    OtherClient(const OtherClient&) = delete;
-    OtherClient& operator=(const OtherClient&) = delete;
-
-    // The server's key that yields `symbol` now, under whatever layout is set.
-    xcb_keycode_t keyFor(xcb_keysym_t symbol) const {
-        const xcb_setup_t* setup = xcb_get_setup(m_connection);
-        const auto count = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
-        auto* mapping = xcb_get_keyboard_mapping_reply(
-            m_connection, xcb_get_keyboard_mapping(m_connection, setup->min_keycode, count),
-            nullptr);
-        const xcb_keysym_t* symbols = xcb_get_keyboard_mapping_keysyms(mapping);
-        xcb_keycode_t key = 0;
-        for (int i = 0; i < xcb_get_keyboard_mapping_keysyms_length(mapping) && key == 0; ++i) {
-            if (symbols[i] == symbol) {
-                key = static_cast<xcb_keycode_t>(setup->min_keycode +
-                                                 i / mapping->keysyms_per_keycode);
-            }
-        }
-        std::free(mapping);
-        return key;
-    }
-
-    // Grabs ctrl+alt+super and the key; false when somebody else holds it.
-    bool grab(xcb_keysym_t symbol) {
-        xcb_generic_error_t* error = xcb_request_check(
-            m_connection, xcb_grab_key_checked(m_connection, 0, m_root, hyperBits, keyFor(symbol),
-                                               XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
-        const bool granted = error == nullptr;
-        std::free(error);
-        return granted;
-    }
-
-    void release(xcb_keysym_t symbol) {
-        xcb_ungrab_key(m_connection, keyFor(symbol), m_root, hyperBits);
-        xcb_flush(m_connection);
-    }
-
-    // Whether the program holds ctrl+alt+super and the key: tried as a grab, let go at once.
-    bool heldByProgram(xcb_keysym_t symbol) {
-        if (!grab(symbol)) {
-            return true;
-        }
-        release(symbol);
-        return false;
-    }
-
-private:
-    xcb_connection_t* m_connection;
-    xcb_window_t m_root = XCB_WINDOW_NONE;
+    bool grab(xcb_keysym_t symbol) { return OtherXClient::grab(symbol, hyperBits); }
+    void release(xcb_keysym_t symbol) { OtherXClient::release(symbol, hyperBits); }
+    // Whether the program holds ctrl+alt+super and the key.
+    bool heldByProgram(xcb_keysym_t symbol) { return heldElsewhere(symbol, hyperBits); }
 };
 
 template <class Widget>

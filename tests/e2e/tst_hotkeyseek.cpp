@@ -2,6 +2,7 @@
 // server, the real program grabs them, and Chromium's video moves, read back over MPRIS.
 #include "platform/linux/MprisClient.h"
 #include "support/BrowserPage.h"
+#include "support/OtherXClient.h"
 
 #include <QDBusConnection>
 #include <QDBusMessage>
@@ -29,29 +30,8 @@ QDBusConnection bus() {
 // Whether some client other than this test holds ctrl+alt+super+Right on the root window:
 // tried as a grab of our own, which the server refuses while another holds it.
 bool forwardIsGrabbedElsewhere() {
-    xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
-    const xcb_setup_t* setup = xcb_get_setup(connection);
-    const xcb_window_t root = xcb_setup_roots_iterator(setup).data->root;
-    const auto count = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
-    auto* mapping = xcb_get_keyboard_mapping_reply(
-        connection, xcb_get_keyboard_mapping(connection, setup->min_keycode, count), nullptr);
-    const xcb_keysym_t* symbols = xcb_get_keyboard_mapping_keysyms(mapping);
-    xcb_keycode_t right = 0;
-    for (int i = 0; i < xcb_get_keyboard_mapping_keysyms_length(mapping) && right == 0; ++i) {
-        if (symbols[i] == XK_Right) {
-            right =
-                static_cast<xcb_keycode_t>(setup->min_keycode + i / mapping->keysyms_per_keycode);
-        }
-    }
-    std::free(mapping);
     // Any modifiers: whatever the program grabbed for Right, this overlaps it.
-    xcb_generic_error_t* error = xcb_request_check(
-        connection, xcb_grab_key_checked(connection, 0, root, XCB_MOD_MASK_ANY, right,
-                                         XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
-    const bool refused = error != nullptr;
-    std::free(error);
-    xcb_disconnect(connection);
-    return refused;
+    return OtherXClient().heldElsewhere(XK_Right, XCB_MOD_MASK_ANY);
 }
 
 void press(const QString& keys, int times = 1) {
