@@ -18,6 +18,9 @@ public:
     // VLC playing `file` once and pausing at its end, without sound or picture. VLC refuses to
     // run as root: there it runs as the user nobody, with a home of its own.
     static std::unique_ptr<PlayerProcess> vlc(const QString& file);
+    // Audacious, headless, playing `file` once and stopping at its end, with its MPRIS plugin and
+    // an output that needs no sound card (SDL's dummy driver, which plays in real time).
+    static std::unique_ptr<PlayerProcess> audacious(const QString& file);
     // The fake player with these arguments; `programName`, when given, is the name of the
     // program file it runs as (a copy made for the purpose).
     static std::unique_ptr<PlayerProcess> fake(const QStringList& arguments,
