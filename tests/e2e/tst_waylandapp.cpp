@@ -108,6 +108,10 @@ private slots:
     }
 
     void withoutAPortalItSaysSoOnceAndKeepsRunning() {
+        auto spotify = PlayerProcess::fake({QStringLiteral("--name"), QStringLiteral("spotify"),
+                                            QStringLiteral("--spotify"),
+                                            QStringLiteral("--position"), QStringLiteral("60")});
+        QVERIFY(spotify->waitForBusName(QStringLiteral("org.mpris.MediaPlayer2.spotify")));
         startApp();
         QTRY_COMPARE_WITH_TIMEOUT(logged("Global hotkeys are not available in this session"), 1,
                                   20000);
@@ -115,6 +119,19 @@ private slots:
         QCOMPARE(logged("Global hotkeys are not available in this session"), 1);
         QCOMPARE(logged("need an X11"), 0);
         QCOMPARE(m_app->state(), QProcess::Running);
+
+        // What the user binds in the desktop's own settings instead still seeks, through the
+        // running program.
+        QProcess command;
+        command.setProcessEnvironment(m_app->processEnvironment());
+        command.start(binary, {QStringLiteral("seek"), QStringLiteral("+10")});
+        QVERIFY(command.waitForFinished(20000));
+        QCOMPARE(command.exitCode(), 0);
+        QCOMPARE(command.readAllStandardOutput().trimmed(), QByteArray("Spotify: +10s"));
+        QTRY_COMPARE_WITH_TIMEOUT(logged("com.scrubline.app.seek: Seek 10.0s"), 1, 10000);
+        QCOMPARE(
+            spotify->calls().filter(QRegularExpression(QStringLiteral("^(SetPosition|Seek) "))),
+            QStringList{QStringLiteral("Seek 10000000")});
     }
 };
 
