@@ -1,7 +1,6 @@
 #include "FakePortal.h"
 
 #include <QDBusMessage>
-#include <QDBusMetaType>
 #include <QDBusObjectPath>
 #include <QDBusVariant>
 #include <QDateTime>
@@ -24,8 +23,7 @@ QString senderElement(const QString& sender) {
 FakePortal::FakePortal()
     : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus,
                                           QStringLiteral("fake-portal"))) {
-    qDBusRegisterMetaType<PortalShortcut>();
-    qDBusRegisterMetaType<PortalShortcuts>();
+    registerPortalShortcutTypes();
     m_bus.registerVirtualObject(rootPath, this, QDBusConnection::SubPath);
 }
 

@@ -260,7 +260,7 @@ private slots:
                  (QList<Registration>{{116, mask, signature, 1}, {123, mask, signature, 2}}));
         QCOMPARE(m_hotkeys->liveIds(), QList<std::uint32_t>{1});
         QCOMPARE(m_delegate->registeredHotkeyCount(), 1);
-        // Suspending twice, or lifting what is not suspended, changes nothing.
+        // Lifting a suspension that is already lifted changes nothing.
         m_delegate->setHotkeysSuspended(false);
         QCOMPARE(m_hotkeys->liveIds(), QList<std::uint32_t>{1});
     }

@@ -292,13 +292,7 @@ void PortalHotkeyService::bind() {
     QDBusMessage call = portalCall(shortcutsInterface, QStringLiteral("CreateSession"));
     call << QVariantMap{{QStringLiteral("handle_token"), token},
                         {QStringLiteral("session_handle_token"), sessionToken}};
-    whenAnswered(m_bus, call, this, [this](const QDBusMessage& reply) {
-        if (reply.type() != QDBusMessage::ReplyMessage) {
-            qCWarning(Log::general(), "The desktop portal refused a global shortcuts session: %s",
-                      qPrintable(reply.errorMessage()));
-            m_pending = Pending::none;
-        }
-    });
+    sendRequest(call, "The desktop portal refused a global shortcuts session");
 }
 
 void PortalHotkeyService::bindShortcuts() {
@@ -319,10 +313,14 @@ void PortalHotkeyService::bindShortcuts() {
     QDBusMessage call = portalCall(shortcutsInterface, QStringLiteral("BindShortcuts"));
     call << QVariant::fromValue(QDBusObjectPath(m_session)) << QVariant::fromValue(shortcuts)
          << QString() << QVariantMap{{QStringLiteral("handle_token"), token}};
-    whenAnswered(m_bus, call, this, [this](const QDBusMessage& reply) {
+    sendRequest(call, "The desktop portal did not bind the global shortcuts");
+}
+
+void PortalHotkeyService::sendRequest(const QDBusMessage& call, const char* refusal) {
+    // The answer comes as the request's Response; a call refused outright ends the request here.
+    whenAnswered(m_bus, call, this, [this, refusal](const QDBusMessage& reply) {
         if (reply.type() != QDBusMessage::ReplyMessage) {
-            qCWarning(Log::general(), "The desktop portal did not bind the global shortcuts: %s",
-                      qPrintable(reply.errorMessage()));
+            qCWarning(Log::general(), "%s: %s", refusal, qPrintable(reply.errorMessage()));
             m_pending = Pending::none;
         }
     });

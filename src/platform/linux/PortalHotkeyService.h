@@ -79,6 +79,8 @@ private:
     void bind();
     void bindShortcuts();
     void closeSession();
+    // Sends a call whose answer comes as its Response, saying `refusal` if the portal refuses.
+    void sendRequest(const QDBusMessage& call, const char* refusal);
     // The request object a call with this token answers through, subscribed before the call.
     QString expectResponse(const QString& token, Pending pending);
     QString nextToken();
