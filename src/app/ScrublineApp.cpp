@@ -26,7 +26,15 @@
 #include "views/Symbols.h"
 
 #include <QApplication>
-#include <QSystemTrayIcon>
+
+namespace {
+
+void sayThereIsNoTray() {
+    // The icon is made once one appears.
+    qCWarning(Log::general(), "No system tray is running; the icon appears when one starts");
+}
+
+} // namespace
 
 ScrublineApp::ScrublineApp(QObject* parent)
     : QObject(parent) {
@@ -59,12 +67,24 @@ ScrublineApp::ScrublineApp(QObject* parent)
     m_settingsWindow = std::make_unique<SettingsWindowController>(
         [this] { return makeSettingsView(); }, *m_desktop);
     m_overlay = std::make_unique<HUDOverlayManager>(*m_mediaStatus, *m_settings, m_desktop.get());
-    if (!QSystemTrayIcon::isSystemTrayAvailable()) {
-        // The toolkit adds the icon by itself once a tray appears.
-        qCWarning(Log::general(), "No system tray is running; the icon appears when one starts");
+    // Asked of the desktop, never of the toolkit, whose first answer would stick (see
+    // MenuBarExtra).
+    m_tray = Platform::createTrayAvailability();
+    if (m_tray->state() == TrayAvailability::State::absent) {
+        sayThereIsNoTray();
+    } else if (m_tray->state() == TrayAvailability::State::unknown) {
+        // Only the first answer tells about the start.
+        connect(
+            m_tray.get(), &TrayAvailability::stateChanged, this,
+            [](TrayAvailability::State state) {
+                if (state == TrayAvailability::State::absent) {
+                    sayThereIsNoTray();
+                }
+            },
+            Qt::SingleShotConnection);
     }
-    m_menuBarExtra = std::make_unique<MenuBarExtra>(*m_mediaStatus, *m_settings,
-                                                    m_desktop->defaultHotkeysHint());
+    m_menuBarExtra =
+        std::make_unique<MenuBarExtra>(*m_mediaStatus, *m_settings, *m_tray, *m_desktop);
     connect(m_menuBarExtra.get(), &MenuBarExtra::seekRequested, m_mediaController.get(),
             &MediaController::enqueueSeek);
     connect(m_menuBarExtra.get(), &MenuBarExtra::settingsRequested, m_settingsWindow.get(),
@@ -91,7 +111,7 @@ ScrublineApp::ScrublineApp(QObject* parent)
 
 void ScrublineApp::reopen() {
     m_settings->defaults().setBool(AppSettings::Keys::showMenuBarIcon, true);
-    if (!QSystemTrayIcon::isSystemTrayAvailable()) {
+    if (!m_tray->isAvailable()) {
         showSettings();
         return;
     }

@@ -16,6 +16,7 @@ class MenuBarExtra;
 class PlayerControl;
 class SettingsView;
 class SettingsWindowController;
+class TrayAvailability;
 
 // The running program and the one place that builds it: every long-lived object is made here,
 // in the order written in the constructor, and handed what it uses. Nothing below asks the
@@ -48,6 +49,7 @@ private:
     std::unique_ptr<MediaController> m_mediaController;
     std::unique_ptr<HUDOverlayManager> m_overlay;
     std::unique_ptr<SettingsWindowController> m_settingsWindow;
+    std::unique_ptr<TrayAvailability> m_tray;
     std::unique_ptr<MenuBarExtra> m_menuBarExtra;
     std::unique_ptr<AppDelegate> m_appDelegate;
 };

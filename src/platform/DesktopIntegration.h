@@ -38,4 +38,9 @@ public:
     // Keeps the window with this native handle above other programs' windows, or lets it stack
     // as usual again, where the desktop leaves that to the program.
     virtual void setFloating(std::uintptr_t nativeWindow, bool floating) = 0;
+    // Whether the program places its own windows and may open a pop-up that hangs from none of
+    // them, as X11 and macOS let it. Under Wayland the compositor places every window, and a
+    // pop-up hangs from the window of the program that last took input, with a grab that the
+    // compositor refuses for a click it did not see there (a click on a tray item).
+    virtual bool placesOwnWindows() const = 0;
 };

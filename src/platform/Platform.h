@@ -8,6 +8,7 @@
 #include "ScriptEngine.h"
 #include "SingleInstance.h"
 #include "SymbolImages.h"
+#include "TrayAvailability.h"
 #include "models/PermissionItem.h"
 
 #include <QList>
@@ -69,5 +70,8 @@ std::unique_ptr<DesktopIntegration> createDesktopIntegration();
 
 // The way to the program's running copy in this session, and to becoming it.
 std::unique_ptr<SingleInstance> createSingleInstance();
+
+// Whether a tray for the program's icon runs, followed live. Needs the application object.
+std::unique_ptr<TrayAvailability> createTrayAvailability();
 
 } // namespace Platform

@@ -4,18 +4,23 @@
 #include "MenuBarWindow.h"
 #include "Style.h"
 #include "Symbols.h"
+#include "platform/DesktopIntegration.h"
+#include "platform/TrayAvailability.h"
 #include "settings/AppSettings.h"
 
 #include <QApplication>
 #include <QCursor>
 
-MenuBarExtra::MenuBarExtra(MediaStatus& status, AppSettings& settings, const QString& hotkeysHint,
-                           QObject* parent)
+MenuBarExtra::MenuBarExtra(MediaStatus& status, AppSettings& settings, TrayAvailability& tray,
+                           const DesktopIntegration& desktop, QObject* parent)
     : QObject(parent)
-    , m_settings(settings) {
-    auto* view = new MenuBarView(status, settings, hotkeysHint);
+    , m_settings(settings)
+    , m_tray(tray) {
+    auto* view = new MenuBarView(status, settings, desktop.defaultHotkeysHint());
     connect(view, &MenuBarView::seekRequested, this, &MenuBarExtra::seekRequested);
-    m_window = std::make_unique<MenuBarWindow>(view);
+    m_window = std::make_unique<MenuBarWindow>(view, desktop.placesOwnWindows()
+                                                         ? MenuBarWindow::Kind::popup
+                                                         : MenuBarWindow::Kind::window);
     connect(view, &MenuBarView::settingsRequested, this, [this] {
         m_window->close();
         emit settingsRequested();
@@ -23,21 +28,12 @@ MenuBarExtra::MenuBarExtra(MediaStatus& status, AppSettings& settings, const QSt
     connect(view, &MenuBarView::quitRequested, qApp, &QCoreApplication::quit, Qt::QueuedConnection);
 
     m_contextMenu.addAction(QStringLiteral("Quit"), qApp, &QCoreApplication::quit);
-    m_trayIcon.setIcon(
-        Symbols::icon(QStringLiteral("goforward.10"), Style::primary(QApplication::palette())));
-    m_trayIcon.setToolTip(QStringLiteral("Scrubline"));
-    m_trayIcon.setContextMenu(&m_contextMenu);
-    connect(&m_trayIcon, &QSystemTrayIcon::activated, this,
-            [this](QSystemTrayIcon::ActivationReason reason) {
-                if (reason == QSystemTrayIcon::Trigger) {
-                    togglePanel();
-                }
-            });
     connect(&m_settings.defaults(), &UserDefaults::written, this, [this](const QString& key) {
         if (key == AppSettings::Keys::showMenuBarIcon) {
             followIconSetting();
         }
     });
+    connect(&m_tray, &TrayAvailability::stateChanged, this, &MenuBarExtra::followIconSetting);
     followIconSetting();
 }
 
@@ -55,16 +51,42 @@ void MenuBarExtra::togglePanel() {
     if (m_window->sinceClosed().isValid() && !m_window->sinceClosed().hasExpired(reopenGuardMs)) {
         return;
     }
-    // Without a tray the icon's last place is stale.
-    const QRect icon = QSystemTrayIcon::isSystemTrayAvailable() ? m_trayIcon.geometry() : QRect();
+    // Without a tray the icon's last place is stale. A StatusNotifierItem host does not say
+    // where the icon is, and the toolkit does not pass on where the click was.
+    const QRect icon = m_trayIcon && m_tray.isAvailable() ? m_trayIcon->geometry() : QRect();
     m_window->openAt(icon.isValid() && !icon.isEmpty() ? icon : QRect(QCursor::pos(), QSize(1, 1)));
 }
 
 void MenuBarExtra::followIconSetting() {
     const bool show =
         m_settings.defaults().boolValue(AppSettings::Keys::showMenuBarIcon).value_or(true);
-    m_trayIcon.setVisible(show);
+    if (show && !m_trayIcon && m_tray.isAvailable()) {
+        makeTrayIcon();
+    }
+    // Once made, the icon stays: the toolkit docks it again by itself when a tray restarts, and
+    // tells a StatusNotifierItem watcher that restarts about it.
+    if (m_trayIcon) {
+        m_trayIcon->setVisible(show);
+    }
     if (!show) {
         m_window->close();
     }
+}
+
+void MenuBarExtra::makeTrayIcon() {
+    // Where the toolkit chose an XEmbed tray (the only one there was) and a StatusNotifierItem
+    // host starts later, the icon stays in the XEmbed tray and no second one is made: the
+    // toolkit cannot move it, and desktops that run both kinds (Xfce, Plasma's bridge of
+    // XEmbed icons) would otherwise show it twice.
+    m_trayIcon = std::make_unique<QSystemTrayIcon>();
+    m_trayIcon->setIcon(
+        Symbols::icon(QStringLiteral("goforward.10"), Style::primary(QApplication::palette())));
+    m_trayIcon->setToolTip(QStringLiteral("Scrubline"));
+    m_trayIcon->setContextMenu(&m_contextMenu);
+    connect(m_trayIcon.get(), &QSystemTrayIcon::activated, this,
+            [this](QSystemTrayIcon::ActivationReason reason) {
+                if (reason == QSystemTrayIcon::Trigger) {
+                    togglePanel();
+                }
+            });
 }

@@ -8,9 +8,13 @@
 #include <QPainter>
 #include <QScreen>
 #include <QVBoxLayout>
+#include <QWindow>
 
-MenuBarWindow::MenuBarWindow(MenuBarView* view, QWidget* parent)
-    : QWidget(parent, Qt::Popup | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint)
+#include <utility>
+
+MenuBarWindow::MenuBarWindow(MenuBarView* view, Kind kind, QWidget* parent)
+    : QWidget(parent, (kind == Kind::popup ? Qt::Popup : Qt::Tool) | Qt::FramelessWindowHint |
+                          Qt::NoDropShadowWindowHint)
     , m_view(view) {
     setObjectName(QStringLiteral("menuBarWindow"));
     setWindowTitle(QStringLiteral("Scrubline"));
@@ -22,6 +26,19 @@ MenuBarWindow::MenuBarWindow(MenuBarView* view, QWidget* parent)
             fitContent();
         }
     });
+    connect(qGuiApp, &QGuiApplication::focusWindowChanged, this, &MenuBarWindow::followFocus);
+}
+
+void MenuBarWindow::followFocus(QWindow* focus) {
+    if (focus != nullptr && focus == windowHandle()) {
+        m_hadFocus = true;
+        return;
+    }
+    // The focus went to another program (a click elsewhere) or to another window of this one.
+    // The toolkit closes a pop-up by itself then; a window of its own (Wayland) would stay.
+    if (std::exchange(m_hadFocus, false) && isVisible()) {
+        close();
+    }
 }
 
 void MenuBarWindow::fitContent() {
@@ -84,6 +101,7 @@ void MenuBarWindow::keyPressEvent(QKeyEvent* event) {
 
 void MenuBarWindow::hideEvent(QHideEvent* event) {
     QWidget::hideEvent(event);
+    m_hadFocus = false;
     m_sinceClosed.start();
 }
 

@@ -3,18 +3,24 @@
 #include <QElapsedTimer>
 #include <QWidget>
 
+class QWindow;
+
 class MenuBarView;
 
 // The frameless pop-up that holds the panel's content. Opens next to the tray icon (or the
-// pointer), always wholly on screen, and closes when it loses focus or on Escape.
+// pointer), always wholly on screen, and closes when it loses focus or on Escape. Where the
+// desktop places the program's windows (Wayland), it is a window of its own instead, which
+// opens where the compositor puts it.
 class MenuBarWindow : public QWidget {
     Q_OBJECT
 
 public:
     static constexpr int gap = 4;
 
+    enum class Kind { popup, window };
+
     // Takes ownership of `view`.
-    explicit MenuBarWindow(MenuBarView* view, QWidget* parent = nullptr);
+    explicit MenuBarWindow(MenuBarView* view, Kind kind = Kind::popup, QWidget* parent = nullptr);
 
     MenuBarView* view() const { return m_view; }
 
@@ -36,6 +42,10 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    void followFocus(QWindow* focus);
+
     MenuBarView* m_view;
     QElapsedTimer m_sinceClosed;
+    // Whether the keyboard focus came to this window since it opened.
+    bool m_hadFocus = false;
 };

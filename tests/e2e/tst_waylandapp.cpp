@@ -1,9 +1,11 @@
 // The real program on a real Wayland compositor (weston, headless), with no X server in reach:
 // it starts, says which way its hotkeys come, and a shortcut the desktop portal activates
 // moves a player on the private bus; without a portal it says once that there are no global
-// hotkeys and keeps running.
+// hotkeys and keeps running. A StatusNotifierItem panel, the only tray there is under
+// Wayland, that starts after it gets its item, and the item's menu quits it.
 #include "support/FakePortal.h"
 #include "support/PlayerProcess.h"
+#include "support/StatusNotifierPanel.h"
 
 #include <QDBusConnection>
 #include <QDir>
@@ -69,11 +71,11 @@ private slots:
     }
 
     void cleanup() {
-        if (m_app) {
+        if (m_app && m_app->state() != QProcess::NotRunning) {
             m_app->terminate();
             QVERIFY(m_app->waitForFinished(10000));
-            m_app.reset();
         }
+        m_app.reset();
         m_portal.reset();
     }
 
@@ -132,6 +134,27 @@ private slots:
         QCOMPARE(
             spotify->calls().filter(QRegularExpression(QStringLiteral("^(SetPosition|Seek) "))),
             QStringList{QStringLiteral("Seek 10000000")});
+    }
+
+    void aLatePanelGetsTheItemAndItsMenuQuits() {
+        startApp();
+        QTRY_COMPARE_WITH_TIMEOUT(logged("No system tray is running"), 1, 20000);
+        StatusNotifierPanel panel;
+        QVERIFY(panel.start());
+        QTRY_COMPARE_WITH_TIMEOUT(panel.watcher.items().size(), 1, 20000);
+        const FakeStatusNotifierWatcher::Item item = panel.watcher.items().first();
+        const auto properties = panel.host.properties(item);
+        QCOMPARE(properties.value("Id"), QStringLiteral("Scrubline"));
+        QCOMPARE(properties.value("Title"), QStringLiteral("Scrubline"));
+        QCOMPARE(properties.value("Status"), QStringLiteral("Active"));
+        QVERIFY(!properties.icons.isEmpty());
+        QVERIFY(panel.host.activate(item, 0, 0));
+
+        QCOMPARE(panel.host.menuLabels(item), QStringList{QStringLiteral("Quit")});
+        QVERIFY(panel.host.clickMenuEntry(item, QStringLiteral("Quit")));
+        QVERIFY(m_app->waitForFinished(10000));
+        QCOMPARE(m_app->exitStatus(), QProcess::NormalExit);
+        QCOMPARE(m_app->exitCode(), 0);
     }
 };
 

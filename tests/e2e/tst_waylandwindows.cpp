@@ -1,18 +1,23 @@
 // The program's windows on a real Wayland compositor (weston, headless; see with-wayland): the
 // whole program is built here as it starts, as a Wayland client with no X server in reach. The
 // overlay shows after a seek without taking the focus, the settings window opens and works,
-// and the Permissions tab names the desktop portal as the way hotkeys come.
+// the Permissions tab names the desktop portal as the way hotkeys come, and a
+// StatusNotifierItem panel that starts later gets the item, whose click opens the panel.
 #include "app/ScrublineApp.h"
 #include "support/FakePortal.h"
+#include "support/FakeStatusNotifierHost.h"
 #include "support/LogCapture.h"
 #include "support/PlayerProcess.h"
 #include "views/HUDPanel.h"
 #include "views/HotkeysSettingsTab.h"
+#include "views/MenuBarExtra.h"
+#include "views/MenuBarWindow.h"
 #include "views/PermissionsSettingsTab.h"
 #include "views/SettingsView.h"
 
 #include <QApplication>
 #include <QLabel>
+#include <QProcess>
 #include <QSettings>
 #include <QTabBar>
 #include <QWindow>
@@ -139,6 +144,50 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT((view = findVisible<SettingsView>()) != nullptr, 10000);
         QTRY_VERIFY_WITH_TIMEOUT(exposed(view), 10000);
         view->window()->close();
+        QTRY_VERIFY_WITH_TIMEOUT(findVisible<SettingsView>() == nullptr, 10000);
+    }
+
+    // A panel that starts after the program gets its item. Wayland lets no program place its
+    // windows, and a click on the item is no input the program saw, so the panel shows as a
+    // window of its own wherever the compositor puts it; Escape closes it.
+    void aLatePanelGetsTheItemAndItsClickOpensThePanel() {
+        // The toolkit asks the watcher with a call that does not run this thread's event loop:
+        // the watcher runs in a process of its own.
+        QProcess watcher;
+        watcher.start(QStringLiteral(SCRUBLINE_FAKE_WATCHER), {});
+        QVERIFY(watcher.waitForReadyRead(10000));
+        QCOMPARE(watcher.readLine().trimmed(), QByteArray("ready"));
+        FakeStatusNotifierHost host;
+        QVERIFY(host.registerWithWatcher());
+        QList<FakeStatusNotifierHost::Item> items;
+        QTRY_COMPARE_WITH_TIMEOUT((items = host.registeredItems()).size(), 1, 10000);
+        const auto properties = host.properties(items.first());
+        QCOMPARE(properties.value("Id"), QStringLiteral("Scrubline"));
+        QCOMPARE(properties.value("Status"), QStringLiteral("Active"));
+        QVERIFY(!properties.icons.isEmpty());
+
+        QVERIFY(host.activate(items.first(), 0, 0));
+        MenuBarWindow* panel = nullptr;
+        QTRY_VERIFY_WITH_TIMEOUT((panel = findVisible<MenuBarWindow>()) != nullptr, 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(exposed(panel), 10000);
+        QVERIFY(panel->width() >= 200 && panel->width() <= 282);
+        // Not a pop-up, which would hang from whichever window of the program took input last.
+        QCOMPARE(panel->windowType(), Qt::Tool);
+        QTest::keyClick(panel, Qt::Key_Escape);
+        QTRY_VERIFY_WITH_TIMEOUT(findVisible<MenuBarWindow>() == nullptr, 10000);
+
+        // Asking for the program again opens the panel now that a tray shows the icon.
+        QTest::qWait(MenuBarExtra::reopenGuardMs + 50);
+        m_app->reopen();
+        QTRY_VERIFY_WITH_TIMEOUT((panel = findVisible<MenuBarWindow>()) != nullptr, 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(exposed(panel), 10000);
+        // A compositor without a keyboard, as here, gives the panel no focus to lose: a second
+        // click on the item closes it.
+        QVERIFY(host.activate(items.first(), 0, 0));
+        QTRY_VERIFY_WITH_TIMEOUT(findVisible<MenuBarWindow>() == nullptr, 10000);
+
+        watcher.terminate();
+        QVERIFY(watcher.waitForFinished(10000));
     }
 };
 

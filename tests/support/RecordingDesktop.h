@@ -30,6 +30,7 @@ public:
     void setFloating(std::uintptr_t /*nativeWindow*/, bool floating) override {
         m_calls << (floating ? QStringLiteral("float") : QStringLiteral("unfloat"));
     }
+    bool placesOwnWindows() const override { return true; }
 
     const QStringList& calls() const { return m_calls; }
     void clear() { m_calls.clear(); }

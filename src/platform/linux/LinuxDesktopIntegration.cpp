@@ -2,6 +2,7 @@
 
 #include "utilities/Logger.h"
 
+#include <QGuiApplication>
 #include <QProcess>
 #include <QStandardPaths>
 #include <QSysInfo>
@@ -107,6 +108,10 @@ void LinuxDesktopIntegration::showOnEveryDesktop(std::uintptr_t /*nativeWindow*/
 
 void LinuxDesktopIntegration::setRegularActivation(bool /*regular*/) {
     // Every window here is a regular one; a program without windows simply shows none.
+}
+
+bool LinuxDesktopIntegration::placesOwnWindows() const {
+    return QGuiApplication::platformName() != QStringLiteral("wayland");
 }
 
 void LinuxDesktopIntegration::setFloating(std::uintptr_t /*nativeWindow*/, bool /*floating*/) {

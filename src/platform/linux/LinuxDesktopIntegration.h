@@ -12,4 +12,5 @@ public:
     void showOnEveryDesktop(std::uintptr_t nativeWindow) override;
     void setRegularActivation(bool regular) override;
     void setFloating(std::uintptr_t nativeWindow, bool floating) override;
+    bool placesOwnWindows() const override;
 };

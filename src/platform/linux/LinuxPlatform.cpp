@@ -1,5 +1,6 @@
 #include "BusSingleInstance.h"
 #include "LinuxDesktopIntegration.h"
+#include "LinuxTrayAvailability.h"
 #include "MprisPlayerControl.h"
 #include "MprisPlayerRegistry.h"
 #include "MprisRunningApps.h"
@@ -122,6 +123,11 @@ std::unique_ptr<DesktopIntegration> createDesktopIntegration() {
 
 std::unique_ptr<SingleInstance> createSingleInstance() {
     return std::make_unique<BusSingleInstance>();
+}
+
+std::unique_ptr<TrayAvailability> createTrayAvailability() {
+    return std::make_unique<LinuxTrayAvailability>(
+        QDBusConnection::sessionBus(), QGuiApplication::platformName() == QStringLiteral("xcb"));
 }
 
 } // namespace Platform

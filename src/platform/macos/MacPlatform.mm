@@ -3,6 +3,7 @@
 #include "MacDesktopIntegration.h"
 #include "ReopenSingleInstance.h"
 #include "SMAppServiceLoginItem.h"
+#include "StatusBarAvailability.h"
 #include "SystemSymbolImages.h"
 #include "WorkspaceRunningApps.h"
 #include "scripting/ScriptedPlayerControl.h"
@@ -74,6 +75,10 @@ std::unique_ptr<DesktopIntegration> createDesktopIntegration() {
 
 std::unique_ptr<SingleInstance> createSingleInstance() {
     return std::make_unique<ReopenSingleInstance>();
+}
+
+std::unique_ptr<TrayAvailability> createTrayAvailability() {
+    return std::make_unique<StatusBarAvailability>();
 }
 
 } // namespace Platform

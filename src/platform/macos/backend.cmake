@@ -6,6 +6,7 @@ add_library(scrubline_platform STATIC
     macos/MacPlatform.mm
     macos/ReopenSingleInstance.cpp
     macos/SMAppServiceLoginItem.mm
+    macos/StatusBarAvailability.h
     macos/SystemSymbolImages.mm
     macos/WorkspaceRunningApps.mm)
 target_link_libraries(scrubline_platform PUBLIC Qt6::Core
