@@ -1,0 +1,119 @@
+#include "CommandLine.h"
+
+#include <charconv>
+#include <cmath>
+#include <optional>
+#include <string_view>
+
+namespace {
+
+CommandLine invalid(std::string problem) {
+    return {.command = CommandLine::Command::invalid, .seconds = 0, .problem = std::move(problem)};
+}
+
+std::string quoted(std::string_view text) {
+    return "\"" + std::string(text) + "\"";
+}
+
+bool isSpace(char c) {
+    return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r';
+}
+
+// A decimal number the way a person writes one in any locale's terminal: "+10", "-5.5", "1e1",
+// spaces around it allowed, no hexadecimal and no thousands separator.
+std::optional<double> decimal(std::string_view text) {
+    while (!text.empty() && isSpace(text.front())) {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && isSpace(text.back())) {
+        text.remove_suffix(1);
+    }
+    if (text.size() > 1 && text.front() == '+' && text[1] != '-' && text[1] != '+') {
+        text.remove_prefix(1);
+    }
+    double value = 0;
+    const char* end = text.data() + text.size();
+    const auto [stop, error] = std::from_chars(text.data(), end, value, std::chars_format::general);
+    if (text.empty() || error != std::errc() || stop != end) {
+        return std::nullopt;
+    }
+    return value;
+}
+
+} // namespace
+
+CommandLine CommandLine::parse(const std::vector<std::string>& given) {
+    std::vector<std::string> arguments = given;
+    // Older macOS Finders add a process serial number to a launch.
+    std::erase_if(arguments,
+                  [](const std::string& argument) { return argument.starts_with("-psn_"); });
+    if (arguments.empty()) {
+        return {};
+    }
+    const std::string& name = arguments.front();
+    const std::size_t extra = arguments.size() - 1;
+    const auto alone = [&](Command command) {
+        if (extra > 0) {
+            return invalid(quoted(name) + " takes no arguments");
+        }
+        return CommandLine{.command = command, .seconds = 0, .problem = {}};
+    };
+    if (name == "--help" || name == "-h") {
+        return alone(Command::help);
+    }
+    if (name == "--version") {
+        return alone(Command::version);
+    }
+    if (name == "play-pause") {
+        return alone(Command::playPause);
+    }
+    if (name == "settings") {
+        return alone(Command::settings);
+    }
+    if (name == "quit") {
+        return alone(Command::quit);
+    }
+    if (name == "seek") {
+        if (extra != 1) {
+            return invalid("\"seek\" takes one number of seconds, such as +10 or -5.5");
+        }
+        const std::optional<double> seconds = decimal(arguments[1]);
+        if (!seconds || !std::isfinite(*seconds) || *seconds == 0) {
+            return invalid(quoted(arguments[1]) +
+                           " is not a number of seconds other than 0, such as +10 or -5.5");
+        }
+        return {.command = Command::seek, .seconds = *seconds, .problem = {}};
+    }
+    return invalid("unknown command " + quoted(name) + " (try --help)");
+}
+
+CommandLine CommandLine::parse(int argc, char* argv[]) {
+    std::vector<std::string> arguments;
+    for (int i = 1; i < argc; ++i) {
+        arguments.emplace_back(argv[i]);
+    }
+    return parse(arguments);
+}
+
+std::string CommandLine::helpText() {
+    return "Usage: scrubline [command]\n"
+           "\n"
+           "Without a command, starts Scrubline in the tray, or brings the running one's icon "
+           "back.\n"
+           "\n"
+           "Commands:\n"
+           "  seek SECONDS   seek what is playing by SECONDS (+10 forward, -5.5 back)\n"
+           "  play-pause     play or pause what is playing\n"
+           "  settings       open the settings window\n"
+           "  quit           quit the running Scrubline\n"
+           "  --version      print the version\n"
+           "  --help         print this text\n"
+           "\n"
+           "seek and play-pause go through the running Scrubline, with its feedback; without one\n"
+           "they do the work themselves. They print what happened and exit with 0 when a player\n"
+           "was acted on, 1 when nothing was playing or the player refused, 2 on a usage error.\n";
+}
+
+std::string CommandLine::versionLine() {
+    return "Scrubline " SCRUBLINE_VERSION;
+}
