@@ -350,6 +350,21 @@ private slots:
         QVERIFY(!instanceRuns());
     }
 
+    // Any player of this platform, not only those of the reference list: here an "other player".
+    void aSeekWithoutARunningCopyReachesEveryKindOfPlayer() {
+        QVERIFY(!instanceRuns());
+        const auto player =
+            PlayerProcess::fake({QStringLiteral("--name"), QStringLiteral("vlc"),
+                                 QStringLiteral("--position"), QStringLiteral("20")});
+        QVERIFY(player->waitForBusName(QStringLiteral("org.mpris.MediaPlayer2.vlc")));
+        const Run run = command({QStringLiteral("seek"), QStringLiteral("+10")});
+        QCOMPARE(run.exitCode, 0);
+        QVERIFY2(run.out.endsWith(QStringLiteral(": +10s\n")), qPrintable(run.out));
+        QCOMPARE(player->calls().filter(QRegularExpression(QStringLiteral("^(SetPosition|Seek) "))),
+                 QStringList{QStringLiteral("Seek 10000000")});
+        QVERIFY(!instanceRuns());
+    }
+
     void playPauseTogglesThroughEitherWay() {
         const auto player = startSpotify();
         QVERIFY(player);
