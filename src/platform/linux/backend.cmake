@@ -22,6 +22,8 @@ target_compile_definitions(scrubline_platform_plain PRIVATE
     SCRUBLINE_COMMAND_FROM_PROGRAM="${scrubline_command_from_program}"
     SCRUBLINE_BUILT_COMMAND="$<TARGET_FILE:scrubline_cli>"
     SCRUBLINE_BUILT_PROGRAM="$<TARGET_FILE:scrubline>")
+# Plain C++: nothing for Qt's code generators to look at.
+set_target_properties(scrubline_platform_plain PROPERTIES AUTOMOC OFF AUTOUIC OFF AUTORCC OFF)
 scrubline_strict(scrubline_platform_plain)
 add_subdirectory(linux/cli)
 
