@@ -7,14 +7,13 @@
 //
 // Run with bench/run.sh command, which gives it an X server and a private session bus.
 #include "Figures.h"
-#include "platform/linux/MprisClient.h"
+#include "PlayerBench.h"
 #include "support/PlayerProcess.h"
 
 #include <QCoreApplication>
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QProcess>
 #include <QTest>
 
@@ -117,24 +116,6 @@ bool instanceRuns() {
     return bus().interface()->isServiceRegistered(instanceName).value();
 }
 
-// Back to the middle of the track, where steps of 10 s either way stay clear of both ends.
-void recentre() {
-    const auto state = MprisClient::readState(bus(), mpvName, 3000);
-    if (!state || !state->positionUs || !state->lengthUs) {
-        std::fprintf(stderr, "bench: cannot read mpv\n");
-        return;
-    }
-    const double middle = static_cast<double>(*state->lengthUs) / 2e6;
-    MprisClient::seekFrom(bus(), mpvName, *state,
-                          middle - static_cast<double>(*state->positionUs) / 1e6, 3000);
-    QTest::qWait(300);
-}
-
-QByteArray loadAverage() {
-    QFile file(QStringLiteral("/proc/loadavg"));
-    return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed() : QByteArray("?");
-}
-
 void print(const char* what, const Measured& measured) {
     std::printf("  %-44s median %7.3f ms  p10 %7.3f  p90 %7.3f  (%lld runs, %d not 0)\n", what,
                 measured.figures.median(), measured.figures.percentile(10),
@@ -147,7 +128,7 @@ void print(const char* what, const Measured& measured) {
 int main(int argc, char** argv) {
     QCoreApplication application(argc, argv);
     std::setvbuf(stdout, nullptr, _IOLBF, 0);
-    std::printf("load average at the start: %s\n", loadAverage().constData());
+    std::printf("load average at the start: %s\n", PlayerBench::loadAverage().constData());
     auto mpv = PlayerProcess::mpv(PlayerProcess::generatedAudio(600, true));
     if (!mpv->waitForBusName(mpvName)) {
         std::fprintf(stderr, "bench: mpv did not start\n");
@@ -171,11 +152,11 @@ int main(int argc, char** argv) {
             return 1;
         }
         QTest::qWait(1000);
-        recentre();
+        PlayerBench::recentre(mpvName);
         paced(throughCopy, runsPerRound, scrublineSeek);
-        recentre();
+        PlayerBench::recentre(mpvName);
         paced(programThroughCopy, runsPerRound, programSeek);
-        recentre();
+        PlayerBench::recentre(mpvName);
         paced(tool, runsPerRound, playerctlSeek);
         if (runWhole({command, QStringLiteral("quit")}) != 0 || !app.waitForFinished(10000)) {
             std::fprintf(stderr, "bench: the program did not quit\n");
@@ -185,9 +166,9 @@ int main(int argc, char** argv) {
             std::fprintf(stderr, "bench: the program kept its bus name\n");
             return 1;
         }
-        recentre();
+        PlayerBench::recentre(mpvName);
         paced(alone, runsPerRound, scrublineSeek);
-        recentre();
+        PlayerBench::recentre(mpvName);
         paced(programAlone, runsPerRound, programSeek);
         paced(commandVersion, runsPerRound, [](int) {
             return QStringList{command, QStringLiteral("--version")};
@@ -211,6 +192,6 @@ int main(int argc, char** argv) {
                 aloneRatio);
     std::printf("  target: through the running copy faster than playerctl: %s\n",
                 copyRatio > 1 ? "met" : "NOT met");
-    std::printf("load average at the end: %s\n", loadAverage().constData());
+    std::printf("load average at the end: %s\n", PlayerBench::loadAverage().constData());
     return 0;
 }
