@@ -1,7 +1,10 @@
 #include "CommandLine.h"
 
-#include <charconv>
+#include <cerrno>
+#include <clocale>
 #include <cmath>
+#include <cstdlib>
+#include <cstring>
 #include <optional>
 #include <string_view>
 
@@ -23,6 +26,46 @@ bool isSpace(char c) {
     return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r';
 }
 
+bool isDigit(char c) {
+    return c >= '0' && c <= '9';
+}
+
+// A plain decimal: a sign, digits with at most one point, an exponent. Checked here, as strtod
+// also takes hexadecimal, "inf" and "nan", and std::from_chars for doubles is missing from the
+// C++ library of Apple's toolchain.
+bool isPlainDecimal(std::string_view text) {
+    std::size_t i = 0;
+    const auto sign = [&] {
+        if (i < text.size() && (text[i] == '+' || text[i] == '-')) {
+            ++i;
+        }
+    };
+    const auto digits = [&] {
+        const std::size_t start = i;
+        while (i < text.size() && isDigit(text[i])) {
+            ++i;
+        }
+        return i - start;
+    };
+    sign();
+    std::size_t mantissa = digits();
+    if (i < text.size() && text[i] == '.') {
+        ++i;
+        mantissa += digits();
+    }
+    if (mantissa == 0) {
+        return false;
+    }
+    if (i < text.size() && (text[i] == 'e' || text[i] == 'E')) {
+        ++i;
+        sign();
+        if (digits() == 0) {
+            return false;
+        }
+    }
+    return i == text.size();
+}
+
 // A decimal number the way a person writes one in any locale's terminal: "+10", "-5.5", "1e1",
 // spaces around it allowed, no hexadecimal and no thousands separator.
 std::optional<double> decimal(std::string_view text) {
@@ -32,13 +75,21 @@ std::optional<double> decimal(std::string_view text) {
     while (!text.empty() && isSpace(text.back())) {
         text.remove_suffix(1);
     }
-    if (text.size() > 1 && text.front() == '+' && text[1] != '-' && text[1] != '+') {
-        text.remove_prefix(1);
+    if (!isPlainDecimal(text)) {
+        return std::nullopt;
     }
-    double value = 0;
-    const char* end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, value, std::chars_format::general);
-    if (text.empty() || error != std::errc() || stop != end) {
+    // strtod reads the point of the C library's locale, which a toolkit may have set.
+    std::string number(text);
+    if (const char* point = std::localeconv()->decimal_point;
+        point != nullptr && std::strcmp(point, ".") != 0) {
+        if (const std::size_t at = number.find('.'); at != std::string::npos) {
+            number.replace(at, 1, point);
+        }
+    }
+    errno = 0;
+    char* end = nullptr;
+    const double value = std::strtod(number.c_str(), &end);
+    if (end != number.c_str() + number.size() || errno == ERANGE) {
         return std::nullopt;
     }
     return value;
