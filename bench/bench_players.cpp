@@ -5,7 +5,7 @@
 //
 // Run with bench/run.sh players, which gives it an X server and a private session bus.
 #include "Figures.h"
-#include "platform/linux/MprisClient.h"
+#include "PlayerBench.h"
 #include "platform/linux/MprisPlayerControl.h"
 #include "platform/linux/MprisPlayerRegistry.h"
 #include "support/BrowserPage.h"
@@ -15,7 +15,6 @@
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
 #include <QElapsedTimer>
-#include <QFile>
 #include <QLoggingCategory>
 #include <QMap>
 #include <QProcess>
@@ -114,24 +113,6 @@ Figures playerctl(const QString& service, int count) {
     });
 }
 
-// Back to the middle of the track, where steps of 10 s either way stay clear of both ends.
-void recentre(const QString& service) {
-    const auto state = MprisClient::readState(bus(), service, 3000);
-    if (!state || !state->positionUs || !state->lengthUs) {
-        std::fprintf(stderr, "bench: cannot read %s\n", qPrintable(service));
-        return;
-    }
-    const double middle = static_cast<double>(*state->lengthUs) / 2e6;
-    MprisClient::seekFrom(bus(), service, *state,
-                          middle - static_cast<double>(*state->positionUs) / 1e6, 3000);
-    QTest::qWait(500);
-}
-
-QByteArray loadAverage() {
-    QFile file(QStringLiteral("/proc/loadavg"));
-    return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed() : QByteArray("?");
-}
-
 // Measures one player that is playing now, alone of its app on the bus, against the targets:
 // at most `roundTrips` calls per trial, and at least ten times faster than playerctl.
 void measure(const char* kind, const QString& service, MediaApp app, int roundTrips) {
@@ -152,7 +133,7 @@ void measure(const char* kind, const QString& service, MediaApp app, int roundTr
     control.seekIfPlaying(app, stepSeconds(0), 3.0);
     const int coldCalls = counter.take();
     for (int round = 0; round < rounds; ++round) {
-        recentre(service);
+        PlayerBench::recentre(service);
         counter.take();
         trials.ms << paced(trialsPerRound, [&](int i) {
                          if (control.seekIfPlaying(app, stepSeconds(i), 3.0).result ==
@@ -194,7 +175,7 @@ int main(int argc, char** argv) {
     QCoreApplication app(argc, argv);
     std::setvbuf(stdout, nullptr, _IOLBF, 0); // each figure as soon as it is known
     QLoggingCategory::setFilterRules(QStringLiteral("com.scrubline.app.*=false"));
-    std::printf("load average at the start: %s\n", loadAverage().constData());
+    std::printf("load average at the start: %s\n", PlayerBench::loadAverage().constData());
     {
         auto mpv = PlayerProcess::mpv(PlayerProcess::generatedAudio(600, true));
         const QString name = QStringLiteral("org.mpris.MediaPlayer2.mpv");
@@ -234,6 +215,6 @@ int main(int argc, char** argv) {
         }
         measure("fake player", name, MediaApp::otherPlayers, 1);
     }
-    std::printf("load average at the end: %s\n", loadAverage().constData());
+    std::printf("load average at the end: %s\n", PlayerBench::loadAverage().constData());
     return 0;
 }

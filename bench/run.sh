@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds and runs the benchmarks, each in its own X server and session bus. Not part of the
-# tests. With an argument, only that one: seek, players or hotkey.
+# tests. With an argument, only that one: seek, players, hotkey or command.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 bash "$root/scripts/deps.sh" --test
@@ -14,6 +14,10 @@ fi
 if [ "$which" = all ] || [ "$which" = players ]; then
     cmake --build "$build" --target bench_players
     "$root/tests/support/with-session" "$build/bench/bench_players"
+fi
+if [ "$which" = all ] || [ "$which" = command ]; then
+    cmake --build "$build" --target bench_command
+    "$root/tests/support/with-session" "$build/bench/bench_command"
 fi
 if [ "$which" = all ] || [ "$which" = hotkey ]; then
     cmake --build "$build" --target bench_hotkey

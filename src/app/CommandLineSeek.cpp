@@ -14,7 +14,10 @@ namespace CommandLineSeek {
 MediaController::Served run(double seconds) {
     // The timing line is for the long-running program's log, not for a terminal.
     QLoggingCategory::setFilterRules(QStringLiteral("com.scrubline.app.seek.info=false"));
-    AppSettings settings(std::make_unique<UserDefaults>(Platform::openUserDefaults()));
+    // The apps this platform offers, as the tray program's settings have them: the reference
+    // list alone has no other players and no Firefox.
+    AppSettings settings(std::make_unique<UserDefaults>(Platform::openUserDefaults()),
+                         Platform::mediaApps());
     const std::shared_ptr<PlayerControl> players = Platform::createPlayerControl();
     MediaController* controller = nullptr;
     MediaStatus status(players, settings,

@@ -1,21 +1,15 @@
 #include "Launcher.h"
 
-#include "CommandLine.h"
 #include "CommandLineSeek.h"
 #include "ScrublineApp.h"
+#include "commandline/CommandLineClient.h"
 #include "platform/Platform.h"
 #include "platform/TerminationSignals.h"
 
 #include <QApplication>
 #include <QPointer>
 
-#include <cstdio>
-
 namespace {
-
-void printLine(std::FILE* stream, const QString& line) {
-    std::fprintf(stream, "%s\n", qPrintable(line));
-}
 
 void nameTheProgram() {
     QCoreApplication::setApplicationName(QStringLiteral("Scrubline"));
@@ -23,30 +17,19 @@ void nameTheProgram() {
     QCoreApplication::setApplicationVersion(QStringLiteral(SCRUBLINE_VERSION));
 }
 
-int seek(SingleInstance& instance, double seconds, int argc, char* argv[]) {
-    std::optional<SingleInstance::Answer> answer =
-        instance.send(SingleInstance::Command::seek, seconds);
-    if (!answer) {
-        // Nothing runs to ask: no window either, so a key binding works on any desktop.
-        QCoreApplication application(argc, argv);
-        nameTheProgram();
-        const MediaController::Served served = CommandLineSeek::run(seconds);
-        answer = SingleInstance::Answer{.acted = served.acted, .line = served.line};
-    }
-    printLine(stdout, answer->line);
-    return answer->acted ? 0 : 1;
+// Nothing runs to ask: no window either, so a key binding works on any desktop.
+int seekAlone(double seconds, int argc, char* argv[]) {
+    QCoreApplication application(argc, argv);
+    nameTheProgram();
+    const MediaController::Served served = CommandLineSeek::run(seconds);
+    return CommandLineClient::served({.acted = served.acted, .line = served.line.toStdString()})
+        .print();
 }
 
-// The tray program, unless another copy runs already: that one is asked to come forward.
+// The tray program, where no copy ran when it was asked to come forward.
 int launch(SingleInstance& instance, bool openSettings, int argc, char* argv[]) {
-    const SingleInstance::Command forward =
-        openSettings ? SingleInstance::Command::showSettings : SingleInstance::Command::reopen;
-    if (instance.send(forward)) {
-        return 0;
-    }
     if (const QString problem = Platform::displayProblem(); !problem.isEmpty()) {
-        printLine(stderr, QStringLiteral("scrubline: ") + problem);
-        return 1;
+        return CommandLineClient::problem(problem.toStdString(), 1).print();
     }
     QApplication application(argc, argv);
     nameTheProgram();
@@ -67,11 +50,11 @@ int launch(SingleInstance& instance, bool openSettings, int argc, char* argv[]) 
         .seek =
             [&scrubline](double seconds, const SingleInstance::Reply& reply) {
                 if (!scrubline) {
-                    reply({.acted = false, .line = QStringLiteral("Scrubline is starting")});
+                    reply({.acted = false, .line = "Scrubline is starting"});
                     return;
                 }
                 scrubline->seek(seconds, [reply](const MediaController::Served& served) {
-                    reply({.acted = served.acted, .line = served.line});
+                    reply({.acted = served.acted, .line = served.line.toStdString()});
                 });
             },
         .showSettings =
@@ -84,6 +67,8 @@ int launch(SingleInstance& instance, bool openSettings, int argc, char* argv[]) 
     });
     if (!claimed) {
         // Another copy started in the meantime.
+        const SingleInstance::Command forward =
+            openSettings ? SingleInstance::Command::showSettings : SingleInstance::Command::reopen;
         return instance.send(forward) ? 0 : 1;
     }
     // Ended from outside the way "Quit" ends it.
@@ -102,34 +87,19 @@ int launch(SingleInstance& instance, bool openSettings, int argc, char* argv[]) 
 namespace Launcher {
 
 int run(int argc, char* argv[]) {
-    QStringList arguments;
-    for (int i = 1; i < argc; ++i) {
-        arguments << QString::fromLocal8Bit(argv[i]);
-    }
-    const CommandLine commandLine = CommandLine::parse(arguments);
+    const CommandLine commandLine = CommandLine::parse(argc, argv);
     const std::unique_ptr<SingleInstance> instance = Platform::createSingleInstance();
-    switch (commandLine.command) {
-    case CommandLine::Command::help:
-        std::fputs(qPrintable(CommandLine::helpText()), stdout);
-        return 0;
-    case CommandLine::Command::version:
-        printLine(stdout, QStringLiteral("Scrubline " SCRUBLINE_VERSION));
-        return 0;
-    case CommandLine::Command::invalid:
-        printLine(stderr, QStringLiteral("scrubline: ") + commandLine.problem);
-        return 2;
-    case CommandLine::Command::quit:
-        if (instance->send(SingleInstance::Command::quit)) {
-            return 0;
-        }
-        printLine(stderr, QStringLiteral("scrubline: Scrubline is not running"));
-        return 1;
-    case CommandLine::Command::seek:
-    case CommandLine::Command::playPause:
-        return seek(*instance, commandLine.seconds, argc, argv);
-    case CommandLine::Command::settings:
-    case CommandLine::Command::launch:
-        break;
+    const auto reply = CommandLineClient::answer(
+        commandLine, [&instance](RunningCopy::Command command, double seconds) {
+            return instance->send(command, seconds);
+        });
+    if (reply) {
+        return reply->print();
+    }
+    // What is left needs this program: no copy ran to take it.
+    if (commandLine.command == CommandLine::Command::seek ||
+        commandLine.command == CommandLine::Command::playPause) {
+        return seekAlone(commandLine.seconds, argc, argv);
     }
     return launch(*instance, commandLine.command == CommandLine::Command::settings, argc, argv);
 }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QString>
+#include "commandline/RunningCopy.h"
 
 #include <functional>
 #include <optional>
@@ -9,11 +9,8 @@
 // command line) reaches it. Two users, or two sessions of one user, each have their own.
 class SingleInstance {
 public:
-    // What a request did: whether a player was acted on, and the line that says so.
-    struct Answer {
-        bool acted = false;
-        QString line;
-    };
+    using Command = RunningCopy::Command;
+    using Answer = RunningCopy::Answer;
     using Reply = std::function<void(const Answer&)>;
 
     // What the running copy is asked to do; each is called on the GUI thread.
@@ -24,8 +21,6 @@ public:
         std::function<void()> showSettings;
         std::function<void()> quit;
     };
-
-    enum class Command { reopen, seek, showSettings, quit };
 
     virtual ~SingleInstance() = default;
 

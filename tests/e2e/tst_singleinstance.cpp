@@ -1,15 +1,18 @@
 // Two real copies of the program in one session: the second hands its launch or its command to
-// the first over the session bus, and a command runs alone when no copy runs.
+// the first over the session bus, and a command runs alone when no copy runs. Everything is
+// started the way a user starts it, through the `scrubline` command.
 #include "platform/IniSettings.h"
 #include "platform/linux/MprisClient.h"
 #include "settings/AppSettings.h"
 #include "settings/UserDefaults.h"
 #include "support/Desktop.h"
+#include "support/LinkerTrace.h"
 #include "support/OtherXClient.h"
 #include "support/PlayerProcess.h"
 
 #include <QDBusConnection>
 #include <QDBusConnectionInterface>
+#include <QFileInfo>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QtTest>
@@ -74,11 +77,16 @@ struct Run {
     int exitCode = -1;
     QString out;
     QString err;
+    // What the dynamic linker loaded, where the run asked it to tell.
+    QStringList libraries;
 };
 
-// One command of the program, run to its end.
-Run command(const QStringList& arguments) {
+// One command of the program, run to its end, in this session or in `environment`.
+Run command(const QStringList& arguments, const QProcessEnvironment& environment = {}) {
     QProcess process;
+    if (!environment.isEmpty()) {
+        process.setProcessEnvironment(environment);
+    }
     process.start(binary, arguments);
     Run run;
     if (!process.waitForFinished(40000) || process.exitStatus() != QProcess::NormalExit) {
@@ -88,8 +96,35 @@ Run command(const QStringList& arguments) {
     }
     run.exitCode = process.exitCode();
     run.out = QString::fromLocal8Bit(process.readAllStandardOutput());
-    run.err = QString::fromLocal8Bit(process.readAllStandardError());
+    QByteArray err = process.readAllStandardError();
+    run.libraries = LinkerTrace::takeLibraries(err);
+    run.err = QString::fromLocal8Bit(err);
     return run;
+}
+
+// The same, telling what it loaded.
+Run tracedCommand(const QStringList& arguments,
+                  QProcessEnvironment environment = QProcessEnvironment::systemEnvironment()) {
+    LinkerTrace::enable(environment);
+    return command(arguments, environment);
+}
+
+// No display and no session bus at all.
+QProcessEnvironment noSession() {
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.remove(QStringLiteral("DISPLAY"));
+    environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
+                       QStringLiteral("unix:path=/nonexistent/bus"));
+    return environment;
+}
+
+bool loadedQt(const Run& run) {
+    return !run.libraries.filter(QStringLiteral("libQt")).isEmpty();
+}
+
+// The process that serves the running copy's name.
+qint64 instancePid() {
+    return qint64(QDBusConnection::sessionBus().interface()->servicePid(instanceName).value());
 }
 
 double spotifyPosition() {
@@ -272,9 +307,61 @@ private slots:
         QCOMPARE(m_app->state(), QProcess::Running);
     }
 
+    // The command asks and prints, and the running copy does the work: no toolkit is loaded for
+    // a command from a key binding.
+    void throughTheRunningCopyTheCommandLoadsNoQt() {
+        startApp(false);
+        const auto player = startSpotify();
+        QVERIFY(player);
+        Run run = tracedCommand({QStringLiteral("seek"), QStringLiteral("+10")});
+        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(run.out, QStringLiteral("Spotify: +10s\n"));
+        QVERIFY2(run.err.isEmpty(), qPrintable(run.err));
+        QVERIFY2(!run.libraries.filter(QStringLiteral("libdbus-1.so")).isEmpty(),
+                 qPrintable(run.libraries.join(u' ')));
+        QVERIFY2(!loadedQt(run), qPrintable(run.libraries.join(u' ')));
+        QTRY_COMPARE_WITH_TIMEOUT(servedSeeks(), 1, 5000);
+
+        run = tracedCommand({QStringLiteral("quit")});
+        QCOMPARE(run.exitCode, 0);
+        QVERIFY(!loadedQt(run));
+        QVERIFY(m_app->waitForFinished(10000));
+    }
+
+    // Where the command must start the program, the program takes its place: the process that
+    // was started is the one that serves, so whoever started it can stop it.
+    void withoutACopyTheCommandBecomesTheProgram() {
+        startApp(false);
+        QCOMPARE(instancePid(), m_app->processId());
+        const QString program = QFileInfo(QStringLiteral(SCRUBLINE_PROGRAM)).canonicalFilePath();
+        QVERIFY(QFileInfo(binary).canonicalFilePath() != program);
+        QCOMPARE(
+            QFileInfo(QStringLiteral("/proc/%1/exe").arg(m_app->processId())).canonicalFilePath(),
+            program);
+        // Under the name it was started by.
+        QFile cmdline(QStringLiteral("/proc/%1/cmdline").arg(m_app->processId()));
+        QVERIFY(cmdline.open(QIODevice::ReadOnly));
+        QCOMPARE(cmdline.readAll(), binary.toLocal8Bit() + '\0');
+    }
+
     void aSeekWorksWithoutARunningCopy() {
         QVERIFY(!instanceRuns());
         seekTenOn(QStringLiteral("Spotify: +10s"));
+        QVERIFY(!instanceRuns());
+    }
+
+    // Any player of this platform, not only those of the reference list: here an "other player".
+    void aSeekWithoutARunningCopyReachesEveryKindOfPlayer() {
+        QVERIFY(!instanceRuns());
+        const auto player =
+            PlayerProcess::fake({QStringLiteral("--name"), QStringLiteral("vlc"),
+                                 QStringLiteral("--position"), QStringLiteral("20")});
+        QVERIFY(player->waitForBusName(QStringLiteral("org.mpris.MediaPlayer2.vlc")));
+        const Run run = command({QStringLiteral("seek"), QStringLiteral("+10")});
+        QCOMPARE(run.exitCode, 0);
+        QVERIFY2(run.out.endsWith(QStringLiteral(": +10s\n")), qPrintable(run.out));
+        QCOMPARE(player->calls().filter(QRegularExpression(QStringLiteral("^(SetPosition|Seek) "))),
+                 QStringList{QStringLiteral("Seek 10000000")});
         QVERIFY(!instanceRuns());
     }
 
@@ -348,19 +435,23 @@ private slots:
     }
 
     void versionAndHelpNeedNoSession() {
-        QProcess process;
-        QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.remove(QStringLiteral("DISPLAY"));
-        environment.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"),
-                           QStringLiteral("unix:path=/nonexistent/bus"));
-        process.setProcessEnvironment(environment);
-        process.start(binary, {QStringLiteral("--version")});
-        QVERIFY(process.waitForFinished(10000));
-        QCOMPARE(process.exitCode(), 0);
-        QCOMPARE(process.readAllStandardOutput(), QByteArray("Scrubline " SCRUBLINE_VERSION "\n"));
-        const Run help = command({QStringLiteral("--help")});
-        QCOMPARE(help.exitCode, 0);
-        QVERIFY(help.out.contains(QStringLiteral("play-pause")));
+        Run run = tracedCommand({QStringLiteral("--version")}, noSession());
+        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(run.out, QStringLiteral("Scrubline " SCRUBLINE_VERSION "\n"));
+        QVERIFY(run.err.isEmpty());
+        QVERIFY(!loadedQt(run));
+        run = tracedCommand({QStringLiteral("--help")}, noSession());
+        QCOMPARE(run.exitCode, 0);
+        QVERIFY(run.out.contains(QStringLiteral("play-pause")));
+        QVERIFY(run.err.isEmpty());
+        QVERIFY(!loadedQt(run));
+        // A usage error: one line, and no program started for it.
+        run = tracedCommand({QStringLiteral("seek"), QStringLiteral("+")}, noSession());
+        QCOMPARE(run.exitCode, 2);
+        QVERIFY(run.out.isEmpty());
+        QCOMPARE(run.err, QStringLiteral("scrubline: \"+\" is not a number of seconds other than "
+                                         "0, such as +10 or -5.5\n"));
+        QVERIFY(!loadedQt(run));
     }
 
     void quitEndsTheRunningCopy() {

@@ -1,5 +1,7 @@
 #include "BusSingleInstance.h"
 
+#include "BusInstanceClient.h"
+
 #include "utilities/Logger.h"
 
 #include <QDBusConnection>
@@ -7,13 +9,10 @@
 #include <QDBusMessage>
 #include <QDBusVirtualObject>
 
-#include <dbus/dbus.h>
-
 namespace {
 
-// A seek waits behind the requests queued before it, each bounded by the players' time-outs.
-constexpr int seekTimeoutMs = 30000;
-constexpr int commandTimeoutMs = 5000;
+using BusInstanceClient::memberOf;
+using Command = SingleInstance::Command;
 
 class InstanceObject : public QDBusVirtualObject {
 public:
@@ -21,7 +20,7 @@ public:
         : m_requests(std::move(requests)) {}
 
     QString introspect(const QString& path) const override {
-        if (path != QLatin1String(BusSingleInstance::objectPath)) {
+        if (path != QLatin1String(BusInstanceClient::objectPath)) {
             return {};
         }
         return QStringLiteral(
@@ -36,27 +35,28 @@ public:
     }
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
-        if (message.interface() != QLatin1String(BusSingleInstance::interfaceName) &&
+        if (message.interface() != QLatin1String(BusInstanceClient::interfaceName) &&
             !message.interface().isEmpty()) {
             return false;
         }
         const QString member = message.member();
-        if (member == QLatin1String("Seek") && message.signature() == QLatin1String("d")) {
+        if (member == QLatin1String(memberOf(Command::seek)) &&
+            message.signature() == QLatin1String("d")) {
             const double seconds = message.arguments().constFirst().toDouble();
             // Answered once the request has had its turn in the queue.
             m_requests.seek(seconds, [connection, reply = message.createReply()](
                                          const SingleInstance::Answer& answer) mutable {
-                reply << answer.acted << answer.line;
+                reply << answer.acted << QString::fromStdString(answer.line);
                 connection.send(reply);
             });
             return true;
         }
         const std::function<void()>* request = nullptr;
-        if (member == QLatin1String("Reopen")) {
+        if (member == QLatin1String(memberOf(Command::reopen))) {
             request = &m_requests.reopen;
-        } else if (member == QLatin1String("ShowSettings")) {
+        } else if (member == QLatin1String(memberOf(Command::showSettings))) {
             request = &m_requests.showSettings;
-        } else if (member == QLatin1String("Quit")) {
+        } else if (member == QLatin1String(memberOf(Command::quit))) {
             request = &m_requests.quit;
         }
         if (request == nullptr || !message.signature().isEmpty()) {
@@ -72,20 +72,6 @@ private:
     SingleInstance::Requests m_requests;
 };
 
-const char* memberOf(SingleInstance::Command command) {
-    switch (command) {
-    case SingleInstance::Command::reopen:
-        return "Reopen";
-    case SingleInstance::Command::seek:
-        return "Seek";
-    case SingleInstance::Command::showSettings:
-        return "ShowSettings";
-    case SingleInstance::Command::quit:
-        return "Quit";
-    }
-    return "Reopen";
-}
-
 } // namespace
 
 BusSingleInstance::BusSingleInstance() = default;
@@ -93,8 +79,8 @@ BusSingleInstance::BusSingleInstance() = default;
 BusSingleInstance::~BusSingleInstance() {
     if (m_server) {
         QDBusConnection bus = QDBusConnection::sessionBus();
-        bus.unregisterObject(QLatin1String(objectPath));
-        bus.unregisterService(QLatin1String(serviceName));
+        bus.unregisterObject(QLatin1String(BusInstanceClient::objectPath));
+        bus.unregisterService(QLatin1String(BusInstanceClient::serviceName));
     }
 }
 
@@ -106,63 +92,19 @@ bool BusSingleInstance::claim(Requests requests) {
     }
     // Never queued for the name: a second copy learns at once that it is one.
     const auto reply = bus.interface()->registerService(
-        QLatin1String(serviceName), QDBusConnectionInterface::DontQueueService,
+        QLatin1String(BusInstanceClient::serviceName), QDBusConnectionInterface::DontQueueService,
         QDBusConnectionInterface::DontAllowReplacement);
     if (!reply.isValid() || reply.value() != QDBusConnectionInterface::ServiceRegistered) {
         return false;
     }
     m_server = std::make_unique<InstanceObject>(std::move(requests));
-    if (!bus.registerVirtualObject(QLatin1String(objectPath), m_server.get())) {
-        qCCritical(Log::general(), "Cannot serve %s on the session bus", objectPath);
+    if (!bus.registerVirtualObject(QLatin1String(BusInstanceClient::objectPath), m_server.get())) {
+        qCCritical(Log::general(), "Cannot serve %s on the session bus",
+                   BusInstanceClient::objectPath);
     }
     return true;
 }
 
 std::optional<SingleInstance::Answer> BusSingleInstance::send(Command command, double seconds) {
-    DBusError error;
-    dbus_error_init(&error);
-    DBusConnection* bus = dbus_bus_get_private(DBUS_BUS_SESSION, &error);
-    dbus_error_free(&error);
-    if (bus == nullptr) {
-        return std::nullopt;
-    }
-    dbus_connection_set_exit_on_disconnect(bus, false);
-    std::optional<Answer> answer;
-    DBusMessage* message =
-        dbus_message_new_method_call(serviceName, objectPath, interfaceName, memberOf(command));
-    if (message != nullptr) {
-        // Only a copy that runs may answer; the bus starts none.
-        dbus_message_set_auto_start(message, false);
-        const bool built =
-            command != Command::seek ||
-            dbus_message_append_args(message, DBUS_TYPE_DOUBLE, &seconds, DBUS_TYPE_INVALID) != 0;
-        dbus_error_init(&error);
-        DBusMessage* reply =
-            built ? dbus_connection_send_with_reply_and_block(
-                        bus, message, command == Command::seek ? seekTimeoutMs : commandTimeoutMs,
-                        &error)
-                  : nullptr;
-        dbus_error_free(&error);
-        dbus_message_unref(message);
-        if (reply != nullptr) {
-            Answer taken{.acted = true, .line = {}};
-            if (command == Command::seek) {
-                dbus_bool_t acted = 0;
-                const char* line = nullptr;
-                dbus_error_init(&error);
-                if (dbus_message_get_args(reply, &error, DBUS_TYPE_BOOLEAN, &acted,
-                                          DBUS_TYPE_STRING, &line, DBUS_TYPE_INVALID) != 0) {
-                    taken = {.acted = acted != 0, .line = QString::fromUtf8(line)};
-                } else {
-                    taken = {.acted = false, .line = QString::fromUtf8(error.message)};
-                }
-                dbus_error_free(&error);
-            }
-            answer = taken;
-            dbus_message_unref(reply);
-        }
-    }
-    dbus_connection_close(bus);
-    dbus_connection_unref(bus);
-    return answer;
+    return BusInstanceClient::send(command, seconds);
 }

@@ -7,14 +7,10 @@
 class QDBusVirtualObject;
 
 // The running copy owns the name com.scrubline.app on the user's session bus and serves its
-// requests on /com/scrubline/app. Later launches ask it over a connection of their own, made
-// with libdbus, so that a command from a key binding costs no application object.
+// requests on /com/scrubline/app. Later launches ask it through BusInstanceClient, over a
+// connection of their own made with libdbus, so that asking costs no application object.
 class BusSingleInstance : public SingleInstance {
 public:
-    static constexpr const char* serviceName = "com.scrubline.app";
-    static constexpr const char* objectPath = "/com/scrubline/app";
-    static constexpr const char* interfaceName = "com.scrubline.app";
-
     BusSingleInstance();
     ~BusSingleInstance() override;
 

@@ -6,6 +6,7 @@
 #include "MprisRunningApps.h"
 #include "NoSymbolImages.h"
 #include "PortalHotkeyService.h"
+#include "ProgramLayout.h"
 #include "X11HotkeyService.h"
 #include "XdgAutostartLoginItem.h"
 #include "platform/IniSettings.h"
@@ -41,8 +42,15 @@ std::unique_ptr<QSettings> openUserDefaults() {
 std::unique_ptr<LoginItem> createLoginItem() {
     // An AppImage runs from a temporary mount; the image itself is what has to start at login.
     const QString appImage = qEnvironmentVariable("APPIMAGE");
+    if (!appImage.isEmpty()) {
+        return std::make_unique<XdgAutostartLoginItem>(appImage);
+    }
+    // Installed, the program lies in libexec and is started by the `scrubline` command, the
+    // name that stays when a later version lays its files out otherwise.
+    const QString program = QCoreApplication::applicationFilePath();
+    const std::string command = ProgramLayout::commandFor(program.toStdString());
     return std::make_unique<XdgAutostartLoginItem>(
-        appImage.isEmpty() ? QCoreApplication::applicationFilePath() : appImage);
+        command.empty() ? program : QString::fromStdString(command));
 }
 
 QList<MediaApp> mediaApps() {

@@ -1,7 +1,7 @@
 #pragma once
 
-#include <QString>
-#include <QStringList>
+#include <string>
+#include <vector>
 
 // What the program was asked to do on its command line. Read before any application object
 // exists, so that a command from a key binding starts nothing it does not need.
@@ -21,10 +21,14 @@ struct CommandLine {
     // Signed seconds of a seek; 0 for play/pause.
     double seconds = 0;
     // One line, for standard error, when the command is invalid.
-    QString problem;
+    std::string problem;
 
-    // `arguments` without the program's own name.
-    static CommandLine parse(const QStringList& arguments);
+    // `arguments` without the program's own name, as the system gave them.
+    static CommandLine parse(const std::vector<std::string>& arguments);
+    // argv after argv[0].
+    static CommandLine parse(int argc, char* argv[]);
     // The text --help prints.
-    static QString helpText();
+    static std::string helpText();
+    // The line --version prints, without its newline.
+    static std::string versionLine();
 };
