@@ -14,6 +14,8 @@ namespace CommandLineSeek {
 MediaController::Served run(double seconds) {
     // The timing line is for the long-running program's log, not for a terminal.
     QLoggingCategory::setFilterRules(QStringLiteral("com.scrubline.app.seek.info=false"));
+    // The line names the player as the running program would.
+    MediaApp::setBrowserNaming(Platform::browserNaming());
     AppSettings settings(std::make_unique<UserDefaults>(Platform::openUserDefaults()));
     const std::shared_ptr<PlayerControl> players = Platform::createPlayerControl();
     MediaController* controller = nullptr;
