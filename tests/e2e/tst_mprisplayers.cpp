@@ -682,7 +682,8 @@ private slots:
         auto paused = player(QStringLiteral("spotify"), QString(), {QStringLiteral("--paused")});
         QTRY_COMPARE(registry.playersOf(MediaApp::spotify).size(), 1);
         QCOMPARE(control.seekIfPlaying(MediaApp::spotify, 10, 3.0).result, SeekResult::notPlaying);
-        QCOMPARE(control.nowPlayingText(MediaApp::spotify, 2.0), std::optional<QString>(QString()));
+        QCOMPARE(control.nowPlaying(MediaApp::spotify, 2.0),
+                 std::optional(PlayerControl::NowPlayingAnswer{}));
         QCOMPARE(control.seekIfPlaying(MediaApp::spotify, 10, 3.0).alert, std::nullopt);
     }
 
@@ -693,8 +694,9 @@ private slots:
                               {QStringLiteral("--title"), QStringLiteral("Intro - Live"),
                                QStringLiteral("--artist"), QStringLiteral("Band")});
         QTRY_COMPARE(registry.playersOf(MediaApp::spotify).size(), 1);
-        QCOMPARE(control.nowPlayingText(MediaApp::spotify, 2.0),
-                 std::optional<QString>(QStringLiteral("Intro - Live - Band")));
+        QCOMPARE(
+            control.nowPlaying(MediaApp::spotify, 2.0),
+            std::optional(PlayerControl::NowPlayingAnswer{QStringLiteral("Intro - Live - Band")}));
     }
 
     void probes() {
@@ -745,6 +747,53 @@ private slots:
         QCOMPARE(vlc->calls().filter(QStringLiteral("Seek 10000000")).size(), 1);
         // Spotify is named by its app.
         QCOMPARE(control->seekIfPlaying(MediaApp::spotify, 10, 3.0).playerName, QString());
+        // So is the panel's last player.
+        QCOMPARE(status.lastActiveApp(), std::optional<MediaApp>(MediaApp::otherPlayers));
+        QCOMPARE(status.lastActivePlayerName(), QStringLiteral("VLC media player"));
+    }
+
+    // What a player of "Other players" plays is shown with its own name too; Spotify's with
+    // none, its app naming it.
+    void whatAnOtherPlayerPlaysIsNamedByItsIdentity() {
+        TempHome home;
+        AppSettings settings(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+                                 home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
+                             {MediaApp::spotify, MediaApp::chromeYouTube, MediaApp::firefox,
+                              MediaApp::otherPlayers});
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        auto vlc = player(QStringLiteral("vlc"), QString(),
+                          {QStringLiteral("--identity"), QStringLiteral("VLC media player"),
+                           QStringLiteral("--title"), QStringLiteral("Intro"),
+                           QStringLiteral("--artist"), QStringLiteral("Band")});
+        auto spotify = player(QStringLiteral("spotify"), QString(),
+                              {QStringLiteral("--title"), QStringLiteral("Song"),
+                               QStringLiteral("--identity"), QStringLiteral("Spotify Premium")});
+        QTRY_COMPARE(registry.identityOf(prefix + QStringLiteral("vlc")),
+                     QStringLiteral("VLC media player"));
+        QTRY_COMPARE(registry.playersOf(MediaApp::spotify).size(), 1);
+        auto control = std::make_shared<MprisPlayerControl>(registry);
+        QCOMPARE(control->nowPlaying(MediaApp::otherPlayers, 2.0),
+                 std::optional(PlayerControl::NowPlayingAnswer{
+                     QStringLiteral("Intro - Band"), QStringLiteral("VLC media player")}));
+        QCOMPARE(control->nowPlaying(MediaApp::spotify, 2.0),
+                 std::optional(PlayerControl::NowPlayingAnswer{QStringLiteral("Song - Band")}));
+
+        // Through the poll the panel runs while it is open.
+        QList<MediaApp> candidates{MediaApp::otherPlayers};
+        MediaStatus status(control, settings, [&candidates] { return candidates; });
+        QSignalSpy changed(&status, &MediaStatus::nowPlayingChanged);
+        status.pollNowPlaying();
+        QTRY_COMPARE(changed.size(), 1);
+        QCOMPARE(
+            status.nowPlaying(),
+            std::optional(NowPlaying{QStringLiteral("Intro"), QStringLiteral("Band"),
+                                     MediaApp::otherPlayers, QStringLiteral("VLC media player")}));
+        QCOMPARE(status.nowPlaying()->shownName(), QStringLiteral("VLC media player"));
+        candidates = {MediaApp::spotify};
+        status.pollNowPlaying();
+        QTRY_COMPARE(changed.size(), 2);
+        QCOMPARE(status.nowPlaying()->playerName, QString());
+        QCOMPARE(status.nowPlaying()->shownName(), QStringLiteral("Spotify"));
     }
 
     // The whole path: a request through the controller reaches the playing player.
