@@ -2,12 +2,12 @@
 
 #include "CommandLine.h"
 #include "CommandLineSeek.h"
+#include "InstanceServer.h"
 #include "ScrublineApp.h"
 #include "platform/Platform.h"
 #include "platform/TerminationSignals.h"
 
 #include <QApplication>
-#include <QPointer>
 
 #include <cstdio>
 
@@ -53,36 +53,9 @@ int launch(SingleInstance& instance, bool openSettings, int argc, char* argv[]) 
     // A menu-bar utility: closing a window never ends it.
     QApplication::setQuitOnLastWindowClosed(false);
 
-    // Requests can only arrive from the event loop, once the program below is built. Served
-    // by an object of its own, which is gone before the application object.
-    QPointer<ScrublineApp> scrubline;
-    const std::unique_ptr<SingleInstance> serving = Platform::createSingleInstance();
-    const bool claimed = serving->claim({
-        .reopen =
-            [&scrubline] {
-                if (scrubline) {
-                    scrubline->reopen();
-                }
-            },
-        .seek =
-            [&scrubline](double seconds, const SingleInstance::Reply& reply) {
-                if (!scrubline) {
-                    reply({.acted = false, .line = QStringLiteral("Scrubline is starting")});
-                    return;
-                }
-                scrubline->seek(seconds, [reply](const MediaController::Served& served) {
-                    reply({.acted = served.acted, .line = served.line});
-                });
-            },
-        .showSettings =
-            [&scrubline] {
-                if (scrubline) {
-                    scrubline->showSettings();
-                }
-            },
-        .quit = [] { QCoreApplication::quit(); },
-    });
-    if (!claimed) {
+    // Served by an object of its own, which is gone before the application object.
+    InstanceServer server;
+    if (!server.claim()) {
         // Another copy started in the meantime.
         return instance.send(forward) ? 0 : 1;
     }
@@ -90,7 +63,7 @@ int launch(SingleInstance& instance, bool openSettings, int argc, char* argv[]) 
     TerminationSignals::install([] { QCoreApplication::quit(); });
 
     ScrublineApp app;
-    scrubline = &app;
+    server.serve(&app);
     if (openSettings) {
         app.showSettings();
     }
