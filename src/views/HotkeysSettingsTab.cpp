@@ -274,11 +274,13 @@ void HotkeysSettingsTab::orderFocus() {
     // Within a row the chain is already header, delete button, then the editor's controls; the
     // rows themselves are put in the order shown. Only widgets that take the focus: the toolkit
     // leaves the chain as it is for a pair with one that does not.
+    // An editor opened later has its controls wherever the toolkit put them then, so each
+    // row's are looked for round the whole chain.
     QList<QWidget*> chain;
     for (ActionRowContainer* row : m_rows) {
-        QWidget* widget = row;
-        while ((widget = widget->nextInFocusChain()) != row && row->isAncestorOf(widget)) {
-            if (widget->focusPolicy() != Qt::NoFocus) {
+        for (QWidget* widget = row->nextInFocusChain(); widget != row;
+             widget = widget->nextInFocusChain()) {
+            if (row->isAncestorOf(widget) && widget->focusPolicy() != Qt::NoFocus) {
                 chain.append(widget);
             }
         }

@@ -728,6 +728,22 @@ private slots:
         QCOMPARE(nextTabStop(rows[0]->header()), static_cast<QWidget*>(rows[1]->header()));
         QCOMPARE(nextTabStop(rows[1]->header()),
                  tab->findChild<QWidget*>(QStringLiteral("addActionButton")));
+        // The first row opened: its editor's controls come before the next row.
+        clickHeader(rows[0]);
+        QVERIFY(rows[0]->isExpanded());
+        QStringList stops;
+        QWidget* walk = window.tabBar();
+        for (int steps = 0; steps < 11; ++steps) {
+            stops << walk->objectName();
+            walk = nextTabStop(walk);
+        }
+        QCOMPARE(stops,
+                 (QStringList{QStringLiteral("settingsTabs"), QStringLiteral("actionRowHeader"),
+                              QStringLiteral("deleteButton"), QString(), QString(),
+                              QString(), // the three directions
+                              QStringLiteral("secondsPicker"), QStringLiteral("hotkeyRecorder"),
+                              QStringLiteral("testButton"), QStringLiteral("actionRowHeader"),
+                              QStringLiteral("addActionButton")}));
     }
 
     void tabGoesThroughTheRowsInOrder() {
