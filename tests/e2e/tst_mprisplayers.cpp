@@ -31,6 +31,15 @@ std::unique_ptr<PlayerProcess> player(const QString& name, const QString& progra
     return process;
 }
 
+// A settings store offering Linux's apps, in the home given.
+std::unique_ptr<AppSettings> linuxSettings(const TempHome& home) {
+    return std::make_unique<AppSettings>(
+        std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+            home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
+        QList<MediaApp>{MediaApp::spotify, MediaApp::chromeYouTube, MediaApp::firefox,
+                        MediaApp::otherPlayers});
+}
+
 QString chromium(qint64 pid) {
     return QStringLiteral("chromium.instance%1").arg(pid);
 }
@@ -725,10 +734,7 @@ private slots:
     // A player of "Other players" is named by its own Identity in the feedback.
     void anOtherPlayerIsNamedByItsIdentity() {
         TempHome home;
-        AppSettings settings(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
-                                 home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
-                             {MediaApp::spotify, MediaApp::chromeYouTube, MediaApp::firefox,
-                              MediaApp::otherPlayers});
+        const std::unique_ptr<AppSettings> settings = linuxSettings(home);
         MprisPlayerRegistry registry(QDBusConnection::sessionBus());
         auto vlc = player(QStringLiteral("vlc"), QString(),
                           {QStringLiteral("--identity"), QStringLiteral("VLC media player"),
@@ -736,8 +742,8 @@ private slots:
         QTRY_COMPARE(registry.identityOf(prefix + QStringLiteral("vlc")),
                      QStringLiteral("VLC media player"));
         auto control = std::make_shared<MprisPlayerControl>(registry);
-        MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
-        MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
+        MediaStatus status(control, *settings, [] { return QList<MediaApp>(); });
+        MediaController controller(control, std::make_unique<MprisRunningApps>(registry), *settings,
                                    status);
         QSignalSpy finished(&controller, &MediaController::seekFinished);
         controller.enqueueSeek(10);
@@ -745,21 +751,18 @@ private slots:
         QCOMPARE(status.seekFeedback()->app, MediaApp(MediaApp::otherPlayers));
         QCOMPARE(status.seekFeedback()->shownName(), QStringLiteral("VLC media player"));
         QCOMPARE(vlc->calls().filter(QStringLiteral("Seek 10000000")).size(), 1);
-        // Spotify is named by its app.
-        QCOMPARE(control->seekIfPlaying(MediaApp::spotify, 10, 3.0).playerName, QString());
-        // So is the panel's last player.
+        // The panel's last player is named the same way.
         QCOMPARE(status.lastActiveApp(), std::optional<MediaApp>(MediaApp::otherPlayers));
         QCOMPARE(status.lastActivePlayerName(), QStringLiteral("VLC media player"));
+        // Spotify is named by its app.
+        QCOMPARE(control->seekIfPlaying(MediaApp::spotify, 10, 3.0).playerName, QString());
     }
 
     // What a player of "Other players" plays is shown with its own name too; Spotify's with
     // none, its app naming it.
     void whatAnOtherPlayerPlaysIsNamedByItsIdentity() {
         TempHome home;
-        AppSettings settings(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
-                                 home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
-                             {MediaApp::spotify, MediaApp::chromeYouTube, MediaApp::firefox,
-                              MediaApp::otherPlayers});
+        const std::unique_ptr<AppSettings> settings = linuxSettings(home);
         MprisPlayerRegistry registry(QDBusConnection::sessionBus());
         auto vlc = player(QStringLiteral("vlc"), QString(),
                           {QStringLiteral("--identity"), QStringLiteral("VLC media player"),
@@ -780,7 +783,7 @@ private slots:
 
         // Through the poll the panel runs while it is open.
         QList<MediaApp> candidates{MediaApp::otherPlayers};
-        MediaStatus status(control, settings, [&candidates] { return candidates; });
+        MediaStatus status(control, *settings, [&candidates] { return candidates; });
         QSignalSpy changed(&status, &MediaStatus::nowPlayingChanged);
         status.pollNowPlaying();
         QTRY_COMPARE(changed.size(), 1);
