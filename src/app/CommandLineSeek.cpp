@@ -14,6 +14,8 @@ namespace CommandLineSeek {
 MediaController::Served run(double seconds) {
     // The timing line is for the long-running program's log, not for a terminal.
     QLoggingCategory::setFilterRules(QStringLiteral("com.scrubline.app.seek.info=false"));
+    // The line names the player as the running program would.
+    MediaApp::setBrowserNaming(Platform::browserNaming());
     // The apps this platform offers, as the tray program's settings have them: the reference
     // list alone has no other players and no Firefox.
     AppSettings settings(std::make_unique<UserDefaults>(Platform::openUserDefaults()),

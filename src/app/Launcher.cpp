@@ -1,13 +1,13 @@
 #include "Launcher.h"
 
 #include "CommandLineSeek.h"
+#include "InstanceServer.h"
 #include "ScrublineApp.h"
 #include "commandline/CommandLineClient.h"
 #include "platform/Platform.h"
 #include "platform/TerminationSignals.h"
 
 #include <QApplication>
-#include <QPointer>
 
 namespace {
 
@@ -36,36 +36,9 @@ int launch(SingleInstance& instance, bool openSettings, int argc, char* argv[]) 
     // A menu-bar utility: closing a window never ends it.
     QApplication::setQuitOnLastWindowClosed(false);
 
-    // Requests can only arrive from the event loop, once the program below is built. Served
-    // by an object of its own, which is gone before the application object.
-    QPointer<ScrublineApp> scrubline;
-    const std::unique_ptr<SingleInstance> serving = Platform::createSingleInstance();
-    const bool claimed = serving->claim({
-        .reopen =
-            [&scrubline] {
-                if (scrubline) {
-                    scrubline->reopen();
-                }
-            },
-        .seek =
-            [&scrubline](double seconds, const SingleInstance::Reply& reply) {
-                if (!scrubline) {
-                    reply({.acted = false, .line = "Scrubline is starting"});
-                    return;
-                }
-                scrubline->seek(seconds, [reply](const MediaController::Served& served) {
-                    reply({.acted = served.acted, .line = served.line.toStdString()});
-                });
-            },
-        .showSettings =
-            [&scrubline] {
-                if (scrubline) {
-                    scrubline->showSettings();
-                }
-            },
-        .quit = [] { QCoreApplication::quit(); },
-    });
-    if (!claimed) {
+    // Served by an object of its own, which is gone before the application object.
+    InstanceServer server;
+    if (!server.claim()) {
         // Another copy started in the meantime.
         const SingleInstance::Command forward =
             openSettings ? SingleInstance::Command::showSettings : SingleInstance::Command::reopen;
@@ -75,7 +48,7 @@ int launch(SingleInstance& instance, bool openSettings, int argc, char* argv[]) 
     TerminationSignals::install([] { QCoreApplication::quit(); });
 
     ScrublineApp app;
-    scrubline = &app;
+    server.serve(&app);
     if (openSettings) {
         app.showSettings();
     }

@@ -45,6 +45,7 @@ ScrublineApp::ScrublineApp(QObject* parent)
     KeyTable::setModifierStyle(Platform::writesModifiersAsWords()
                                    ? KeyTable::ModifierStyle::words
                                    : KeyTable::ModifierStyle::glyphs);
+    MediaApp::setBrowserNaming(Platform::browserNaming());
     m_desktop = Platform::createDesktopIntegration();
     // An accessory of the tray until the settings window opens.
     m_desktop->setRegularActivation(false);

@@ -179,7 +179,7 @@ void MediaController::finishSeek(double seconds, const QElapsedTimer& clock, con
             m_status.showStatus(told.line);
             break;
         case SeekResult::seeked:
-            m_status.setLastActiveApp(app);
+            m_status.setLastActiveApp(app, outcome->playerName);
             m_lastSuccessfulApp = app;
             m_status.showFeedback(app,
                                   seconds > 0   ? FeedbackKind::forward

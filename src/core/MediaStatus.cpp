@@ -41,9 +41,10 @@ MediaStatus::MediaStatus(std::shared_ptr<PlayerControl> players, AppSettings& se
 
 MediaStatus::~MediaStatus() = default;
 
-void MediaStatus::setLastActiveApp(MediaApp app) {
-    if (m_lastActiveApp != app) {
+void MediaStatus::setLastActiveApp(MediaApp app, const QString& playerName) {
+    if (m_lastActiveApp != app || m_lastActivePlayerName != playerName) {
         m_lastActiveApp = app;
+        m_lastActivePlayerName = playerName;
         emit lastActiveAppChanged();
     }
 }
@@ -106,12 +107,12 @@ void MediaStatus::pollNowPlaying() {
 }
 
 std::optional<NowPlaying> MediaStatus::queryNowPlaying(PlayerControl& players, MediaApp app) {
-    const std::optional<QString> text =
-        players.nowPlayingText(app, PlayerControl::nowPlayingTimeout);
-    if (!text || text->isEmpty()) {
+    const std::optional<PlayerControl::NowPlayingAnswer> answer =
+        players.nowPlaying(app, PlayerControl::nowPlayingTimeout);
+    if (!answer || answer->text.isEmpty()) {
         return std::nullopt;
     }
-    return NowPlaying::fromText(app, *text);
+    return NowPlaying::fromText(app, answer->text, answer->playerName);
 }
 
 void MediaStatus::setNowPlaying(std::optional<NowPlaying> nowPlaying) {

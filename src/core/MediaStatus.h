@@ -40,11 +40,14 @@ public:
     ~MediaStatus() override;
 
     std::optional<MediaApp> lastActiveApp() const { return m_lastActiveApp; }
+    // The last app's player by its own name, where the app stands for many kinds of player;
+    // else empty.
+    QString lastActivePlayerName() const { return m_lastActivePlayerName; }
     std::optional<SeekFeedback> seekFeedback() const { return m_seekFeedback; }
     std::optional<QString> statusMessage() const { return m_statusMessage; }
     std::optional<NowPlaying> nowPlaying() const { return m_nowPlaying; }
 
-    void setLastActiveApp(MediaApp app);
+    void setLastActiveApp(MediaApp app, const QString& playerName = QString());
     // `playerName`: the player's own name where the app stands for many kinds of player.
     void showFeedback(MediaApp app, FeedbackKind kind, const QString& playerName = QString());
     void showStatus(const QString& message);
@@ -74,6 +77,7 @@ private:
     Candidates m_candidates;
 
     std::optional<MediaApp> m_lastActiveApp;
+    QString m_lastActivePlayerName;
     std::optional<SeekFeedback> m_seekFeedback;
     std::optional<QString> m_statusMessage;
     std::optional<NowPlaying> m_nowPlaying;

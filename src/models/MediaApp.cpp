@@ -2,11 +2,17 @@
 
 #include <QtGlobal>
 
+#include <atomic>
+
 namespace {
+
+std::atomic<MediaApp::BrowserNaming> g_browserNaming{MediaApp::BrowserNaming::bySite};
 
 struct Attributes {
     const char* rawValue;
     const char* displayName;
+    // The browser's name alone, for a browser app named by browser; null for the other apps.
+    const char* browserName;
     const char* processName;
     const char* symbolName;
     TintColor tint;
@@ -14,12 +20,14 @@ struct Attributes {
 
 const Attributes& attributes(MediaApp app) {
     static const Attributes table[] = {
-        {"spotify", "Spotify", "Spotify", "music.note", TintColor::green},
-        {"appleMusic", "Apple Music", "Music", "music.quarternote.3", TintColor::pink},
-        {"chromeYouTube", "YouTube (Chrome)", "Google Chrome", "play.rectangle", TintColor::red},
-        {"safariYouTube", "YouTube (Safari)", "Safari", "safari", TintColor::blue},
-        {"firefox", "Firefox", "Firefox", "globe", TintColor::orange},
-        {"otherPlayers", "Other players", "Other players", "music.note.list", TintColor::purple},
+        {"spotify", "Spotify", nullptr, "Spotify", "music.note", TintColor::green},
+        {"appleMusic", "Apple Music", nullptr, "Music", "music.quarternote.3", TintColor::pink},
+        {"chromeYouTube", "YouTube (Chrome)", "Chrome", "Google Chrome", "play.rectangle",
+         TintColor::red},
+        {"safariYouTube", "YouTube (Safari)", "Safari", "Safari", "safari", TintColor::blue},
+        {"firefox", "Firefox", nullptr, "Firefox", "globe", TintColor::orange},
+        {"otherPlayers", "Other players", nullptr, "Other players", "music.note.list",
+         TintColor::purple},
     };
     return table[app.value()];
 }
@@ -40,7 +48,19 @@ QString MediaApp::rawValue() const {
 }
 
 QString MediaApp::displayName() const {
-    return QString::fromLatin1(attributes(*this).displayName);
+    const Attributes& shown = attributes(*this);
+    if (g_browserNaming == BrowserNaming::byBrowser && shown.browserName != nullptr) {
+        return QString::fromLatin1(shown.browserName);
+    }
+    return QString::fromLatin1(shown.displayName);
+}
+
+void MediaApp::setBrowserNaming(BrowserNaming naming) {
+    g_browserNaming = naming;
+}
+
+MediaApp::BrowserNaming MediaApp::browserNaming() {
+    return g_browserNaming;
 }
 
 QString MediaApp::processName() const {

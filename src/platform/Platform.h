@@ -33,6 +33,10 @@ std::shared_ptr<ScriptEngine> createScriptEngine();
 // reconcile, the Apps tab shows and the controller tries.
 QList<MediaApp> mediaApps();
 
+// How the browser apps are named here: after the site they drive, or after the browser where
+// they drive the media of any page.
+MediaApp::BrowserNaming browserNaming();
+
 // How the media apps are driven. Shared by the seek thread, the now-playing polls and the
 // permission probes.
 std::shared_ptr<PlayerControl> createPlayerControl();

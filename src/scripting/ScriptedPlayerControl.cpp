@@ -89,12 +89,16 @@ SeekResult ScriptedPlayerControl::playPause(MediaApp app, double timeout) {
     return SeekResult::error;
 }
 
-std::optional<QString> ScriptedPlayerControl::nowPlayingText(MediaApp app, double timeout) {
+std::optional<PlayerControl::NowPlayingAnswer> ScriptedPlayerControl::nowPlaying(MediaApp app,
+                                                                                 double timeout) {
     if (nowPlayingScript(app).isEmpty()) {
         return std::nullopt;
     }
     const ScriptResult result = AppleScriptService::execute(nowPlayingScript(app), timeout);
-    return result.isSuccess() ? result.text() : std::nullopt;
+    if (!result.isSuccess() || !result.text()) {
+        return std::nullopt;
+    }
+    return NowPlayingAnswer{*result.text()};
 }
 
 PermissionStatus ScriptedPlayerControl::probe(const PermissionItem& item, double timeout) {

@@ -31,7 +31,8 @@ public:
     const SeekFeedback& feedback() const { return m_feedback; }
     // The symbol shown: the numbered arrow of the first configured step where there is one.
     QString iconName() const;
-    QString playerName() const { return m_feedback.app.displayName(); }
+    // The player acted on, by its own name where the app stands for many kinds of player.
+    QString playerName() const { return m_feedback.shownName(); }
 
 protected:
     void paintEvent(QPaintEvent* event) override;

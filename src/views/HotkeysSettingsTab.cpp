@@ -272,12 +272,17 @@ void HotkeysSettingsTab::refresh() {
 
 void HotkeysSettingsTab::orderFocus() {
     // Within a row the chain is already header, delete button, then the editor's controls; the
-    // rows themselves are put in the order shown.
+    // rows themselves are put in the order shown. Only widgets that take the focus: the toolkit
+    // leaves the chain as it is for a pair with one that does not.
+    // An editor opened later has its controls wherever the toolkit put them then, so each
+    // row's are looked for round the whole chain.
     QList<QWidget*> chain;
     for (ActionRowContainer* row : m_rows) {
-        QWidget* widget = row;
-        while ((widget = widget->nextInFocusChain()) != row && row->isAncestorOf(widget)) {
-            chain.append(widget);
+        for (QWidget* widget = row->nextInFocusChain(); widget != row;
+             widget = widget->nextInFocusChain()) {
+            if (row->isAncestorOf(widget) && widget->focusPolicy() != Qt::NoFocus) {
+                chain.append(widget);
+            }
         }
     }
     chain.append(m_addAction);
@@ -303,6 +308,11 @@ void HotkeysSettingsTab::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
     if (event->type() == QEvent::PaletteChange) {
         applyColors();
+    } else if (event->type() == QEvent::ParentChange) {
+        // Moved into a window, the tab's part of the focus chain goes in as it stood. Alone it
+        // was a ring, in which Add Action right after the tab itself already counted as after
+        // the last row, so the order was left so; in the window it would come first.
+        orderFocus();
     }
 }
 

@@ -276,8 +276,17 @@ void MenuBarView::updateState() {
         const NowPlaying playing = *m_status.nowPlaying();
         row.symbol->setSymbolName(playing.app.symbolName());
         row.text->setText(playing.title);
-        row.detail->setText(playing.artist);
-        row.detail->setVisible(!playing.artist.isEmpty());
+        // The symbol tells the apps apart, but not the players of an app of many kinds: such a
+        // player is named under the title, as the feedback names it.
+        QStringList details;
+        if (!playing.artist.isEmpty()) {
+            details << playing.artist;
+        }
+        if (!playing.playerName.isEmpty()) {
+            details << playing.playerName;
+        }
+        row.detail->setText(details.join(QStringLiteral(" · ")));
+        row.detail->setVisible(!details.isEmpty());
         break;
     }
     case MenuBarState::noMedia:
@@ -287,7 +296,9 @@ void MenuBarView::updateState() {
         row.symbol->setSymbolName(last.symbolName());
         row.symbol->setColor(Style::tint(last.tintColor()));
         row.dot->setColor(Style::tint(last.tintColor()));
-        row.text->setText(QStringLiteral("Last: ") + last.displayName());
+        const QString playerName = m_status.lastActivePlayerName();
+        row.text->setText(QStringLiteral("Last: ") +
+                          (playerName.isEmpty() ? last.displayName() : playerName));
         break;
     }
     }

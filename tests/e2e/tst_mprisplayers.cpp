@@ -31,6 +31,15 @@ std::unique_ptr<PlayerProcess> player(const QString& name, const QString& progra
     return process;
 }
 
+// A settings store offering Linux's apps, in the home given.
+std::unique_ptr<AppSettings> linuxSettings(const TempHome& home) {
+    return std::make_unique<AppSettings>(
+        std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+            home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
+        QList<MediaApp>{MediaApp::spotify, MediaApp::chromeYouTube, MediaApp::firefox,
+                        MediaApp::otherPlayers});
+}
+
 QString chromium(qint64 pid) {
     return QStringLiteral("chromium.instance%1").arg(pid);
 }
@@ -682,7 +691,8 @@ private slots:
         auto paused = player(QStringLiteral("spotify"), QString(), {QStringLiteral("--paused")});
         QTRY_COMPARE(registry.playersOf(MediaApp::spotify).size(), 1);
         QCOMPARE(control.seekIfPlaying(MediaApp::spotify, 10, 3.0).result, SeekResult::notPlaying);
-        QCOMPARE(control.nowPlayingText(MediaApp::spotify, 2.0), std::optional<QString>(QString()));
+        QCOMPARE(control.nowPlaying(MediaApp::spotify, 2.0),
+                 std::optional(PlayerControl::NowPlayingAnswer{}));
         QCOMPARE(control.seekIfPlaying(MediaApp::spotify, 10, 3.0).alert, std::nullopt);
     }
 
@@ -693,8 +703,9 @@ private slots:
                               {QStringLiteral("--title"), QStringLiteral("Intro - Live"),
                                QStringLiteral("--artist"), QStringLiteral("Band")});
         QTRY_COMPARE(registry.playersOf(MediaApp::spotify).size(), 1);
-        QCOMPARE(control.nowPlayingText(MediaApp::spotify, 2.0),
-                 std::optional<QString>(QStringLiteral("Intro - Live - Band")));
+        QCOMPARE(
+            control.nowPlaying(MediaApp::spotify, 2.0),
+            std::optional(PlayerControl::NowPlayingAnswer{QStringLiteral("Intro - Live - Band")}));
     }
 
     void probes() {
@@ -723,10 +734,7 @@ private slots:
     // A player of "Other players" is named by its own Identity in the feedback.
     void anOtherPlayerIsNamedByItsIdentity() {
         TempHome home;
-        AppSettings settings(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
-                                 home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
-                             {MediaApp::spotify, MediaApp::chromeYouTube, MediaApp::firefox,
-                              MediaApp::otherPlayers});
+        const std::unique_ptr<AppSettings> settings = linuxSettings(home);
         MprisPlayerRegistry registry(QDBusConnection::sessionBus());
         auto vlc = player(QStringLiteral("vlc"), QString(),
                           {QStringLiteral("--identity"), QStringLiteral("VLC media player"),
@@ -734,8 +742,8 @@ private slots:
         QTRY_COMPARE(registry.identityOf(prefix + QStringLiteral("vlc")),
                      QStringLiteral("VLC media player"));
         auto control = std::make_shared<MprisPlayerControl>(registry);
-        MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
-        MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
+        MediaStatus status(control, *settings, [] { return QList<MediaApp>(); });
+        MediaController controller(control, std::make_unique<MprisRunningApps>(registry), *settings,
                                    status);
         QSignalSpy finished(&controller, &MediaController::seekFinished);
         controller.enqueueSeek(10);
@@ -743,8 +751,52 @@ private slots:
         QCOMPARE(status.seekFeedback()->app, MediaApp(MediaApp::otherPlayers));
         QCOMPARE(status.seekFeedback()->shownName(), QStringLiteral("VLC media player"));
         QCOMPARE(vlc->calls().filter(QStringLiteral("Seek 10000000")).size(), 1);
+        // The panel's last player is named the same way.
+        QCOMPARE(status.lastActiveApp(), std::optional<MediaApp>(MediaApp::otherPlayers));
+        QCOMPARE(status.lastActivePlayerName(), QStringLiteral("VLC media player"));
         // Spotify is named by its app.
         QCOMPARE(control->seekIfPlaying(MediaApp::spotify, 10, 3.0).playerName, QString());
+    }
+
+    // What a player of "Other players" plays is shown with its own name too; Spotify's with
+    // none, its app naming it.
+    void whatAnOtherPlayerPlaysIsNamedByItsIdentity() {
+        TempHome home;
+        const std::unique_ptr<AppSettings> settings = linuxSettings(home);
+        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        auto vlc = player(QStringLiteral("vlc"), QString(),
+                          {QStringLiteral("--identity"), QStringLiteral("VLC media player"),
+                           QStringLiteral("--title"), QStringLiteral("Intro"),
+                           QStringLiteral("--artist"), QStringLiteral("Band")});
+        auto spotify = player(QStringLiteral("spotify"), QString(),
+                              {QStringLiteral("--title"), QStringLiteral("Song"),
+                               QStringLiteral("--identity"), QStringLiteral("Spotify Premium")});
+        QTRY_COMPARE(registry.identityOf(prefix + QStringLiteral("vlc")),
+                     QStringLiteral("VLC media player"));
+        QTRY_COMPARE(registry.playersOf(MediaApp::spotify).size(), 1);
+        auto control = std::make_shared<MprisPlayerControl>(registry);
+        QCOMPARE(control->nowPlaying(MediaApp::otherPlayers, 2.0),
+                 std::optional(PlayerControl::NowPlayingAnswer{
+                     QStringLiteral("Intro - Band"), QStringLiteral("VLC media player")}));
+        QCOMPARE(control->nowPlaying(MediaApp::spotify, 2.0),
+                 std::optional(PlayerControl::NowPlayingAnswer{QStringLiteral("Song - Band")}));
+
+        // Through the poll the panel runs while it is open.
+        QList<MediaApp> candidates{MediaApp::otherPlayers};
+        MediaStatus status(control, *settings, [&candidates] { return candidates; });
+        QSignalSpy changed(&status, &MediaStatus::nowPlayingChanged);
+        status.pollNowPlaying();
+        QTRY_COMPARE(changed.size(), 1);
+        QCOMPARE(
+            status.nowPlaying(),
+            std::optional(NowPlaying{QStringLiteral("Intro"), QStringLiteral("Band"),
+                                     MediaApp::otherPlayers, QStringLiteral("VLC media player")}));
+        QCOMPARE(status.nowPlaying()->shownName(), QStringLiteral("VLC media player"));
+        candidates = {MediaApp::spotify};
+        status.pollNowPlaying();
+        QTRY_COMPARE(changed.size(), 2);
+        QCOMPARE(status.nowPlaying()->playerName, QString());
+        QCOMPARE(status.nowPlaying()->shownName(), QStringLiteral("Spotify"));
     }
 
     // The whole path: a request through the controller reaches the playing player.

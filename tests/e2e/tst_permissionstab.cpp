@@ -77,6 +77,8 @@ private:
     }
 
 private slots:
+    // As the application shell names the apps.
+    void initTestCase() { MediaApp::setBrowserNaming(Platform::browserNaming()); }
     void init() { m_desktop = Platform::createDesktopIntegration(); }
     void cleanup() { m_tab.reset(); }
 
@@ -111,13 +113,18 @@ private slots:
         waitUntilRunning(MediaApp(MediaApp::otherPlayers).processName());
         openTab();
         QStringList rows;
+        QStringList names;
         for (QWidget* row : m_tab->findChildren<QWidget*>(QStringLiteral("permissionRow"))) {
             rows << row->property("itemId").toString();
+            names << row->findChild<QLabel*>(QStringLiteral("rowTitle"))->text();
         }
         QCOMPARE(rows, (QStringList{QStringLiteral("automation-spotify"),
                                     QStringLiteral("automation-chromeYouTube"),
                                     QStringLiteral("automation-firefox"),
                                     QStringLiteral("automation-otherPlayers")}));
+        // The Chrome app is every Chromium-based browser, whatever page plays.
+        QCOMPARE(names, (QStringList{QStringLiteral("Spotify"), QStringLiteral("Chrome"),
+                                     QStringLiteral("Firefox"), QStringLiteral("Other players")}));
         QCOMPARE(checkedStatusOf(QStringLiteral("automation-otherPlayers")),
                  QStringLiteral("Granted"));
         QCOMPARE(statusOf(QStringLiteral("automation-firefox")), QStringLiteral("Not running"));

@@ -1,8 +1,10 @@
 // The program's windows on a real Wayland compositor (weston, headless; see with-wayland): the
-// whole program is built here as it starts, as a Wayland client with no X server in reach. The
-// overlay shows after a seek without taking the focus, the settings window opens and works,
-// the Permissions tab names the desktop portal as the way hotkeys come, and a
-// StatusNotifierItem panel that starts later gets the item, whose click opens the panel.
+// whole program is built here as it starts, as a Wayland client with no X server in reach, and
+// serves the session's requests as the running copy. The overlay shows after a seek asked for
+// on the command line without taking the focus, the settings window opens and works, the
+// Permissions tab names the desktop portal as the way hotkeys come, and a StatusNotifierItem
+// panel that starts later gets the item, whose click opens the panel.
+#include "app/InstanceServer.h"
 #include "app/ScrublineApp.h"
 #include "support/FakePortal.h"
 #include "support/FakeStatusNotifierHost.h"
@@ -16,6 +18,8 @@
 #include "views/SettingsView.h"
 
 #include <QApplication>
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QLabel>
 #include <QProcess>
 #include <QSettings>
@@ -56,6 +60,7 @@ class TestWaylandWindows : public QObject {
 private:
     std::unique_ptr<FakePortal> m_portal;
     std::unique_ptr<PlayerProcess> m_player;
+    std::unique_ptr<InstanceServer> m_server;
     std::unique_ptr<ScrublineApp> m_app;
 
 private slots:
@@ -75,26 +80,43 @@ private slots:
                                         QStringLiteral("--spotify"), QStringLiteral("--position"),
                                         QStringLiteral("60")});
         QVERIFY(m_player->waitForBusName(QStringLiteral("org.mpris.MediaPlayer2.spotify")));
+        // The running copy, as the program makes itself one.
+        m_server = std::make_unique<InstanceServer>();
+        QVERIFY(m_server->claim());
         m_app = std::make_unique<ScrublineApp>();
+        m_server->serve(m_app.get());
         QTRY_COMPARE_WITH_TIMEOUT(m_portal->boundShortcuts().size(), 2, 20000);
     }
 
     void cleanupTestCase() {
         m_app.reset();
+        m_server.reset();
         m_player.reset();
         m_portal.reset();
     }
 
-    void theOverlayShowsAfterASeekWithoutTakingTheFocus() {
+    void theOverlayShowsAfterACommandLineSeekWithoutTakingTheFocus() {
+        QVERIFY(QDBusConnection::sessionBus()
+                    .interface()
+                    ->isServiceRegistered(QStringLiteral("com.scrubline.app"))
+                    .value());
         QWindow* focusBefore = QGuiApplication::focusWindow();
         LogCapture log;
-        std::optional<MediaController::Served> served;
-        m_app->seek(10, [&served](const MediaController::Served& outcome) { served = outcome; });
-        QTRY_VERIFY_WITH_TIMEOUT(served.has_value(), 20000);
-        QVERIFY(served->acted);
-        QCOMPARE(served->line, QStringLiteral("Spotify: +10s"));
+        // Another process, as from a terminal or a key binding of the desktop's; this thread
+        // goes on serving meanwhile.
+        QProcess command;
+        command.start(QStringLiteral(SCRUBLINE_BINARY),
+                      {QStringLiteral("seek"), QStringLiteral("+10")});
+        QVERIFY(command.waitForStarted());
         HUDPanel* overlay = nullptr;
-        QTRY_VERIFY_WITH_TIMEOUT((overlay = findVisible<HUDPanel>()) != nullptr, 10000);
+        QTRY_VERIFY_WITH_TIMEOUT((overlay = findVisible<HUDPanel>()) != nullptr, 20000);
+        QTRY_COMPARE_WITH_TIMEOUT(command.state(), QProcess::NotRunning, 20000);
+        QCOMPARE(command.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(command.exitCode(), 0);
+        QCOMPARE(command.readAllStandardOutput(), QByteArray("Spotify: +10s\n"));
+        QCOMPARE(command.readAllStandardError(), QByteArray());
+        QCOMPARE(m_player->calls().filter(QStringLiteral("Seek ")),
+                 QStringList{QStringLiteral("Seek 10000000")});
         QTRY_VERIFY_WITH_TIMEOUT(exposed(overlay), 10000);
         QVERIFY(overlay->windowFlags().testFlag(Qt::WindowDoesNotAcceptFocus));
         QTest::qWait(300);

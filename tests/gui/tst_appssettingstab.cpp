@@ -26,6 +26,9 @@ QList<MediaApp> apps(std::initializer_list<MediaApp> list) {
     return QList<MediaApp>(list);
 }
 
+const QList<MediaApp> linuxApps{MediaApp::spotify, MediaApp::chromeYouTube, MediaApp::firefox,
+                                MediaApp::otherPlayers};
+
 const QList<MediaApp> defaultOrder = apps(
     {MediaApp::spotify, MediaApp::appleMusic, MediaApp::chromeYouTube, MediaApp::safariYouTube});
 
@@ -170,8 +173,10 @@ private slots:
     // Where the platform offers other apps (Linux), those are the rows, with their own names,
     // symbols and tints; apps a Mac's file named stay in the list, unshown and in place.
     void onlyTheOfferedAppsAreShownAndMoved() {
-        const QList<MediaApp> linuxApps{MediaApp::spotify, MediaApp::chromeYouTube,
-                                        MediaApp::firefox, MediaApp::otherPlayers};
+        // Named as Linux names them: the Chrome app is any page in any Chromium-based browser.
+        MediaApp::setBrowserNaming(MediaApp::BrowserNaming::byBrowser);
+        const auto restore =
+            qScopeGuard([] { MediaApp::setBrowserNaming(MediaApp::BrowserNaming::bySite); });
         m_settings = std::make_unique<AppSettings>(
             std::make_unique<UserDefaults>(
                 std::make_unique<QSettings>(m_path, QSettings::IniFormat)),
@@ -180,8 +185,9 @@ private slots:
             apps({MediaApp::appleMusic, MediaApp::spotify, MediaApp::safariYouTube,
                   MediaApp::chromeYouTube, MediaApp::firefox, MediaApp::otherPlayers}));
         const auto tab = openTab();
-        QCOMPARE(rowTexts(*tab), QStringList({"1. Spotify", "2. YouTube (Chrome)", "3. Firefox",
-                                              "4. Other players"}));
+        QCOMPARE(rowTexts(*tab),
+                 QStringList({"1. Spotify", "2. Chrome", "3. Firefox", "4. Other players"}));
+        QCOMPARE(shownRows(*tab)[1].row->accessibleName(), QStringLiteral("Chrome, priority 2"));
         const QList<ShownRow> rows = shownRows(*tab);
         QCOMPARE(rows[2].symbol, QStringLiteral("globe"));
         QCOMPARE(rows[3].symbol, QStringLiteral("music.note.list"));
@@ -450,15 +456,31 @@ private slots:
 
     void screenshots_data() {
         QTest::addColumn<bool>("dark");
-        QTest::newRow("light") << false;
-        QTest::newRow("dark") << true;
+        QTest::addColumn<bool>("linuxList");
+        QTest::newRow("light") << false << false;
+        QTest::newRow("dark") << true << false;
+        // Linux's players, named as Linux names them.
+        QTest::newRow("linux light") << false << true;
+        QTest::newRow("linux dark") << true << true;
     }
 
     void screenshots() {
         QFETCH(bool, dark);
+        QFETCH(bool, linuxList);
         QApplication::setPalette(dark ? Screenshots::darkPalette() : Screenshots::lightPalette());
-        m_settings = openStore(m_path);
-        m_settings->setDisabledApps({MediaApp::appleMusic});
+        const auto restore =
+            qScopeGuard([] { MediaApp::setBrowserNaming(MediaApp::BrowserNaming::bySite); });
+        if (linuxList) {
+            MediaApp::setBrowserNaming(MediaApp::BrowserNaming::byBrowser);
+            m_settings = std::make_unique<AppSettings>(
+                std::make_unique<UserDefaults>(
+                    std::make_unique<QSettings>(m_path, QSettings::IniFormat)),
+                linuxApps);
+            m_settings->setDisabledApps({MediaApp::firefox});
+        } else {
+            m_settings = openStore(m_path);
+            m_settings->setDisabledApps({MediaApp::appleMusic});
+        }
         // The settings window is 480 wide and as tall as its tab needs.
         QWidget frame;
         frame.setFixedWidth(480);
@@ -480,9 +502,16 @@ private slots:
             QVERIFY(each->width() >= each->sizeHint().width());
             QVERIFY(each->height() >= each->sizeHint().height());
         }
-        QCOMPARE(switches(*tab), QList<bool>({true, false, true, true}));
+        if (linuxList) {
+            QCOMPARE(rowTexts(*tab),
+                     QStringList({"1. Spotify", "2. Chrome", "3. Firefox", "4. Other players"}));
+            QCOMPARE(switches(*tab), QList<bool>({true, true, false, true}));
+        } else {
+            QCOMPARE(switches(*tab), QList<bool>({true, false, true, true}));
+        }
         const QString path = Screenshots::save(
-            frame.grab(), QStringLiteral("settings-apps-%1").arg(dark ? "dark" : "light"));
+            frame.grab(), QStringLiteral("settings-apps-%1%2")
+                              .arg(linuxList ? "linux-" : "", dark ? "dark" : "light"));
         QVERIFY(!path.isEmpty());
         qInfo("%s", qPrintable(path));
     }

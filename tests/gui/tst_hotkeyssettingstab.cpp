@@ -6,6 +6,7 @@
 #include "views/ActionRowHeader.h"
 #include "views/HotkeyRecorder.h"
 #include "views/HotkeysSettingsTab.h"
+#include "views/SettingsView.h"
 #include "views/Style.h"
 #include "views/SymbolButton.h"
 #include "views/SymbolView.h"
@@ -706,6 +707,43 @@ private slots:
         settings().resetToDefaults();
         QCOMPARE(shownRows().size(), SeekAction::defaults().size());
         QVERIFY(!m_tab->expandedID());
+    }
+
+    // As the tab is first made, inside the settings window as the program shows it: Tab goes
+    // from the tab bar through the rows, in the order shown, and then to Add Action.
+    void tabGoesThroughTheRowsInOrderFromTheStart() {
+        settings().setSeekActions(
+            {action(Direction::forward, 10, rightArrow, controlOptionCommand),
+             action(Direction::backward, 10, leftArrow, controlOptionCommand)});
+        SettingsView window(settings().defaults());
+        window.setPage(QStringLiteral("general"), new QLabel(QStringLiteral("general")));
+        auto* tab = new HotkeysSettingsTab(settings());
+        window.setPage(QStringLiteral("hotkeys"), tab);
+        window.selectTab(QStringLiteral("hotkeys"));
+        window.show();
+        QVERIFY(QTest::qWaitForWindowExposed(&window));
+        QList<ActionRowContainer*> rows = tab->rows();
+        QCOMPARE(rows.size(), 2);
+        QCOMPARE(nextTabStop(window.tabBar()), static_cast<QWidget*>(rows[0]->header()));
+        QCOMPARE(nextTabStop(rows[0]->header()), static_cast<QWidget*>(rows[1]->header()));
+        QCOMPARE(nextTabStop(rows[1]->header()),
+                 tab->findChild<QWidget*>(QStringLiteral("addActionButton")));
+        // The first row opened: its editor's controls come before the next row.
+        clickHeader(rows[0]);
+        QVERIFY(rows[0]->isExpanded());
+        QStringList stops;
+        QWidget* walk = window.tabBar();
+        for (int steps = 0; steps < 11; ++steps) {
+            stops << walk->objectName();
+            walk = nextTabStop(walk);
+        }
+        QCOMPARE(stops,
+                 (QStringList{QStringLiteral("settingsTabs"), QStringLiteral("actionRowHeader"),
+                              QStringLiteral("deleteButton"), QString(), QString(),
+                              QString(), // the three directions
+                              QStringLiteral("secondsPicker"), QStringLiteral("hotkeyRecorder"),
+                              QStringLiteral("testButton"), QStringLiteral("actionRowHeader"),
+                              QStringLiteral("addActionButton")}));
     }
 
     void tabGoesThroughTheRowsInOrder() {

@@ -117,6 +117,7 @@ private slots:
         QTest::newRow("music") << int(MediaApp::appleMusic) << "Apple Music";
         QTest::newRow("chrome") << int(MediaApp::chromeYouTube) << "YouTube (Chrome)";
         QTest::newRow("safari") << int(MediaApp::safariYouTube) << "YouTube (Safari)";
+        QTest::newRow("other players") << int(MediaApp::otherPlayers) << "Other players";
     }
 
     void theCardNamesEachPlayer() {
@@ -125,6 +126,16 @@ private slots:
         m_rig->status().showFeedback(static_cast<MediaApp::Value>(app), FeedbackKind::forward);
         QTRY_VERIFY(cardShowing());
         QCOMPARE(panel()->card()->playerName(), name);
+    }
+
+    // A player of an app of many kinds is named as it names itself, as the panel names it.
+    void theCardNamesAnOtherPlayerByItsOwnName() {
+        m_rig->status().showFeedback(MediaApp::otherPlayers, FeedbackKind::backward,
+                                     QStringLiteral("VLC media player"));
+        QTRY_VERIFY(cardShowing());
+        QCOMPARE(panel()->card()->playerName(), QStringLiteral("VLC media player"));
+        QCOMPARE(panel()->card()->findChild<QLabel*>(QStringLiteral("playerName"))->text(),
+                 QStringLiteral("VLC media player"));
     }
 
     // The written measures: paddings 32 and 24, spacing 12, radius 18, fonts 36 and 14 points

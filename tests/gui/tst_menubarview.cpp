@@ -21,6 +21,9 @@ namespace {
 
 using Direction = SeekAction::Direction;
 const QString spotifyProcess = QStringLiteral("Spotify");
+const QList<MediaApp> linuxApps{MediaApp::spotify, MediaApp::chromeYouTube, MediaApp::firefox,
+                                MediaApp::otherPlayers};
+const QString vlcName = QStringLiteral("VLC media player");
 
 // The named widget a person can see: the state rows not shown now are hidden, with their
 // parts, until their state comes.
@@ -63,6 +66,16 @@ private:
 
     void completeOnboarding() {
         m_rig->settings().defaults().setBool(MenuBarView::onboardingKey, true);
+    }
+
+    // Linux's apps, with a player of "Other players" that plays and names itself.
+    void useAnOtherPlayer() {
+        m_rig = std::make_unique<ControllerRig>(linuxApps);
+        m_rig->start({MediaApp(MediaApp::otherPlayers).processName()});
+        m_rig->players().setSeekAnswer(MediaApp::otherPlayers,
+                                       {SeekResult::seeked, std::nullopt, vlcName});
+        m_rig->settings().setFeedbackDuration(30);
+        completeOnboarding();
     }
 
     void setSteps(double forward, double backward) {
@@ -268,6 +281,35 @@ private slots:
         QCOMPARE(stateText(*view), QStringLiteral("Song"));
         QCOMPARE(child<QLabel>(*view, QStringLiteral("stateDetail"))->text(),
                  QStringLiteral("Band"));
+    }
+
+    // A player of "Other players" is named as it names itself wherever the panel names the
+    // player: after a seek, as the last player, and under what it plays.
+    void anOtherPlayerIsNamedByItsOwnName() {
+        useAnOtherPlayer();
+        m_rig->settings().setFeedbackDuration(0.2);
+        const auto view = makeView();
+        QCOMPARE(m_rig->seek({10}), 1);
+        QCOMPARE(view->state(), std::optional(MenuBarState::feedback));
+        QCOMPARE(stateText(*view), vlcName);
+        QTRY_COMPARE(view->state(), std::optional(MenuBarState::lastApp));
+        QCOMPARE(stateText(*view), QStringLiteral("Last: ") + vlcName);
+        QCOMPARE(stateSymbol(*view), QStringLiteral("music.note.list"));
+
+        m_rig->players().setNowPlayingText(MediaApp::otherPlayers, QStringLiteral("Intro - Band"),
+                                           vlcName);
+        view->show();
+        QTRY_COMPARE(view->state(), std::optional(MenuBarState::nowPlaying));
+        QCOMPARE(stateText(*view), QStringLiteral("Intro"));
+        QCOMPARE(child<QLabel>(*view, QStringLiteral("stateDetail"))->text(),
+                 QStringLiteral("Band · ") + vlcName);
+        QCOMPARE(stateSymbol(*view), QStringLiteral("music.note.list"));
+        // Without an artist, the player's name alone is under the title.
+        m_rig->players().setNowPlayingText(MediaApp::otherPlayers, QStringLiteral("Clip.mkv"),
+                                           vlcName);
+        m_rig->status().pollNowPlaying();
+        QTRY_COMPARE(stateText(*view), QStringLiteral("Clip.mkv"));
+        QCOMPARE(child<QLabel>(*view, QStringLiteral("stateDetail"))->text(), vlcName);
     }
 
     void theForwardButtonSeeksTheUnroundedStep() {
@@ -479,6 +521,15 @@ private slots:
             view.setNoticeOnce(QStringLiteral("screenshotNotice"),
                                m_rig->desktop().texts().accessibilityHint);
         });
+        // A player of "Other players", by its own name.
+        useAnOtherPlayer();
+        setSteps(10, 10);
+        shoot(QStringLiteral("feedback-other"), [this] { QCOMPARE(m_rig->seek({10}), 1); });
+        useAnOtherPlayer();
+        setSteps(10, 10);
+        m_rig->players().setNowPlayingText(MediaApp::otherPlayers,
+                                           QStringLiteral("Clair de lune - Debussy"), vlcName);
+        shoot(QStringLiteral("nowplaying-other"), [this] { m_rig->status().pollNowPlaying(); });
     }
 };
 

@@ -302,13 +302,20 @@ private slots:
         m_trusted = true;
         m_tab->refresh();
         shoot(QStringLiteral("trusted"));
-        // As on Linux: every player over MPRIS, one of them playing.
+        // As on Linux: every player over MPRIS, one of them playing, named as Linux names them.
+        MediaApp::setBrowserNaming(MediaApp::BrowserNaming::byBrowser);
+        const auto restore =
+            qScopeGuard([] { MediaApp::setBrowserNaming(MediaApp::BrowserNaming::bySite); });
         m_players->setProbeStatus(QStringLiteral("automation-firefox"), Status::denied);
         openTab({spotify, QStringLiteral("Firefox")}, true,
                 PermissionItem::forApps({MediaApp::spotify, MediaApp::chromeYouTube,
                                          MediaApp::firefox, MediaApp::otherPlayers},
                                         QStringLiteral("MPRIS over D-Bus")));
         waitForCheck();
+        QCOMPARE(row(QStringLiteral("automation-chromeYouTube"))
+                     ->findChild<QLabel*>(QStringLiteral("rowTitle"))
+                     ->text(),
+                 QStringLiteral("Chrome"));
         shoot(QStringLiteral("one-kind"));
     }
 };

@@ -7,10 +7,23 @@
 #include <QSettings>
 #include <QTimer>
 
+namespace {
+
+QList<MediaApp> macApps() {
+    const auto cases = MediaApp::allCases();
+    return QList<MediaApp>(cases.begin(), cases.end());
+}
+
+} // namespace
+
 ControllerRig::ControllerRig()
-    : m_settings(
-          std::make_unique<AppSettings>(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
-              m_home.path() + QStringLiteral("/settings.conf"), QSettings::IniFormat))))
+    : ControllerRig(macApps()) {}
+
+ControllerRig::ControllerRig(QList<MediaApp> offeredApps)
+    : m_settings(std::make_unique<AppSettings>(
+          std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+              m_home.path() + QStringLiteral("/settings.conf"), QSettings::IniFormat)),
+          std::move(offeredApps)))
     , m_players(std::make_shared<FakePlayers>())
     , m_desktop(Platform::createDesktopIntegration()) {}
 

@@ -17,6 +17,8 @@
 class ControllerRig {
 public:
     ControllerRig();
+    // Where the platform offers these apps rather than a Mac's.
+    explicit ControllerRig(QList<MediaApp> offeredApps);
     ~ControllerRig();
 
     // Makes the controller, with these applications running.

@@ -13,9 +13,12 @@ void FakePlayers::setPlayPauseResult(MediaApp app, SeekResult result) {
     m_playPauseResults.insert(app.rawValue(), result);
 }
 
-void FakePlayers::setNowPlayingText(MediaApp app, std::optional<QString> text) {
+void FakePlayers::setNowPlayingText(MediaApp app, std::optional<QString> text,
+                                    const QString& playerName) {
     std::lock_guard lock(m_mutex);
-    m_nowPlaying.insert(app.rawValue(), std::move(text));
+    m_nowPlaying.insert(app.rawValue(), text ? std::optional<NowPlayingAnswer>(
+                                                   NowPlayingAnswer{std::move(*text), playerName})
+                                             : std::nullopt);
 }
 
 void FakePlayers::setProbeStatus(const QString& id, PermissionStatus status) {
@@ -128,13 +131,14 @@ SeekResult FakePlayers::playPause(MediaApp app, double timeout) {
     return result;
 }
 
-std::optional<QString> FakePlayers::nowPlayingText(MediaApp app, double timeout) {
+std::optional<PlayerControl::NowPlayingAnswer> FakePlayers::nowPlaying(MediaApp app,
+                                                                       double timeout) {
     std::unique_lock lock(m_mutex);
     const bool hung = begin(Call::nowPlaying, app.rawValue(), 0, timeout, lock);
-    const std::optional<QString> text =
+    const std::optional<NowPlayingAnswer> answer =
         hung ? std::nullopt : m_nowPlaying.value(app.rawValue(), std::nullopt);
     end(Call::nowPlaying, app.rawValue(), 0, lock);
-    return text;
+    return answer;
 }
 
 PermissionStatus FakePlayers::probe(const PermissionItem& item, double timeout) {

@@ -39,6 +39,21 @@ private slots:
                  QByteArray(R"(["appleMusic"])"));
     }
 
+    // Every Chromium-based browser publishes every page that plays: the app is the browser's,
+    // named "Chrome" in every list and message, and its permission row too.
+    void theChromeAppIsNamedAfterTheBrowser() {
+        QCOMPARE(Platform::browserNaming(), MediaApp::BrowserNaming::byBrowser);
+        const auto restore =
+            qScopeGuard([] { MediaApp::setBrowserNaming(MediaApp::BrowserNaming::bySite); });
+        MediaApp::setBrowserNaming(Platform::browserNaming());
+        QStringList names;
+        for (const PermissionItem& item : Platform::permissionItems()) {
+            names << item.targetApp;
+        }
+        QCOMPARE(names, (QStringList{QStringLiteral("Spotify"), QStringLiteral("Chrome"),
+                                     QStringLiteral("Firefox"), QStringLiteral("Other players")}));
+    }
+
     void displayProblems_data() {
         QTest::addColumn<QByteArray>("platform");
         QTest::addColumn<QByteArray>("display");

@@ -109,6 +109,28 @@ private slots:
         QCOMPARE(mediaApp.tintColor(), tint);
     }
 
+    // Where a browser app drives any page, it is named after the browser; nothing else about
+    // any app changes, so a settings file reads the same on every platform.
+    void browserAppsCanBeNamedAfterTheBrowserAlone() {
+        QCOMPARE(MediaApp::browserNaming(), MediaApp::BrowserNaming::bySite);
+        const auto restore =
+            qScopeGuard([] { MediaApp::setBrowserNaming(MediaApp::BrowserNaming::bySite); });
+        MediaApp::setBrowserNaming(MediaApp::BrowserNaming::byBrowser);
+        QCOMPARE(MediaApp(MediaApp::chromeYouTube).displayName(), QStringLiteral("Chrome"));
+        QCOMPARE(MediaApp(MediaApp::safariYouTube).displayName(), QStringLiteral("Safari"));
+        QCOMPARE(MediaApp(MediaApp::spotify).displayName(), QStringLiteral("Spotify"));
+        QCOMPARE(MediaApp(MediaApp::appleMusic).displayName(), QStringLiteral("Apple Music"));
+        QCOMPARE(MediaApp(MediaApp::firefox).displayName(), QStringLiteral("Firefox"));
+        QCOMPARE(MediaApp(MediaApp::otherPlayers).displayName(), QStringLiteral("Other players"));
+        QCOMPARE(MediaApp(MediaApp::chromeYouTube).rawValue(), QStringLiteral("chromeYouTube"));
+        QCOMPARE(MediaApp(MediaApp::chromeYouTube).processName(), QStringLiteral("Google Chrome"));
+        QCOMPARE(MediaApp::fromRawValue(u"chromeYouTube"),
+                 std::optional<MediaApp>(MediaApp::chromeYouTube));
+        MediaApp::setBrowserNaming(MediaApp::BrowserNaming::bySite);
+        QCOMPARE(MediaApp(MediaApp::chromeYouTube).displayName(),
+                 QStringLiteral("YouTube (Chrome)"));
+    }
+
     void fromRawValueFindsEveryCase_data() {
         QTest::addColumn<QString>("rawValue");
         QTest::addColumn<MediaApp::Value>("app");

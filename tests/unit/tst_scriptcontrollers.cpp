@@ -264,11 +264,13 @@ private slots:
                        : ScriptedEngine::noText();
         });
         ScriptedPlayerControl players;
-        QCOMPARE(players.nowPlayingText(MediaApp::spotify, 2.0),
-                 std::optional<QString>(QStringLiteral("Intro - Live - Band")));
-        QCOMPARE(players.nowPlayingText(MediaApp::appleMusic, 2.0), std::nullopt);
-        QCOMPARE(players.nowPlayingText(MediaApp::chromeYouTube, 2.0), std::nullopt);
-        QCOMPARE(players.nowPlayingText(MediaApp::safariYouTube, 2.0), std::nullopt);
+        // Each app is one player, named by the app.
+        QCOMPARE(
+            players.nowPlaying(MediaApp::spotify, 2.0),
+            std::optional(PlayerControl::NowPlayingAnswer{QStringLiteral("Intro - Live - Band")}));
+        QCOMPARE(players.nowPlaying(MediaApp::appleMusic, 2.0), std::nullopt);
+        QCOMPARE(players.nowPlaying(MediaApp::chromeYouTube, 2.0), std::nullopt);
+        QCOMPARE(players.nowPlaying(MediaApp::safariYouTube, 2.0), std::nullopt);
         QCOMPARE(
             m_engine->ranSources(),
             QStringList({SpotifyController::nowPlayingScript(), MusicController::nowPlayingScript(),

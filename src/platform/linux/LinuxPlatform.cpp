@@ -58,6 +58,11 @@ QList<MediaApp> mediaApps() {
     return {MediaApp::spotify, MediaApp::chromeYouTube, MediaApp::firefox, MediaApp::otherPlayers};
 }
 
+MediaApp::BrowserNaming browserNaming() {
+    // Every Chromium-based browser publishes every page that plays, YouTube or not.
+    return MediaApp::BrowserNaming::byBrowser;
+}
+
 QList<PermissionItem> permissionItems() {
     // Every player here is reached over MPRIS, and all a player needs is to answer there.
     return PermissionItem::forApps(mediaApps(), QStringLiteral("MPRIS over D-Bus"));

@@ -179,15 +179,19 @@ SeekResult MprisPlayerControl::playPause(MediaApp app, double timeout) {
     return MprisClient::playPause(m_registry.bus(), target, remaining(deadline));
 }
 
-std::optional<QString> MprisPlayerControl::nowPlayingText(MediaApp app, double timeout) {
+std::optional<PlayerControl::NowPlayingAnswer> MprisPlayerControl::nowPlaying(MediaApp app,
+                                                                              double timeout) {
     const QDeadlineTimer deadline(milliseconds(timeout));
     for (const QString& player : m_registry.playersOf(app)) {
         const auto state = MprisClient::readState(m_registry.bus(), player, remaining(deadline));
         if (state && state->isPlaying()) {
-            return MprisClient::nowPlayingText(*state);
+            // Named as the seek feedback names it.
+            return NowPlayingAnswer{MprisClient::nowPlayingText(*state),
+                                    app == MediaApp::otherPlayers ? m_registry.identityOf(player)
+                                                                  : QString()};
         }
     }
-    return QString();
+    return NowPlayingAnswer{};
 }
 
 PermissionStatus MprisPlayerControl::probe(const PermissionItem& item, double timeout) {

@@ -15,7 +15,7 @@ public:
 
     SeekAnswer seekIfPlaying(MediaApp app, double seconds, double timeout) override;
     SeekResult playPause(MediaApp app, double timeout) override;
-    std::optional<QString> nowPlayingText(MediaApp app, double timeout) override;
+    std::optional<NowPlayingAnswer> nowPlaying(MediaApp app, double timeout) override;
     // Automation: the app's player answers a property read in time. Chrome's JavaScript: Chrome
     // has a player at all (without one its media integration is off).
     PermissionStatus probe(const PermissionItem& item, double timeout) override;

@@ -28,6 +28,11 @@ QList<MediaApp> mediaApps() {
     return QList<MediaApp>(cases.begin(), cases.end());
 }
 
+MediaApp::BrowserNaming browserNaming() {
+    // The browser scripts find a YouTube tab and drive its video, nothing else.
+    return MediaApp::BrowserNaming::bySite;
+}
+
 std::shared_ptr<PlayerControl> createPlayerControl() {
     return std::make_shared<ScriptedPlayerControl>();
 }
