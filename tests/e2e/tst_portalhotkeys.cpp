@@ -351,6 +351,27 @@ private slots:
         QTRY_COMPARE(presses, QList<std::uint32_t>{2});
     }
 
+    // Restarted alone, the portal's desktop backend still holds the old session under the
+    // program's one handle: the first asking is refused, the second gets a session.
+    void aPortalRestartedAloneIsAskedTwiceForTheSession() {
+        m_portal->setQuirks({.backendOutlivesRestart = true});
+        QList<std::uint32_t> presses;
+        auto service = boundService(&presses);
+        QVERIFY(service != nullptr);
+        QSignalSpy bound(service.get(), &PortalHotkeyService::shortcutsBound);
+        LogCapture log;
+        m_portal->disappear();
+        QTest::qWait(300);
+        const qsizetype before = m_portal->calls().size();
+        QVERIFY(m_portal->appear());
+        QVERIFY(bound.wait(10000));
+        QCOMPARE(m_portal->members().mid(before).count(QStringLiteral("CreateSession")), 2);
+        QCOMPARE(log.countContaining(QStringLiteral("declined")), 0);
+        QCOMPARE(service->mechanism(), std::string("Desktop portal: 2 of 2 hotkeys bound"));
+        m_portal->activate(m_portal->boundSession(), QStringLiteral("BACKWARD-ID"));
+        QTRY_COMPARE(presses, QList<std::uint32_t>{2});
+    }
+
     // Without a portal the program says once that there are no global hotkeys, and what to do.
     void withoutAPortalItSaysSoOnce() {
         m_portal->disappear();

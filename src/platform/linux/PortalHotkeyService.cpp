@@ -459,6 +459,17 @@ void PortalHotkeyService::onResponse(uint response, const QVariantMap& results,
     const PortalShortcuts listed = shortcutsIn(results);
     switch (pending) {
     case Pending::createSession:
+        if (response != 0 && !std::exchange(m_askedAgain, true)) {
+            // After a restart of the portal alone, its desktop backend may still hold the
+            // session under this handle; the portal closes that one when it refuses, so the
+            // second asking gets a session.
+            qCInfo(Log::general(),
+                   "The desktop portal refused a global shortcuts session (%u); "
+                   "asking once more",
+                   response);
+            createSession();
+            return;
+        }
         if (response != 0) {
             declined(response);
             return;
@@ -506,6 +517,7 @@ void PortalHotkeyService::onResponse(uint response, const QVariantMap& results,
 
 void PortalHotkeyService::takeBound(const PortalShortcuts& bound) {
     m_answered = true;
+    m_askedAgain = false;
     m_saidDeclined = false;
     m_assigned.clear();
     QSet<QString> offered;
@@ -544,6 +556,7 @@ void PortalHotkeyService::declined(uint response) {
                   response);
     }
     m_answered = true;
+    m_askedAgain = false;
     m_boundCount = std::make_pair(0, int(m_sessionSet.size()));
     m_assigned.clear();
     reportTriggers();

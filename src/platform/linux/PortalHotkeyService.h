@@ -126,6 +126,8 @@ private:
     // The set the session was made for, and whether the desktop has answered for it.
     PortalShortcuts m_sessionSet;
     bool m_answered = false;
+    // A refused session is asked for once more before the refusal counts.
+    bool m_askedAgain = false;
     // Counts the portal's restarts, so that an answer from before one is not taken as after.
     int m_generation = 0;
     QString m_requestPath;
