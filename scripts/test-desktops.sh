@@ -26,7 +26,7 @@ packages=(
     cmake ninja-build g++ pkg-config qt6-base-dev qt6-svg-dev qt6-wayland libxkbcommon-dev
     libdbus-1-dev libxcb1-dev libgl-dev libxcb-xtest0-dev
     # the player and the session
-    dbus dbus-bin mpv mpv-mpris ffmpeg playerctl xdg-desktop-portal
+    dbus dbus-bin libglib2.0-bin mpv mpv-mpris ffmpeg playerctl xdg-desktop-portal
     # KDE Plasma: KWin 6 holds the global shortcuts (kglobalaccel runs inside it); its key tool
     kwin-wayland xdg-desktop-portal-kde plasma-integration kglobalacceld kde-cli-tools
     plasma-wayland-protocols libwayland-dev
