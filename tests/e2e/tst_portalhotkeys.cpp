@@ -128,9 +128,15 @@ private slots:
         m_portal->assignTrigger(QStringLiteral("FORWARD-ID"),
                                 QStringLiteral("Ctrl+Alt+Meta+Right"));
         m_portal->assignTrigger(QStringLiteral("BACKWARD-ID"), QStringLiteral("Ctrl+Alt+B"));
+        LogCapture log;
         QList<std::uint32_t> presses;
         auto service = boundService(&presses);
         QVERIFY(service != nullptr);
+        // Said once, for the keys the desktop chose itself only.
+        QCOMPARE(log.countContaining(QStringLiteral("The desktop keeps")), 1);
+        QCOMPARE(log.countContaining(
+                     QStringLiteral("The desktop keeps Ctrl+Alt+B on \"Backward 10 seconds\"")),
+                 1);
         QCOMPARE(service->assignedTriggers(),
                  (std::map<std::uint32_t, QString>{{1, QStringLiteral("Ctrl+Alt+Meta+Right")},
                                                    {2, QStringLiteral("Ctrl+Alt+B")}}));
