@@ -556,12 +556,9 @@ void PortalHotkeyService::takeBound(const PortalShortcuts& bound) {
             }
         }
     }
-    const auto counted = std::make_pair(count, int(m_sessionSet.size()));
-    if (m_boundCount != counted) {
-        m_boundCount = counted;
-        qCInfo(Log::general(), "The desktop bound %d of %d global shortcuts", counted.first,
-               counted.second);
-    }
+    m_boundCount = std::make_pair(count, int(m_sessionSet.size()));
+    qCInfo(Log::general(), "The desktop bound %d of %d global shortcuts", m_boundCount->first,
+           m_boundCount->second);
     emit shortcutsBound();
     reportTriggers();
     finishRequest();
