@@ -135,6 +135,10 @@ QString AppDelegate::hotkeyMechanism() const {
 }
 
 void AppDelegate::readAssignedTriggers() {
+    if (const QString mechanism = hotkeyMechanism(); mechanism != m_mechanism) {
+        m_mechanism = mechanism;
+        emit hotkeyMechanismChanged(m_mechanism);
+    }
     if (m_hotkeys->mechanism().empty()) {
         emit hotkeysUnavailable();
         return;

@@ -82,6 +82,8 @@ signals:
     void hotkeysUnavailable();
     // The desktop has given other triggers than asked for, or stopped doing so.
     void assignedTriggersChanged(const QHash<QUuid, QString>& triggers);
+    // What hotkeyMechanism() says has changed, as when the desktop has bound the shortcuts.
+    void hotkeyMechanismChanged(const QString& mechanism);
     // The scripts asked for by one precompileScripts() call are built.
     void scriptsPrecompiled();
 
@@ -99,6 +101,7 @@ private:
     bool m_suspended = false;
     QSet<QUuid> m_unavailableActionIDs;
     QHash<QUuid, QString> m_assignedTriggers;
+    QString m_mechanism;
     // The action under each hotkey id of the last registration.
     QHash<std::uint32_t, QUuid> m_actionIDs;
     // The pending re-registration; stopping it cancels it.

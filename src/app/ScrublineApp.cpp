@@ -148,6 +148,13 @@ SettingsView* ScrublineApp::makeSettingsView() {
     if (const QString mechanism = m_appDelegate->hotkeyMechanism(); !mechanism.isEmpty()) {
         permissions->setAccessibilityGrantedText(mechanism);
     }
+    // The desktop may bind the hotkeys while the window is open; the row says how many.
+    connect(m_appDelegate.get(), &AppDelegate::hotkeyMechanismChanged, permissions,
+            [permissions](const QString& mechanism) {
+                if (!mechanism.isEmpty()) {
+                    permissions->setAccessibilityGrantedText(mechanism);
+                }
+            });
     view->setPage(QStringLiteral("permissions"), permissions);
     view->setPage(QStringLiteral("about"),
                   new AboutSettingsTab(

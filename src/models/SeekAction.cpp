@@ -63,9 +63,14 @@ const QList<SeekAction>& SeekAction::defaults() {
     // Control + option + command, deliberately without shift.
     static constexpr std::uint32_t mask =
         CarbonModifier::control | CarbonModifier::option | CarbonModifier::command;
+    // Fixed ids, the same at every start and in every copy: a desktop that keeps the keys the
+    // user approved under each shortcut's id would otherwise take the presets, which are not
+    // saved until edited, for new shortcuts at every login.
     static const QList<SeekAction> actions{
-        SeekAction(Direction::forward, 10.0, 124, mask),
-        SeekAction(Direction::backward, 10.0, 123, mask),
+        SeekAction(QUuid(QStringLiteral("53096E61-3070-40A0-B70D-A979007C793E")),
+                   Direction::forward, 10.0, 124, mask),
+        SeekAction(QUuid(QStringLiteral("493F347B-FF06-4C8F-92D0-7EF51C641BB8")),
+                   Direction::backward, 10.0, 123, mask),
     };
     return actions;
 }

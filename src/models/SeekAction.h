@@ -29,7 +29,7 @@ public:
     SeekAction(const QUuid& id, Direction direction, double seconds, std::uint16_t keyCode,
                std::uint32_t carbonModifiers);
 
-    // Built once per process, so their ids stay the same for the whole run.
+    // The two preset actions, under ids that never change.
     static const QList<SeekAction>& defaults();
 
     const QUuid& id() const { return m_id; }

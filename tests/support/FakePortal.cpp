@@ -90,7 +90,11 @@ bool FakePortal::handleMessage(const QDBusMessage& message, const QDBusConnectio
     const QVariantList arguments = message.arguments();
     if (message.interface() == QStringLiteral("org.freedesktop.host.portal.Registry") &&
         member == QStringLiteral("Register")) {
-        connection.send(message.createReply());
+        connection.send(m_quirks.refusesAppID
+                            ? message.createErrorReply(
+                                  QStringLiteral("org.freedesktop.portal.Error.Failed"),
+                                  QStringLiteral("App info not found for 'com.scrubline.app'"))
+                            : message.createReply());
         return true;
     }
     if (message.interface() == QStringLiteral("org.freedesktop.DBus.Properties") &&
@@ -102,6 +106,7 @@ bool FakePortal::handleMessage(const QDBusMessage& message, const QDBusConnectio
     if (message.interface() == QStringLiteral("org.freedesktop.portal.Session") &&
         member == QStringLiteral("Close")) {
         m_open.remove(message.path());
+        m_sessionShortcuts.remove(message.path());
         connection.send(message.createReply());
         return true;
     }
@@ -117,39 +122,97 @@ bool FakePortal::handleMessage(const QDBusMessage& message, const QDBusConnectio
     if (member == QStringLiteral("CreateSession")) {
         const QString session = sessionPath(
             message.service(), options.value(QStringLiteral("session_handle_token")).toString());
+        if (m_open.contains(session)) {
+            // Two open sessions under one handle cannot be told apart by their signals.
+            connection.send(
+                message.createErrorReply(QStringLiteral("org.freedesktop.portal.Error.Failed"),
+                                         QStringLiteral("A session with this handle exists")));
+            return true;
+        }
         m_open.insert(session);
+        PortalShortcuts held;
+        if (m_quirks.setFromCreateSession) {
+            held = granted(qdbus_cast<PortalShortcuts>(options.value(QStringLiteral("shortcuts"))));
+            for (const PortalShortcut& shortcut : held) {
+                m_approved.insert(shortcut.id, shortcut);
+            }
+        } else if (m_quirks.keepsApprovedShortcuts) {
+            held = m_approved.values();
+        }
+        m_sessionShortcuts.insert(session, held);
         connection.send(message.createReply(QVariant::fromValue(QDBusObjectPath(request))));
         respond(request, 0, {{QStringLiteral("session_handle"), session}});
         return true;
     }
     if (member == QStringLiteral("BindShortcuts")) {
-        m_boundSession = arguments.value(0).value<QDBusObjectPath>().path();
-        m_bound = qdbus_cast<PortalShortcuts>(arguments.value(1));
-        connection.send(message.createReply(QVariant::fromValue(QDBusObjectPath(request))));
-        if (!m_open.contains(m_boundSession)) {
-            respond(request, 2, {});
-            return true;
-        }
-        PortalShortcuts granted;
-        for (const PortalShortcut& shortcut : m_bound) {
-            const QString trigger = m_assigned.value(
-                shortcut.id,
-                shortcut.properties.value(QStringLiteral("preferred_trigger")).toString());
-            granted.append({shortcut.id,
-                            {{QStringLiteral("description"),
-                              shortcut.properties.value(QStringLiteral("description"))},
-                             {QStringLiteral("trigger_description"), trigger}}});
-        }
-        respond(request, 0, {{QStringLiteral("shortcuts"), QVariant::fromValue(granted)}});
+        bindShortcuts(message, connection, request);
         return true;
     }
     if (member == QStringLiteral("ListShortcuts")) {
+        const QString session = arguments.value(0).value<QDBusObjectPath>().path();
         connection.send(message.createReply(QVariant::fromValue(QDBusObjectPath(request))));
-        respond(request, 0, {{QStringLiteral("shortcuts"), QVariant::fromValue(m_bound)}});
+        if (!m_open.contains(session)) {
+            respond(request, 2, {});
+            return true;
+        }
+        respond(request, 0,
+                {{QStringLiteral("shortcuts"),
+                  QVariant::fromValue(m_sessionShortcuts.value(session))}});
         return true;
     }
     connection.send(
         message.createErrorReply(QStringLiteral("org.freedesktop.DBus.Error.UnknownMethod"),
                                  QStringLiteral("No such method")));
     return true;
+}
+
+PortalShortcuts FakePortal::granted(const PortalShortcuts& shortcuts) const {
+    PortalShortcuts granted;
+    for (const PortalShortcut& shortcut : shortcuts) {
+        const QString trigger = m_assigned.value(
+            shortcut.id, shortcut.properties.value(QStringLiteral("preferred_trigger")).toString());
+        granted.append({shortcut.id,
+                        {{QStringLiteral("description"),
+                          shortcut.properties.value(QStringLiteral("description"))},
+                         {QStringLiteral("trigger_description"), trigger}}});
+    }
+    return granted;
+}
+
+void FakePortal::bindShortcuts(const QDBusMessage& message, const QDBusConnection& connection,
+                               const QString& request) {
+    const QVariantList arguments = message.arguments();
+    m_boundSession = arguments.value(0).value<QDBusObjectPath>().path();
+    m_bound = qdbus_cast<PortalShortcuts>(arguments.value(1));
+    connection.send(message.createReply(QVariant::fromValue(QDBusObjectPath(request))));
+    if (!m_open.contains(m_boundSession)) {
+        respond(request, 2, {});
+        return;
+    }
+    if (m_quirks.setFromCreateSession) {
+        respond(request, 0,
+                {{QStringLiteral("shortcuts"), QVariant::fromValue(PortalShortcuts())}});
+        return;
+    }
+    bool unknown = false;
+    for (const PortalShortcut& shortcut : m_bound) {
+        unknown = unknown || !m_approved.contains(shortcut.id);
+    }
+    if (unknown) {
+        ++m_timesAsked;
+    }
+    if (m_quirks.userDeclines) {
+        respond(request, 1, {});
+        return;
+    }
+    // What the user approved keeps the trigger it was given then.
+    PortalShortcuts bound;
+    for (const PortalShortcut& shortcut : granted(m_bound)) {
+        bound.append(m_quirks.keepsApprovedShortcuts ? m_approved.value(shortcut.id, shortcut)
+                                                     : shortcut);
+        m_approved.insert(shortcut.id, bound.last());
+    }
+    m_sessionShortcuts.insert(m_boundSession, bound);
+    respond(request, m_quirks.answersTwoWhenBound ? 2 : 0,
+            {{QStringLiteral("shortcuts"), QVariant::fromValue(bound)}});
 }

@@ -36,10 +36,30 @@ public:
     // Lets go of the name, as a portal that crashed or was restarted.
     void disappear();
 
+    // How a real desktop departs from the documentation; each can be set alone.
+    struct Quirks {
+        // Plasma 5.27: the set comes only from CreateSession's "shortcuts" option; BindShortcuts
+        // ignores its list and answers with none.
+        bool setFromCreateSession = false;
+        // Plasma and GNOME: what the user approved is kept under the shortcut ids for the app,
+        // so a new session lists the shortcuts it held before, and only new ids are asked for.
+        bool keepsApprovedShortcuts = false;
+        // xdg-desktop-portal-gnome 48.0: a successful binding answers 2, with the full list.
+        bool answersTwoWhenBound = false;
+        // The user says no in the desktop's dialog: 1 and no shortcuts.
+        bool userDeclines = false;
+        // A portal that cannot find the program's desktop entry refuses its app id.
+        bool refusesAppID = false;
+    };
+    void setQuirks(const Quirks& quirks) { m_quirks = quirks; }
+
     // Where the desktop gives a shortcut another trigger than the one preferred.
     void assignTrigger(const QString& shortcutId, const QString& trigger) {
         m_assigned.insert(shortcutId, trigger);
     }
+    // How often the desktop had to ask the user about shortcuts it did not hold (its dialog, or
+    // Plasma's shortcut settings).
+    int timesAsked() const { return m_timesAsked; }
 
     const QList<Call>& calls() const { return m_calls; }
     QStringList members() const;
@@ -61,6 +81,9 @@ public:
 
 private:
     void respond(const QString& request, uint response, const QVariantMap& results);
+    PortalShortcuts granted(const PortalShortcuts& shortcuts) const;
+    void bindShortcuts(const QDBusMessage& message, const QDBusConnection& connection,
+                       const QString& request);
 
     QDBusConnection m_bus;
     QList<Call> m_calls;
@@ -68,4 +91,10 @@ private:
     PortalShortcuts m_bound;
     QString m_boundSession;
     QMap<QString, QString> m_assigned;
+    Quirks m_quirks;
+    // The shortcuts each open session holds, by session handle.
+    QMap<QString, PortalShortcuts> m_sessionShortcuts;
+    // What the user approved, by shortcut id, kept across sessions where the desktop keeps it.
+    QMap<QString, PortalShortcut> m_approved;
+    int m_timesAsked = 0;
 };

@@ -51,3 +51,11 @@ void LogCapture::clear() {
     QMutexLocker lock(&mutex);
     recorded.clear();
 }
+
+int LogCapture::countContaining(const QString& text) const {
+    int found = 0;
+    for (const Entry& entry : entries()) {
+        found += entry.message.contains(text) ? 1 : 0;
+    }
+    return found;
+}

@@ -22,6 +22,8 @@ public:
     QList<Entry> entries() const;
     // How many entries match exactly.
     int count(const QString& category, QtMsgType type, const QString& message) const;
+    // How many entries, of any channel and level, contain the text.
+    int countContaining(const QString& text) const;
     void clear();
 
 private:

@@ -356,6 +356,55 @@ private slots:
         QCOMPARE(settings->seekActions(), actions);
     }
 
+    void actionIdsSurviveARestartAnExportAndAnImport() {
+        QList<QUuid> presetIDs;
+        {
+            // A first start that edits nothing writes nothing, and the next start has the
+            // same ids all the same.
+            auto settings = openStore();
+            for (const SeekAction& action : settings->seekActions()) {
+                presetIDs << action.id();
+            }
+        }
+        QVERIFY(!QFile::exists(m_path));
+        QByteArray exported;
+        QList<QUuid> ids;
+        {
+            auto settings = openStore();
+            QList<QUuid> restarted;
+            for (const SeekAction& action : settings->seekActions()) {
+                restarted << action.id();
+            }
+            QCOMPARE(restarted, presetIDs);
+            // An added action gets an id of its own, which it keeps from then on.
+            QList<SeekAction> actions = settings->seekActions();
+            actions.append(SeekAction(SeekAction::Direction::playPause, 0, 49, 4352));
+            settings->setSeekActions(actions);
+            for (const SeekAction& action : actions) {
+                ids << action.id();
+            }
+            QVERIFY(!presetIDs.contains(ids.last()));
+            exported = *settings->exportSettings();
+            QTest::qWait(AppSettings::saveDebounceMs + 100);
+        }
+        const auto idsOf = [](const AppSettings& settings) {
+            QList<QUuid> found;
+            for (const SeekAction& action : settings.seekActions()) {
+                found << action.id();
+            }
+            return found;
+        };
+        QCOMPARE(idsOf(*openStore()), ids);
+        // Imported into another copy, with another list, the ids come along.
+        TempHome other;
+        AppSettings elsewhere(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+            other.configPath() + QStringLiteral("/Scrubline/Scrubline.conf"),
+            QSettings::IniFormat)));
+        elsewhere.setSeekActions({SeekAction(SeekAction::Direction::forward, 5, 124, 256)});
+        QVERIFY(elsewhere.importSettings(exported));
+        QCOMPARE(idsOf(elsewhere), ids);
+    }
+
     void malformedSettingsFileLeavesDefaults() {
         QDir().mkpath(QFileInfo(m_path).absolutePath());
         QFile file(m_path);

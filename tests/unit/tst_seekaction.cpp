@@ -356,6 +356,15 @@ private slots:
         QVERIFY(first[0].id() != first[1].id());
     }
 
+    void defaultsHaveTheSameIdsInEveryProcess() {
+        // A desktop keeps the keys the user approved under these ids from one login to the
+        // next, so they are written down, not made at start.
+        QCOMPARE(uuidString(SeekAction::defaults()[0].id()),
+                 QStringLiteral("53096E61-3070-40A0-B70D-A979007C793E"));
+        QCOMPARE(uuidString(SeekAction::defaults()[1].id()),
+                 QStringLiteral("493F347B-FF06-4C8F-92D0-7EF51C641BB8"));
+    }
+
     void newActionsGetFreshIds() {
         const SeekAction a(Direction::forward, 10.0, 124, 6400);
         const SeekAction b(Direction::forward, 10.0, 124, 6400);

@@ -1,6 +1,6 @@
 #include "PortalHotkeyService.h"
 
-#include "PortalShortcut.h"
+#include "PortalTrigger.h"
 #include "X11KeySymbols.h"
 #include "models/KeyTable.h"
 #include "utilities/Logger.h"
@@ -15,6 +15,7 @@
 
 #include <xkbcommon/xkbcommon.h>
 
+#include <algorithm>
 #include <array>
 
 namespace {
@@ -55,6 +56,48 @@ void whenAnswered(const QDBusConnection& bus, const QDBusMessage& call, QObject*
                      });
 }
 
+// What the user can do where the portal does not know the program, as with a copy run from its
+// build folder: the desktop may then refuse the shortcuts without asking.
+const char* const unknownAppMessage =
+    "The desktop portal does not know the app id \"com.scrubline.app\" (%s), and the desktop may "
+    "refuse the global hotkeys. Install Scrubline, or start a build with scripts/run.sh, which "
+    "gives it a desktop entry";
+
+// Errors of a portal too old to have a host registry, which needs none.
+bool isMissingRegistry(const QString& error) {
+    return error == QLatin1String("org.freedesktop.DBus.Error.UnknownMethod") ||
+           error == QLatin1String("org.freedesktop.DBus.Error.UnknownInterface") ||
+           error == QLatin1String("org.freedesktop.DBus.Error.UnknownObject") ||
+           error == QLatin1String("org.freedesktop.DBus.Error.ServiceUnknown");
+}
+
+PortalShortcuts shortcutsIn(const QVariantMap& results) {
+    PortalShortcuts shortcuts;
+    const QVariant value = results.value(QStringLiteral("shortcuts"));
+    if (value.canConvert<QDBusArgument>()) {
+        value.value<QDBusArgument>() >> shortcuts;
+    } else if (value.canConvert<PortalShortcuts>()) {
+        shortcuts = value.value<PortalShortcuts>();
+    }
+    return shortcuts;
+}
+
+// Two sets are the same binding when they name the same shortcuts with the same preferred
+// keys; a changed description alone is not worth asking the desktop again.
+bool sameBinding(const PortalShortcuts& a, const PortalShortcuts& b) {
+    if (a.size() != b.size()) {
+        return false;
+    }
+    const QString trigger = QStringLiteral("preferred_trigger");
+    for (qsizetype i = 0; i < a.size(); ++i) {
+        if (a[i].id != b[i].id ||
+            a[i].properties.value(trigger) != b[i].properties.value(trigger)) {
+            return false;
+        }
+    }
+    return true;
+}
+
 } // namespace
 
 void registerPortalShortcutTypes() {
@@ -75,7 +118,11 @@ PortalHotkeyService::PortalHotkeyService(QDBusConnection bus, QObject* parent)
                 // A portal that went took its sessions along; one that came back knows nothing
                 // of this program yet.
                 m_session.clear();
+                m_sessionSet.clear();
+                m_answered = false;
+                ++m_generation;
                 m_pending = Pending::none;
+                m_bindAgain = false;
                 m_available = false;
                 if (!newOwner.isEmpty() && m_installed) {
                     qCInfo(Log::general(), "The desktop portal restarted; binding the global "
@@ -111,6 +158,7 @@ void PortalHotkeyService::removeHandler() {
     }
     m_installed = false;
     m_handler = nullptr;
+    m_bindSoon.stop();
     closeSession();
 }
 
@@ -146,59 +194,35 @@ std::string PortalHotkeyService::assignedTrigger(std::uint32_t id) const {
         return {};
     }
     for (const auto& [handle, registration] : m_registrations) {
-        if (registration.id == id && sameTrigger(assigned->second, registration.trigger)) {
+        if (registration.id == id &&
+            PortalTrigger::sameKeys(assigned->second, registration.trigger)) {
             return {};
         }
     }
-    return assigned->second.toStdString();
+    // Shown in the program's own words where the desktop's can be read.
+    const auto parsed = PortalTrigger::parse(assigned->second);
+    return (parsed ? parsed->displayText() : assigned->second).toStdString();
 }
 
 void PortalHotkeyService::setTriggersHandler(std::function<void()> handler) {
     m_triggersHandler = std::move(handler);
 }
 
-bool PortalHotkeyService::sameTrigger(const QString& description, const QString& preferred) {
-    // Modifiers as a set under one name each, and the key without regard to case or to the
-    // names desktops give the paging keys.
-    const auto normalized = [](const QString& trigger) {
-        QStringList parts = trigger.toUpper().split(QLatin1Char('+'), Qt::SkipEmptyParts);
-        if (parts.isEmpty()) {
-            return QStringList();
-        }
-        QString key = parts.takeLast().trimmed();
-        static const QHash<QString, QString> keys{
-            {QStringLiteral("PAGE_UP"), QStringLiteral("PRIOR")},
-            {QStringLiteral("PGUP"), QStringLiteral("PRIOR")},
-            {QStringLiteral("PAGE UP"), QStringLiteral("PRIOR")},
-            {QStringLiteral("PAGE_DOWN"), QStringLiteral("NEXT")},
-            {QStringLiteral("PGDOWN"), QStringLiteral("NEXT")},
-            {QStringLiteral("PAGE DOWN"), QStringLiteral("NEXT")},
-            {QStringLiteral("RETURN"), QStringLiteral("ENTER")},
-            {QStringLiteral("ESC"), QStringLiteral("ESCAPE")},
-            {QStringLiteral("DEL"), QStringLiteral("DELETE")},
-        };
-        key = keys.value(key, key);
-        static const QHash<QString, QString> modifiers{
-            {QStringLiteral("CONTROL"), QStringLiteral("CTRL")},
-            {QStringLiteral("META"), QStringLiteral("LOGO")},
-            {QStringLiteral("SUPER"), QStringLiteral("LOGO")},
-            {QStringLiteral("WIN"), QStringLiteral("LOGO")},
-            {QStringLiteral("OPTION"), QStringLiteral("ALT")},
-        };
-        QStringList names;
-        for (const QString& part : parts) {
-            const QString name = part.trimmed();
-            names << modifiers.value(name, name);
-        }
-        names.sort();
-        names.removeDuplicates();
-        return names << key;
-    };
-    return normalized(description) == normalized(preferred);
+bool PortalHotkeyService::answerBinds(uint response, const PortalShortcuts& shortcuts) {
+    return response == 0 || !shortcuts.isEmpty();
 }
 
 std::string PortalHotkeyService::mechanism() const {
-    return m_available ? "Desktop portal" : std::string();
+    if (!m_available) {
+        return {};
+    }
+    if (!m_boundCount) {
+        return "Desktop portal";
+    }
+    return QStringLiteral("Desktop portal: %1 of %2 hotkeys bound")
+        .arg(m_boundCount->first)
+        .arg(m_boundCount->second)
+        .toStdString();
 }
 
 void PortalHotkeyService::unregisterHotkey(Handle handle) {
@@ -238,7 +262,13 @@ void PortalHotkeyService::start() {
     // only before its first other call; older ones have no registry, which is no matter.
     QDBusMessage call = portalCall(registryInterface, QStringLiteral("Register"));
     call << QString::fromLatin1(appID) << QVariantMap();
-    whenAnswered(m_bus, call, this, [this](const QDBusMessage&) { queryVersion(); });
+    whenAnswered(m_bus, call, this, [this](const QDBusMessage& reply) {
+        if (reply.type() == QDBusMessage::ErrorMessage && !isMissingRegistry(reply.errorName()) &&
+            !std::exchange(m_saidUnknownApp, true)) {
+            qCWarning(Log::general(), unknownAppMessage, qPrintable(reply.errorMessage()));
+        }
+        queryVersion();
+    });
 }
 
 void PortalHotkeyService::queryVersion() {
@@ -250,9 +280,7 @@ void PortalHotkeyService::queryVersion() {
             if (!m_saidUnavailable) {
                 m_saidUnavailable = true;
                 qCWarning(Log::general(), "%s", unavailableMessage);
-                if (m_triggersHandler) {
-                    m_triggersHandler();
-                }
+                reportTriggers();
             }
             return;
         }
@@ -271,6 +299,26 @@ void PortalHotkeyService::scheduleBind() {
     m_bindSoon.start();
 }
 
+PortalShortcuts PortalHotkeyService::offeredShortcuts() const {
+    PortalShortcuts shortcuts;
+    QSet<QString> named;
+    std::map<std::uint32_t, const Registration*> byID;
+    for (const auto& [handle, registration] : m_registrations) {
+        byID.emplace(registration.id, &registration);
+    }
+    for (const auto& [id, registration] : byID) {
+        // One shortcut per name: the first action with a name is the one presses go to.
+        if (named.contains(registration->name)) {
+            continue;
+        }
+        named.insert(registration->name);
+        shortcuts.append({registration->name,
+                          {{QStringLiteral("description"), registration->description},
+                           {QStringLiteral("preferred_trigger"), registration->trigger}}});
+    }
+    return shortcuts;
+}
+
 void PortalHotkeyService::bind() {
     if (!m_available || !m_installed) {
         return;
@@ -279,51 +327,97 @@ void PortalHotkeyService::bind() {
         m_bindAgain = true;
         return;
     }
-    // A session binds its shortcuts once: a changed list takes a new session.
-    closeSession();
-    m_assigned.clear();
-    if (m_registrations.empty()) {
-        emit shortcutsBound();
+    const PortalShortcuts offered = offeredShortcuts();
+    if (m_answered && sameBinding(offered, m_sessionSet)) {
+        // The desktop has answered for this very set: a rebuild that changed nothing asks
+        // nothing, neither a second binding at start nor a dialog the user already answered.
         return;
     }
+    m_sessionSet = offered;
+    m_answered = false;
+    if (offered.isEmpty()) {
+        closeSession();
+        takeBound({});
+        return;
+    }
+    if (m_session.isEmpty()) {
+        createSession();
+        return;
+    }
+    // A session binds its shortcuts once: a changed set takes a new session, under the same
+    // token, once the old one is gone.
+    m_pending = Pending::closeSession;
+    const QDBusMessage call =
+        QDBusMessage::createMethodCall(serviceName(), std::exchange(m_session, QString()),
+                                       sessionInterface, QStringLiteral("Close"));
+    whenAnswered(m_bus, call, this, [this, generation = m_generation](const QDBusMessage&) {
+        if (generation != m_generation || m_pending != Pending::closeSession) {
+            return; // the portal went meanwhile
+        }
+        m_pending = Pending::none;
+        if (std::exchange(m_bindAgain, false)) {
+            m_sessionSet = offeredShortcuts();
+        }
+        if (m_sessionSet.isEmpty()) {
+            takeBound({});
+            return;
+        }
+        createSession();
+    });
+}
+
+void PortalHotkeyService::createSession() {
     const QString token = nextToken();
-    const QString sessionToken = nextToken();
     expectResponse(token, Pending::createSession);
     QDBusMessage call = portalCall(shortcutsInterface, QStringLiteral("CreateSession"));
+    // The set goes along here too, the first form of the interface, which is the only place
+    // Plasma 5.27 reads it from; newer portals leave the option out.
     call << QVariantMap{{QStringLiteral("handle_token"), token},
-                        {QStringLiteral("session_handle_token"), sessionToken}};
+                        {QStringLiteral("session_handle_token"), QString::fromLatin1(sessionToken)},
+                        {QStringLiteral("shortcuts"), QVariant::fromValue(m_sessionSet)}};
     sendRequest(call, "The desktop portal refused a global shortcuts session");
 }
 
-void PortalHotkeyService::bindShortcuts() {
-    PortalShortcuts shortcuts;
-    QSet<QString> named;
-    for (const auto& [handle, registration] : m_registrations) {
-        // One shortcut per name: the first registration of an id is the one presses go to.
-        if (named.contains(registration.name)) {
-            continue;
+void PortalHotkeyService::listShortcuts() {
+    const QString token = nextToken();
+    expectResponse(token, Pending::listShortcuts);
+    QDBusMessage call = portalCall(shortcutsInterface, QStringLiteral("ListShortcuts"));
+    call << QVariant::fromValue(QDBusObjectPath(m_session))
+         << QVariantMap{{QStringLiteral("handle_token"), token}};
+    whenAnswered(m_bus, call, this, [this, path = m_requestPath](const QDBusMessage& reply) {
+        if (reply.type() != QDBusMessage::ReplyMessage && path == m_requestPath &&
+            m_pending == Pending::listShortcuts) {
+            // A portal that cannot list is asked to bind.
+            m_pending = Pending::none;
+            bindShortcuts();
         }
-        named.insert(registration.name);
-        shortcuts.append({registration.name,
-                          {{QStringLiteral("description"), registration.description},
-                           {QStringLiteral("preferred_trigger"), registration.trigger}}});
-    }
+    });
+}
+
+void PortalHotkeyService::bindShortcuts() {
     const QString token = nextToken();
     expectResponse(token, Pending::bindShortcuts);
     QDBusMessage call = portalCall(shortcutsInterface, QStringLiteral("BindShortcuts"));
-    call << QVariant::fromValue(QDBusObjectPath(m_session)) << QVariant::fromValue(shortcuts)
+    call << QVariant::fromValue(QDBusObjectPath(m_session)) << QVariant::fromValue(m_sessionSet)
          << QString() << QVariantMap{{QStringLiteral("handle_token"), token}};
     sendRequest(call, "The desktop portal did not bind the global shortcuts");
 }
 
 void PortalHotkeyService::sendRequest(const QDBusMessage& call, const char* refusal) {
     // The answer comes as the request's Response; a call refused outright ends the request here.
-    whenAnswered(m_bus, call, this, [this, refusal](const QDBusMessage& reply) {
-        if (reply.type() != QDBusMessage::ReplyMessage) {
-            qCWarning(Log::general(), "%s: %s", refusal, qPrintable(reply.errorMessage()));
-            m_pending = Pending::none;
-        }
-    });
+    // Only the request still awaited: the error of a call to a portal that has since restarted
+    // must not end the request made to the new one.
+    whenAnswered(
+        m_bus, call, this, [this, refusal, path = m_requestPath](const QDBusMessage& reply) {
+            if (reply.type() != QDBusMessage::ReplyMessage && path == m_requestPath &&
+                m_pending != Pending::none) {
+                if (!std::exchange(m_saidDeclined, true)) {
+                    qCWarning(Log::general(), "%s: %s", refusal, qPrintable(reply.errorMessage()));
+                }
+                m_pending = Pending::none;
+                finishRequest();
+            }
+        });
 }
 
 void PortalHotkeyService::closeSession() {
@@ -362,29 +456,68 @@ void PortalHotkeyService::onResponse(uint response, const QVariantMap& results,
         return;
     }
     const Pending pending = std::exchange(m_pending, Pending::none);
-    if (response != 0) {
-        // 1: the user said no in the portal's dialog; 2: anything else.
-        qCWarning(Log::general(), "The desktop portal declined the global shortcuts (%u)",
-                  response);
-        if (std::exchange(m_bindAgain, false)) {
-            bind();
+    const PortalShortcuts listed = shortcutsIn(results);
+    switch (pending) {
+    case Pending::createSession:
+        if (response != 0) {
+            declined(response);
+            return;
+        }
+        {
+            const QVariant handle = results.value(QStringLiteral("session_handle"));
+            m_session =
+                handle.canConvert<QDBusObjectPath>() && handle.userType() != QMetaType::QString
+                    ? handle.value<QDBusObjectPath>().path()
+                    : handle.toString();
+        }
+        listShortcuts();
+        return;
+    case Pending::listShortcuts: {
+        // A desktop that already holds every shortcut of the set (from an earlier login, or
+        // from CreateSession's list) is not asked again: Plasma would open its shortcut
+        // settings, and GNOME its dialog, at every start.
+        QSet<QString> held;
+        for (const PortalShortcut& shortcut : listed) {
+            held.insert(shortcut.id);
+        }
+        const bool holdsAll =
+            response == 0 &&
+            std::all_of(m_sessionSet.cbegin(), m_sessionSet.cend(),
+                        [&](const PortalShortcut& shortcut) { return held.contains(shortcut.id); });
+        if (holdsAll) {
+            takeBound(listed);
+        } else {
+            bindShortcuts();
         }
         return;
     }
-    if (pending == Pending::createSession) {
-        const QVariant handle = results.value(QStringLiteral("session_handle"));
-        m_session = handle.canConvert<QDBusObjectPath>() && handle.userType() != QMetaType::QString
-                        ? handle.value<QDBusObjectPath>().path()
-                        : handle.toString();
-        bindShortcuts();
+    case Pending::bindShortcuts:
+        if (!answerBinds(response, listed)) {
+            declined(response);
+            return;
+        }
+        takeBound(listed);
+        return;
+    case Pending::none:
+    case Pending::closeSession:
         return;
     }
-    if (pending != Pending::bindShortcuts) {
-        return;
+}
+
+void PortalHotkeyService::takeBound(const PortalShortcuts& bound) {
+    m_answered = true;
+    m_saidDeclined = false;
+    m_assigned.clear();
+    QSet<QString> offered;
+    for (const PortalShortcut& shortcut : m_sessionSet) {
+        offered.insert(shortcut.id);
     }
-    PortalShortcuts bound;
-    results.value(QStringLiteral("shortcuts")).value<QDBusArgument>() >> bound;
+    int count = 0;
     for (const PortalShortcut& shortcut : bound) {
+        if (!offered.remove(shortcut.id)) {
+            continue; // a shortcut of an action that is gone, which the desktop still lists
+        }
+        ++count;
         for (const auto& [handle, registration] : m_registrations) {
             if (registration.name == shortcut.id) {
                 m_assigned[registration.id] =
@@ -392,14 +525,40 @@ void PortalHotkeyService::onResponse(uint response, const QVariantMap& results,
             }
         }
     }
-    qCInfo(Log::general(), "The desktop bound %lld global shortcuts",
-           static_cast<long long>(bound.size()));
-    emit shortcutsBound();
-    if (m_triggersHandler) {
-        m_triggersHandler();
+    const auto counted = std::make_pair(count, int(m_sessionSet.size()));
+    if (m_boundCount != counted) {
+        m_boundCount = counted;
+        qCInfo(Log::general(), "The desktop bound %d of %d global shortcuts", counted.first,
+               counted.second);
     }
+    emit shortcutsBound();
+    reportTriggers();
+    finishRequest();
+}
+
+void PortalHotkeyService::declined(uint response) {
+    // 1: the user said no in the portal's dialog; 2: anything else. Said once until a binding
+    // succeeds, however often the desktop is asked meanwhile.
+    if (!std::exchange(m_saidDeclined, true)) {
+        qCWarning(Log::general(), "The desktop portal declined the global shortcuts (%u)",
+                  response);
+    }
+    m_answered = true;
+    m_boundCount = std::make_pair(0, int(m_sessionSet.size()));
+    m_assigned.clear();
+    reportTriggers();
+    finishRequest();
+}
+
+void PortalHotkeyService::finishRequest() {
     if (std::exchange(m_bindAgain, false)) {
         bind();
+    }
+}
+
+void PortalHotkeyService::reportTriggers() {
+    if (m_triggersHandler) {
+        m_triggersHandler();
     }
 }
 
@@ -408,16 +567,19 @@ void PortalHotkeyService::onActivated(const QDBusMessage& message) {
     if (arguments.size() < 2 || !m_handler) {
         return;
     }
-    if (arguments[0].value<QDBusObjectPath>().path() != m_session) {
+    if (m_session.isEmpty() || arguments[0].value<QDBusObjectPath>().path() != m_session) {
         return; // a session of ours that is already closed
     }
     const QString name = arguments[1].toString();
+    std::optional<std::uint32_t> pressed;
     for (const auto& [handle, registration] : m_registrations) {
-        if (registration.name == name) {
-            // A copy: the handler may re-register, which replaces the table being read.
-            const PressHandler handler = m_handler;
-            handler(registration.id);
-            return;
+        if (registration.name == name && (!pressed || registration.id < *pressed)) {
+            pressed = registration.id;
         }
+    }
+    if (pressed) {
+        // A copy: the handler may re-register, which replaces the table being read.
+        const PressHandler handler = m_handler;
+        handler(*pressed);
     }
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/HotkeyService.h"
+#include "platform/linux/PortalShortcut.h"
 
 #include <QDBusConnection>
 #include <QDBusServiceWatcher>
@@ -17,10 +18,14 @@
 class QDBusMessage;
 
 // Global hotkeys as the desktop portal's global shortcuts, for Wayland sessions, where no
-// program may grab keys. The desktop owns the keys: the program offers each action with the
-// combination it would like, and the desktop decides (and may ask the user) which trigger it
-// gets. Every portal call is asynchronous, so a slow or absent portal never holds up the GUI
-// thread; presses arrive there as the portal's Activated signal.
+// program may grab keys. The desktop owns the keys: the program offers its actions as one set,
+// each under an id that never changes and with the combination it would like, and the desktop
+// decides (and may ask the user) which trigger each gets, remembering its choice under the id.
+// Real desktops read the set in different places, so it goes to all of them: CreateSession's
+// options (Plasma 5.27 reads it only there) and BindShortcuts; a desktop that already holds
+// the whole set, as it does at every login after the first, is not asked again. Every portal
+// call is asynchronous, so a slow or absent portal never holds up the GUI thread; presses
+// arrive there as the portal's Activated signal.
 class PortalHotkeyService final : public QObject, public HotkeyService {
     Q_OBJECT
 
@@ -28,6 +33,9 @@ public:
     static constexpr const char* portalService = "org.freedesktop.portal.Desktop";
     static constexpr const char* portalPath = "/org/freedesktop/portal/desktop";
     static constexpr const char* appID = "com.scrubline.app";
+    // The program's one session token, the same at every start and every new binding: Plasma
+    // names the desktop's record of the shortcuts after it.
+    static constexpr const char* sessionToken = "scrubline";
 
     explicit PortalHotkeyService(QDBusConnection bus, QObject* parent = nullptr);
     ~PortalHotkeyService() override;
@@ -42,19 +50,24 @@ public:
     std::string mechanism() const override;
     std::string assignedTrigger(std::uint32_t id) const override;
     void setTriggersHandler(std::function<void()> handler) override;
-    // Whether a desktop's description of a trigger names the same keys as a preferred trigger:
-    // desktops write "Ctrl+Alt+Meta+Right" for "CTRL+ALT+LOGO+Right".
-    static bool sameTrigger(const QString& description, const QString& preferred);
 
     // A combination in the shortcut format desktops read, such as "CTRL+ALT+LOGO+Right";
     // nothing for a key outside the key table.
     static std::optional<QString> preferredTrigger(std::uint16_t keyCode,
                                                    std::uint32_t carbonModifiers);
 
-    // The trigger the desktop gave each shortcut at the last binding, by hotkey id.
+    // Whether an answer to BindShortcuts bound shortcuts: a success, or any answer that lists
+    // them (GNOME 48.0 answers 2 with the full list of what it bound).
+    static bool answerBinds(uint response, const PortalShortcuts& shortcuts);
+
+    // The trigger the desktop gave each shortcut at the last binding, by hotkey id, in the
+    // desktop's own words.
     const std::map<std::uint32_t, QString>& assignedTriggers() const { return m_assigned; }
     // Whether the portal answered that it offers global shortcuts.
     bool isAvailable() const { return m_available; }
+    // How many of the offered shortcuts the desktop bound at the last binding, and how many
+    // were offered; nothing before a binding was answered.
+    std::optional<std::pair<int, int>> boundCount() const { return m_boundCount; }
 
 signals:
     // The desktop bound the shortcuts of one binding; assignedTriggers() tells what it chose.
@@ -71,19 +84,27 @@ private:
         QString description;
         QString trigger;
     };
-    enum class Pending { none, createSession, bindShortcuts };
+    enum class Pending { none, closeSession, createSession, listShortcuts, bindShortcuts };
 
     void start();
     void queryVersion();
     void scheduleBind();
     void bind();
+    void createSession();
+    void listShortcuts();
     void bindShortcuts();
+    void takeBound(const PortalShortcuts& bound);
+    void declined(uint response);
+    void finishRequest();
+    // The set as it is offered now: one shortcut per name, in the order of the actions.
+    PortalShortcuts offeredShortcuts() const;
     void closeSession();
     // Sends a call whose answer comes as its Response, saying `refusal` if the portal refuses.
     void sendRequest(const QDBusMessage& call, const char* refusal);
     // The request object a call with this token answers through, subscribed before the call.
     QString expectResponse(const QString& token, Pending pending);
     QString nextToken();
+    void reportTriggers();
 
     QDBusConnection m_bus;
     QDBusServiceWatcher m_watcher;
@@ -91,14 +112,22 @@ private:
     bool m_installed = false;
     bool m_available = false;
     bool m_saidUnavailable = false;
+    bool m_saidDeclined = false;
+    bool m_saidUnknownApp = false;
     // Registrations settle into one binding once a burst of them is over.
     QTimer m_bindSoon;
     std::map<Handle, Registration> m_registrations;
     QHash<std::uint32_t, std::pair<QString, QString>> m_descriptions;
     Handle m_nextHandle = 1;
     std::map<std::uint32_t, QString> m_assigned;
+    std::optional<std::pair<int, int>> m_boundCount;
     std::function<void()> m_triggersHandler;
     QString m_session;
+    // The set the session was made for, and whether the desktop has answered for it.
+    PortalShortcuts m_sessionSet;
+    bool m_answered = false;
+    // Counts the portal's restarts, so that an answer from before one is not taken as after.
+    int m_generation = 0;
     QString m_requestPath;
     Pending m_pending = Pending::none;
     // A binding asked for while a call is out is made when it answers.

@@ -39,6 +39,7 @@ add_library(scrubline_platform STATIC
     linux/MprisRunningApps.cpp
     linux/PlayerPositionEstimate.cpp
     linux/PortalHotkeyService.cpp
+    linux/PortalTrigger.cpp
     linux/StatusNotifierHostWatch.cpp
     linux/X11HotkeyService.cpp
     linux/X11KeySymbols.cpp

@@ -1,0 +1,115 @@
+#include "PortalTrigger.h"
+
+#include "models/KeyTable.h"
+
+#include <QHash>
+#include <QStringList>
+
+namespace {
+
+std::optional<std::uint32_t> modifierNamed(const QString& name) {
+    static const QHash<QString, std::uint32_t> modifiers{
+        {QStringLiteral("CTRL"), CarbonModifier::control},
+        {QStringLiteral("CONTROL"), CarbonModifier::control},
+        {QStringLiteral("PRIMARY"), CarbonModifier::control},
+        {QStringLiteral("ALT"), CarbonModifier::option},
+        {QStringLiteral("OPTION"), CarbonModifier::option},
+        {QStringLiteral("SHIFT"), CarbonModifier::shift},
+        {QStringLiteral("LOGO"), CarbonModifier::command},
+        {QStringLiteral("META"), CarbonModifier::command},
+        {QStringLiteral("SUPER"), CarbonModifier::command},
+        {QStringLiteral("WIN"), CarbonModifier::command},
+    };
+    const auto found = modifiers.constFind(name.trimmed().toUpper());
+    if (found == modifiers.constEnd()) {
+        return std::nullopt;
+    }
+    return *found;
+}
+
+QString canonicalKey(const QString& key) {
+    static const QHash<QString, QString> keys{
+        {QStringLiteral("PAGE_UP"), QStringLiteral("PRIOR")},
+        {QStringLiteral("PGUP"), QStringLiteral("PRIOR")},
+        {QStringLiteral("PAGE UP"), QStringLiteral("PRIOR")},
+        {QStringLiteral("PAGEUP"), QStringLiteral("PRIOR")},
+        {QStringLiteral("PAGE_DOWN"), QStringLiteral("NEXT")},
+        {QStringLiteral("PGDOWN"), QStringLiteral("NEXT")},
+        {QStringLiteral("PAGE DOWN"), QStringLiteral("NEXT")},
+        {QStringLiteral("PAGEDOWN"), QStringLiteral("NEXT")},
+        {QStringLiteral("RETURN"), QStringLiteral("ENTER")},
+        {QStringLiteral("ESC"), QStringLiteral("ESCAPE")},
+        {QStringLiteral("DEL"), QStringLiteral("DELETE")},
+    };
+    const QString upper = key.trimmed().toUpper();
+    return keys.value(upper, upper);
+}
+
+} // namespace
+
+std::optional<PortalTrigger> PortalTrigger::parse(const QString& description) {
+    PortalTrigger trigger;
+    const qsizetype bracket = description.indexOf(QLatin1Char('<'));
+    if (bracket >= 0) {
+        // GNOME's form: modifiers in angle brackets, the key after the last one, behind a
+        // word of its own ("Press") in the user's language.
+        qsizetype at = bracket;
+        while (at < description.size() && description[at] == QLatin1Char('<')) {
+            const qsizetype close = description.indexOf(QLatin1Char('>'), at);
+            if (close < 0) {
+                return std::nullopt;
+            }
+            const auto modifier = modifierNamed(description.mid(at + 1, close - at - 1));
+            if (!modifier) {
+                return std::nullopt;
+            }
+            trigger.m_modifiers |= *modifier;
+            at = close + 1;
+        }
+        trigger.m_keyText = description.mid(at).trimmed();
+    } else {
+        QStringList parts = description.split(QLatin1Char('+'));
+        // A combination of the plus key itself ends in an empty part after the last "+".
+        if (parts.size() >= 2 && parts.last().isEmpty() && parts[parts.size() - 2].isEmpty()) {
+            parts.removeLast();
+            parts.last() = QStringLiteral("+");
+        }
+        trigger.m_keyText = parts.takeLast().trimmed();
+        for (const QString& part : parts) {
+            const auto modifier = modifierNamed(part);
+            if (!modifier) {
+                return std::nullopt;
+            }
+            trigger.m_modifiers |= *modifier;
+        }
+    }
+    if (trigger.m_keyText.isEmpty() || modifierNamed(trigger.m_keyText)) {
+        return std::nullopt;
+    }
+    trigger.m_key = canonicalKey(trigger.m_keyText);
+    return trigger;
+}
+
+bool PortalTrigger::sameKeys(const QString& description, const QString& other) {
+    const auto first = parse(description);
+    const auto second = parse(other);
+    return first && second && *first == *second;
+}
+
+QString PortalTrigger::displayText() const {
+    QString text;
+    if ((m_modifiers & CarbonModifier::control) != 0) {
+        text += QStringLiteral("Ctrl+");
+    }
+    if ((m_modifiers & CarbonModifier::option) != 0) {
+        text += QStringLiteral("Alt+");
+    }
+    if ((m_modifiers & CarbonModifier::shift) != 0) {
+        text += QStringLiteral("Shift+");
+    }
+    if ((m_modifiers & CarbonModifier::command) != 0) {
+        text += QStringLiteral("Super+");
+    }
+    // Desktops write single letters in either case; the shortcut format writes them as typed.
+    return text + (m_keyText.size() == 1 ? m_keyText.toUpper() : m_keyText);
+}

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <QString>
+
+#include <cstdint>
+#include <optional>
+
+// A trigger as a desktop describes it back to the program, read into its keys. Desktops write
+// the same combination in their own words: the shortcut format "CTRL+ALT+LOGO+Right" that
+// programs ask in, Plasma's "Meta+Ctrl+Alt+Right", GNOME's "Press <Control><Alt><Super>Right".
+class PortalTrigger {
+public:
+    // Nothing for a text that names no key.
+    static std::optional<PortalTrigger> parse(const QString& description);
+
+    // Whether two descriptions, in any of the desktops' forms, name the same keys.
+    static bool sameKeys(const QString& description, const QString& other);
+
+    // The modifiers, as the key table numbers them (control, option, shift, command).
+    std::uint32_t carbonModifiers() const { return m_modifiers; }
+    // The key, in one spelling whatever the desktop wrote: upper case, the paging keys as
+    // "PRIOR" and "NEXT".
+    const QString& key() const { return m_key; }
+
+    // The combination written as Linux desktops show it, "Ctrl+Alt+Super+Right".
+    QString displayText() const;
+
+    friend bool operator==(const PortalTrigger& a, const PortalTrigger& b) {
+        return a.m_modifiers == b.m_modifiers && a.m_key == b.m_key;
+    }
+
+private:
+    std::uint32_t m_modifiers = 0;
+    QString m_key;
+    // The key as the desktop wrote it, for showing.
+    QString m_keyText;
+};
