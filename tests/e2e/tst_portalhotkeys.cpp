@@ -128,9 +128,15 @@ private slots:
         m_portal->assignTrigger(QStringLiteral("FORWARD-ID"),
                                 QStringLiteral("Ctrl+Alt+Meta+Right"));
         m_portal->assignTrigger(QStringLiteral("BACKWARD-ID"), QStringLiteral("Ctrl+Alt+B"));
+        LogCapture log;
         QList<std::uint32_t> presses;
         auto service = boundService(&presses);
         QVERIFY(service != nullptr);
+        // Said once, for the keys the desktop chose itself only.
+        QCOMPARE(log.countContaining(QStringLiteral("The desktop keeps")), 1);
+        QCOMPARE(log.countContaining(
+                     QStringLiteral("The desktop keeps Ctrl+Alt+B on \"Backward 10 seconds\"")),
+                 1);
         QCOMPARE(service->assignedTriggers(),
                  (std::map<std::uint32_t, QString>{{1, QStringLiteral("Ctrl+Alt+Meta+Right")},
                                                    {2, QStringLiteral("Ctrl+Alt+B")}}));
@@ -347,6 +353,27 @@ private slots:
                  (QStringList{QStringLiteral("Register"), QStringLiteral("Get"),
                               QStringLiteral("CreateSession"), QStringLiteral("ListShortcuts"),
                               QStringLiteral("BindShortcuts")}));
+        m_portal->activate(m_portal->boundSession(), QStringLiteral("BACKWARD-ID"));
+        QTRY_COMPARE(presses, QList<std::uint32_t>{2});
+    }
+
+    // Restarted alone, the portal's desktop backend still holds the old session under the
+    // program's one handle: the first asking is refused, the second gets a session.
+    void aPortalRestartedAloneIsAskedTwiceForTheSession() {
+        m_portal->setQuirks({.backendOutlivesRestart = true});
+        QList<std::uint32_t> presses;
+        auto service = boundService(&presses);
+        QVERIFY(service != nullptr);
+        QSignalSpy bound(service.get(), &PortalHotkeyService::shortcutsBound);
+        LogCapture log;
+        m_portal->disappear();
+        QTest::qWait(300);
+        const qsizetype before = m_portal->calls().size();
+        QVERIFY(m_portal->appear());
+        QVERIFY(bound.wait(10000));
+        QCOMPARE(m_portal->members().mid(before).count(QStringLiteral("CreateSession")), 2);
+        QCOMPARE(log.countContaining(QStringLiteral("declined")), 0);
+        QCOMPARE(service->mechanism(), std::string("Desktop portal: 2 of 2 hotkeys bound"));
         m_portal->activate(m_portal->boundSession(), QStringLiteral("BACKWARD-ID"));
         QTRY_COMPARE(presses, QList<std::uint32_t>{2});
     }

@@ -39,7 +39,10 @@ bool FakePortal::appear() {
 
 void FakePortal::disappear() {
     m_bus.unregisterService(serviceName);
-    m_open.clear();
+    if (!m_quirks.backendOutlivesRestart) {
+        m_open.clear();
+        m_sessionShortcuts.clear();
+    }
 }
 
 QStringList FakePortal::members() const {
@@ -123,10 +126,12 @@ bool FakePortal::handleMessage(const QDBusMessage& message, const QDBusConnectio
         const QString session = sessionPath(
             message.service(), options.value(QStringLiteral("session_handle_token")).toString());
         if (m_open.contains(session)) {
-            // Two open sessions under one handle cannot be told apart by their signals.
-            connection.send(
-                message.createErrorReply(QStringLiteral("org.freedesktop.portal.Error.Failed"),
-                                         QStringLiteral("A session with this handle exists")));
+            // Two open sessions under one handle cannot be told apart by their signals: the
+            // backend refuses, and the portal closes what it held.
+            m_open.remove(session);
+            m_sessionShortcuts.remove(session);
+            connection.send(message.createReply(QVariant::fromValue(QDBusObjectPath(request))));
+            respond(request, 2, {{QStringLiteral("session_handle"), session}});
             return true;
         }
         m_open.insert(session);

@@ -50,6 +50,10 @@ public:
         bool userDeclines = false;
         // A portal that cannot find the program's desktop entry refuses its app id.
         bool refusesAppID = false;
+        // The portal restarted alone: its desktop backend still holds the sessions it had. A
+        // session asked for under a handle still held is refused (2), and the portal then
+        // closes the held one.
+        bool backendOutlivesRestart = false;
     };
     void setQuirks(const Quirks& quirks) { m_quirks = quirks; }
 

@@ -113,6 +113,13 @@ PortalHotkeyService::PortalHotkeyService(QDBusConnection bus, QObject* parent)
     m_bindSoon.setSingleShot(true);
     m_bindSoon.setInterval(0);
     connect(&m_bindSoon, &QTimer::timeout, this, &PortalHotkeyService::bind);
+    m_askAgain.setSingleShot(true);
+    m_askAgain.setInterval(askAgainMs);
+    connect(&m_askAgain, &QTimer::timeout, this, [this] {
+        if (m_pending == Pending::askAgain) {
+            createSession();
+        }
+    });
     connect(&m_watcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
             [this](const QString&, const QString&, const QString& newOwner) {
                 // A portal that went took its sessions along; one that came back knows nothing
@@ -120,6 +127,7 @@ PortalHotkeyService::PortalHotkeyService(QDBusConnection bus, QObject* parent)
                 m_session.clear();
                 m_sessionSet.clear();
                 m_answered = false;
+                m_askAgain.stop();
                 ++m_generation;
                 m_pending = Pending::none;
                 m_bindAgain = false;
@@ -459,6 +467,19 @@ void PortalHotkeyService::onResponse(uint response, const QVariantMap& results,
     const PortalShortcuts listed = shortcutsIn(results);
     switch (pending) {
     case Pending::createSession:
+        if (response != 0 && !std::exchange(m_askedAgain, true)) {
+            // After a restart of the portal alone, its desktop backend may still hold the
+            // session under this handle; the portal closes that one when it refuses (GNOME's
+            // backend exits instead, and is started again), so asking again a moment later gets
+            // a session.
+            qCInfo(Log::general(),
+                   "The desktop portal refused a global shortcuts session (%u); "
+                   "asking once more",
+                   response);
+            m_pending = Pending::askAgain;
+            m_askAgain.start();
+            return;
+        }
         if (response != 0) {
             declined(response);
             return;
@@ -500,12 +521,14 @@ void PortalHotkeyService::onResponse(uint response, const QVariantMap& results,
         return;
     case Pending::none:
     case Pending::closeSession:
+    case Pending::askAgain:
         return;
     }
 }
 
 void PortalHotkeyService::takeBound(const PortalShortcuts& bound) {
     m_answered = true;
+    m_askedAgain = false;
     m_saidDeclined = false;
     m_assigned.clear();
     QSet<QString> offered;
@@ -518,10 +541,18 @@ void PortalHotkeyService::takeBound(const PortalShortcuts& bound) {
             continue; // a shortcut of an action that is gone, which the desktop still lists
         }
         ++count;
+        const QString given =
+            shortcut.properties.value(QStringLiteral("trigger_description")).toString();
         for (const auto& [handle, registration] : m_registrations) {
-            if (registration.name == shortcut.id) {
-                m_assigned[registration.id] =
-                    shortcut.properties.value(QStringLiteral("trigger_description")).toString();
+            if (registration.name != shortcut.id) {
+                continue;
+            }
+            m_assigned[registration.id] = given;
+            // The desktop keeps the key it gave a shortcut first, whatever is asked later.
+            if (!given.isEmpty() && !PortalTrigger::sameKeys(given, registration.trigger)) {
+                qCInfo(Log::general(), "The desktop keeps %s on \"%s\" (asked for %s)",
+                       qPrintable(given), qPrintable(registration.description),
+                       qPrintable(registration.trigger));
             }
         }
     }
@@ -544,6 +575,7 @@ void PortalHotkeyService::declined(uint response) {
                   response);
     }
     m_answered = true;
+    m_askedAgain = false;
     m_boundCount = std::make_pair(0, int(m_sessionSet.size()));
     m_assigned.clear();
     reportTriggers();

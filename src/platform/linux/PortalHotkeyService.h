@@ -36,6 +36,8 @@ public:
     // The program's one session token, the same at every start and every new binding: Plasma
     // names the desktop's record of the shortcuts after it.
     static constexpr const char* sessionToken = "scrubline";
+    // How long a refused session waits before it is asked for again, once.
+    static constexpr int askAgainMs = 1000;
 
     explicit PortalHotkeyService(QDBusConnection bus, QObject* parent = nullptr);
     ~PortalHotkeyService() override;
@@ -84,7 +86,14 @@ private:
         QString description;
         QString trigger;
     };
-    enum class Pending { none, closeSession, createSession, listShortcuts, bindShortcuts };
+    enum class Pending {
+        none,
+        closeSession,
+        createSession,
+        askAgain,
+        listShortcuts,
+        bindShortcuts
+    };
 
     void start();
     void queryVersion();
@@ -116,6 +125,7 @@ private:
     bool m_saidUnknownApp = false;
     // Registrations settle into one binding once a burst of them is over.
     QTimer m_bindSoon;
+    QTimer m_askAgain;
     std::map<Handle, Registration> m_registrations;
     QHash<std::uint32_t, std::pair<QString, QString>> m_descriptions;
     Handle m_nextHandle = 1;
@@ -126,6 +136,8 @@ private:
     // The set the session was made for, and whether the desktop has answered for it.
     PortalShortcuts m_sessionSet;
     bool m_answered = false;
+    // A refused session is asked for once more before the refusal counts.
+    bool m_askedAgain = false;
     // Counts the portal's restarts, so that an answer from before one is not taken as after.
     int m_generation = 0;
     QString m_requestPath;
