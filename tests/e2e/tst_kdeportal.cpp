@@ -354,15 +354,17 @@ private slots:
         }
     }
 
-    void portalRestarted() {
+    // Ends the portal, and its KDE backend too where `withBackend`, and starts the portal again
+    // as any program's first call would; it starts its backend where that is gone.
+    void restartPortal(bool withBackend) {
         const uint portal = pidOf(portalName);
         const uint backend = pidOf(backendName);
         QVERIFY(portal != 0 && backend != 0);
-        const int requests = backendRequests();
         QCOMPARE(::kill(static_cast<pid_t>(portal), SIGTERM), 0);
-        QCOMPARE(::kill(static_cast<pid_t>(backend), SIGTERM), 0);
-        QTRY_VERIFY_WITH_TIMEOUT(!onBus(portalName) && !onBus(backendName), 10000);
-        // Asking for the portal starts it again, as any program's first call would.
+        if (withBackend) {
+            QCOMPARE(::kill(static_cast<pid_t>(backend), SIGTERM), 0);
+        }
+        QTRY_VERIFY_WITH_TIMEOUT(!onBus(portalName) && onBus(backendName) != withBackend, 10000);
         const QDBusMessage version = QDBusMessage::createMethodCall(
             portalName, QStringLiteral("/org/freedesktop/portal/desktop"),
             QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
@@ -374,8 +376,28 @@ private slots:
                      .type(),
                  QDBusMessage::ReplyMessage);
         QTRY_VERIFY_WITH_TIMEOUT(onBus(backendName), 10000);
+        if (!withBackend) {
+            QCOMPARE(pidOf(backendName), backend);
+        }
+    }
+
+    void portalRestarted() {
+        const int requests = backendRequests();
+        restartPortal(true);
         waitUntilBound(requests, forwardKeys);
         QTRY_COMPARE(logged("The desktop portal restarted"), 1);
+        if (!QTest::currentTestFailed()) {
+            pressMoves(forwardPress, 30);
+        }
+        QCOMPARE(m_app->state(), QProcess::Running);
+    }
+
+    // The backend still holds the session the old portal made, under the same handle.
+    void portalRestartedAlone() {
+        const int requests = backendRequests();
+        restartPortal(false);
+        waitUntilBound(requests, forwardKeys);
+        QTRY_COMPARE(logged("The desktop portal restarted"), 2);
         if (!QTest::currentTestFailed()) {
             pressMoves(forwardPress, 30);
         }
