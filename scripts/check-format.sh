@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Every C++ and Objective-C++ source is formatted as .clang-format says.
+# Every C, C++ and Objective-C++ source is formatted as .clang-format says.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -10,7 +10,7 @@ if [ "$version" != 14 ]; then
     echo "format: skipped, needs clang-format 14 (found ${version:-none})"
     exit 0
 fi
-listed=$(git ls-files -co --exclude-standard -- '*.cpp' '*.h' '*.mm')
+listed=$(git ls-files -co --exclude-standard -- '*.cpp' '*.h' '*.mm' '*.c')
 files=$(echo "$listed" | grep -E '^(src|tests|bench)/' || true)
 [ -z "$files" ] && exit 0
 # shellcheck disable=SC2086

@@ -15,7 +15,9 @@ Linux)
         packages+=(git xvfb dbus trayer xdotool x11-utils clang-format qt6-declarative-dev
                   mpv mpv-mpris ffmpeg chromium playerctl libxcb-xtest0-dev x11-xkb-utils
                   desktop-file-utils appstream openssl weston vlc-bin vlc-plugin-base
-                  firefox-esr dpkg-dev file audacious audacious-plugins)
+                  firefox-esr dpkg-dev file audacious audacious-plugins
+                  kwin-wayland xdg-desktop-portal xdg-desktop-portal-kde qtwayland5
+                  plasma-wayland-protocols libwayland-dev)
     fi
     missing=()
     for package in "${packages[@]}"; do
