@@ -117,7 +117,7 @@ build() {
         protocol=/usr/share/plasma-wayland-protocols/fake-input.xml
         wayland-scanner client-header "$protocol" fake-input-client-protocol.h
         wayland-scanner private-code "$protocol" fake-input-protocol.c
-        cc -O2 -Wall -Wextra -I. -o kwin_fake_key /src/scrubline/tests/support/desktops/kwin_fake_key.c \
+        cc -O2 -Wall -Wextra -I. -o kwin_fake_key /src/scrubline/tests/support/kwin_fake_key.c \
             fake-input-protocol.c $(pkg-config --cflags --libs wayland-client)
     ' || { echo "test-desktops: the build failed" >&2; exit 1; }
     echo "   build took $(($(seconds) - started)) s"

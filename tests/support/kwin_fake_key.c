@@ -3,11 +3,12 @@
 // whose desktop entry asks for it (X-KDE-Wayland-Interfaces=org_kde_kwin_fake_input) and whose
 // executable is that entry's Exec; with-kwin writes such an entry.
 //
-//   kwin_fake_key COMBINATION...
+//   kwin_fake_key [--hold MS] COMBINATION...
 //
 // Each combination is keys joined by '+', such as ctrl+alt+meta+right, pressed left to right
-// and released right to left, as a person holds modifiers around a key. A key is a name below
-// or an evdev key code (linux/input-event-codes.h).
+// and released right to left, as a person holds modifiers around a key; with --hold, they stay
+// down MS milliseconds, as long as the desktop's key repeat needs to show. A key is a name
+// below or an evdev key code (linux/input-event-codes.h).
 #include "fake-input-client-protocol.h"
 
 #include <wayland-client.h>
@@ -15,6 +16,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <time.h>
 
 enum { keyReleased = 0, keyPressed = 1, keyboardKeySince = 4, maxKeys = 16 };
 
@@ -93,8 +95,20 @@ static int parseCombination(const char* combination, uint32_t* codes, int* count
 }
 
 int main(int argc, char** argv) {
-    if (argc < 2) {
-        fputs("usage: kwin_fake_key COMBINATION... (such as ctrl+alt+meta+right)\n", stderr);
+    int first = 1;
+    long holdMs = 0;
+    if (argc > 2 && strcmp(argv[1], "--hold") == 0) {
+        char* end = NULL;
+        holdMs = strtol(argv[2], &end, 10);
+        if (*end != '\0' || holdMs < 0 || holdMs > 60000) {
+            fprintf(stderr, "kwin_fake_key: cannot read the hold \"%s\"\n", argv[2]);
+            return 2;
+        }
+        first = 3;
+    }
+    if (argc <= first) {
+        fputs("usage: kwin_fake_key [--hold MS] COMBINATION... (such as ctrl+alt+meta+right)\n",
+              stderr);
         return 2;
     }
     struct wl_display* display = wl_display_connect(NULL);
@@ -120,7 +134,7 @@ int main(int argc, char** argv) {
     }
     org_kde_kwin_fake_input_authenticate(context.fakeInput, "kwin_fake_key",
                                          "presses keys for Scrubline's tests");
-    for (int i = 1; i < argc; ++i) {
+    for (int i = first; i < argc; ++i) {
         uint32_t codes[maxKeys];
         int count = 0;
         if (!parseCombination(argv[i], codes, &count)) {
@@ -132,6 +146,10 @@ int main(int argc, char** argv) {
         for (int k = 0; k < count; ++k) {
             org_kde_kwin_fake_input_keyboard_key(context.fakeInput, codes[k], keyPressed);
             wl_display_roundtrip(display);
+        }
+        if (holdMs > 0) {
+            const struct timespec hold = {holdMs / 1000, (holdMs % 1000) * 1000000L};
+            nanosleep(&hold, NULL);
         }
         for (int k = count - 1; k >= 0; --k) {
             org_kde_kwin_fake_input_keyboard_key(context.fakeInput, codes[k], keyReleased);
