@@ -249,20 +249,8 @@ std::optional<QString> PortalHotkeyService::preferredTrigger(std::uint16_t keyCo
     if (xkb_keysym_get_name(*symbol, name.data(), name.size()) <= 0) {
         return std::nullopt;
     }
-    QString trigger;
-    if ((carbonModifiers & CarbonModifier::control) != 0) {
-        trigger += QStringLiteral("CTRL+");
-    }
-    if ((carbonModifiers & CarbonModifier::option) != 0) {
-        trigger += QStringLiteral("ALT+");
-    }
-    if ((carbonModifiers & CarbonModifier::shift) != 0) {
-        trigger += QStringLiteral("SHIFT+");
-    }
-    if ((carbonModifiers & CarbonModifier::command) != 0) {
-        trigger += QStringLiteral("LOGO+");
-    }
-    return trigger + QString::fromLatin1(name.data());
+    return PortalTrigger::modifierPrefix(carbonModifiers, PortalTrigger::Spelling::shortcutFormat) +
+           QString::fromLatin1(name.data());
 }
 
 void PortalHotkeyService::start() {

@@ -3,7 +3,11 @@
 #include "models/KeyTable.h"
 
 #include <QHash>
+#include <QLatin1String>
 #include <QStringList>
+
+#include <array>
+#include <utility>
 
 namespace {
 
@@ -96,20 +100,25 @@ bool PortalTrigger::sameKeys(const QString& description, const QString& other) {
     return first && second && *first == *second;
 }
 
-QString PortalTrigger::displayText() const {
+QString PortalTrigger::modifierPrefix(std::uint32_t carbonModifiers, Spelling spelling) {
+    // In the order desktops write them.
+    static constexpr std::array<std::pair<std::uint32_t, std::array<const char*, 2>>, 4> names{{
+        {CarbonModifier::control, {"Ctrl+", "CTRL+"}},
+        {CarbonModifier::option, {"Alt+", "ALT+"}},
+        {CarbonModifier::shift, {"Shift+", "SHIFT+"}},
+        {CarbonModifier::command, {"Super+", "LOGO+"}},
+    }};
     QString text;
-    if ((m_modifiers & CarbonModifier::control) != 0) {
-        text += QStringLiteral("Ctrl+");
+    for (const auto& [modifier, spelled] : names) {
+        if ((carbonModifiers & modifier) != 0) {
+            text += QLatin1String(spelled[spelling == Spelling::shown ? 0 : 1]);
+        }
     }
-    if ((m_modifiers & CarbonModifier::option) != 0) {
-        text += QStringLiteral("Alt+");
-    }
-    if ((m_modifiers & CarbonModifier::shift) != 0) {
-        text += QStringLiteral("Shift+");
-    }
-    if ((m_modifiers & CarbonModifier::command) != 0) {
-        text += QStringLiteral("Super+");
-    }
+    return text;
+}
+
+QString PortalTrigger::displayText() const {
     // Desktops write single letters in either case; the shortcut format writes them as typed.
-    return text + (m_keyText.size() == 1 ? m_keyText.toUpper() : m_keyText);
+    return modifierPrefix(m_modifiers, Spelling::shown) +
+           (m_keyText.size() == 1 ? m_keyText.toUpper() : m_keyText);
 }

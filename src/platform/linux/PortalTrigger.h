@@ -25,6 +25,11 @@ public:
     // The combination written as Linux desktops show it, "Ctrl+Alt+Super+Right".
     QString displayText() const;
 
+    // How the modifiers are written before the key: as desktops show them ("Ctrl+Alt+"), or in
+    // the shortcut format programs ask in ("CTRL+ALT+").
+    enum class Spelling { shown, shortcutFormat };
+    static QString modifierPrefix(std::uint32_t carbonModifiers, Spelling spelling);
+
     friend bool operator==(const PortalTrigger& a, const PortalTrigger& b) {
         return a.m_modifiers == b.m_modifiers && a.m_key == b.m_key;
     }
