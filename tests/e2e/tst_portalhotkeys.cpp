@@ -319,6 +319,40 @@ private slots:
         QCOMPARE(triggers.size(), 0);
     }
 
+    // Where cancelling the desktop's dialog for a new action unbinds the old ones too (GNOME),
+    // the old ones are bound again without asking, and the refused one is not asked for again
+    // until the actions change.
+    void aRefusedNewActionLeavesTheOldOnesWorking() {
+        QList<std::uint32_t> presses;
+        auto service = boundService(&presses);
+        QVERIFY(service != nullptr);
+        QCOMPARE(m_portal->timesAsked(), 1);
+        m_portal->setQuirks({.answersTwoWhenBound = true, .userCancelsNew = true});
+        LogCapture log;
+        QSignalSpy bound(service.get(), &PortalHotkeyService::shortcutsBound);
+        service->describeHotkey(3, "PLAY-ID", "Play/Pause");
+        service->registerHotkey(49, hyper, signature, 3);
+        QVERIFY(bound.wait(10000));
+        QCOMPARE(m_portal->timesAsked(), 2);
+        QCOMPARE(log.countContaining(QStringLiteral("declined")), 1);
+        QCOMPARE(service->mechanism(), std::string("Desktop portal: 2 of 3 hotkeys bound"));
+        QCOMPARE(m_portal->boundShortcuts().size(), 2);
+        QCOMPARE(m_portal->boundShortcuts()[0].id, QStringLiteral("FORWARD-ID"));
+        QCOMPARE(m_portal->boundShortcuts()[1].id, QStringLiteral("BACKWARD-ID"));
+        m_portal->activate(m_portal->boundSession(), QStringLiteral("FORWARD-ID"));
+        QTRY_COMPARE(presses, QList<std::uint32_t>{1});
+        // A rebuild of the same actions asks nothing; another action asks again.
+        const qsizetype calls = m_portal->calls().size();
+        service->unregisterHotkey(3);
+        service->registerHotkey(49, hyper, signature, 3);
+        QTest::qWait(300);
+        QCOMPARE(m_portal->calls().size(), calls);
+        service->describeHotkey(4, "SKIP-ID", "Forward 30 seconds");
+        service->registerHotkey(116, hyper, signature, 4);
+        QTRY_COMPARE(m_portal->timesAsked(), 3);
+        QTRY_COMPARE(service->mechanism(), std::string("Desktop portal: 2 of 4 hotkeys bound"));
+    }
+
     // A portal that does not know the program's app id (a copy run from its build folder) is
     // named in one line with what to do; the shortcuts are still offered.
     void anUnknownAppIDIsSaidOnceWithWhatToDo() {

@@ -210,6 +210,11 @@ void FakePortal::bindShortcuts(const QDBusMessage& message, const QDBusConnectio
         respond(request, 1, {});
         return;
     }
+    if (m_quirks.userCancelsNew && unknown) {
+        m_sessionShortcuts.insert(m_boundSession, {});
+        respond(request, 2, {});
+        return;
+    }
     // What the user approved keeps the trigger it was given then.
     PortalShortcuts bound;
     for (const PortalShortcut& shortcut : granted(m_bound)) {

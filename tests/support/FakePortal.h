@@ -48,6 +48,9 @@ public:
         bool answersTwoWhenBound = false;
         // The user says no in the desktop's dialog: 1 and no shortcuts.
         bool userDeclines = false;
+        // GNOME 48: the user cancels the dialog for shortcuts it has not approved before, which
+        // answers 2 and nothing, and unbinds the session's every shortcut.
+        bool userCancelsNew = false;
         // A portal that cannot find the program's desktop entry refuses its app id.
         bool refusesAppID = false;
         // The portal restarted alone: its desktop backend still holds the sessions it had. A

@@ -324,14 +324,21 @@ void PortalHotkeyService::bind() {
         return;
     }
     const PortalShortcuts offered = offeredShortcuts();
-    if (m_answered && sameBinding(offered, m_sessionSet)) {
+    if ((m_answered && sameBinding(offered, m_sessionSet)) ||
+        (!m_refusedSet.isEmpty() && sameBinding(offered, m_refusedSet))) {
         // The desktop has answered for this very set: a rebuild that changed nothing asks
         // nothing, neither a second binding at start nor a dialog the user already answered.
         return;
     }
-    m_sessionSet = offered;
+    m_refusedSet.clear();
+    m_offeredCount = int(offered.size());
+    startBinding(offered);
+}
+
+void PortalHotkeyService::startBinding(const PortalShortcuts& shortcuts) {
+    m_sessionSet = shortcuts;
     m_answered = false;
-    if (offered.isEmpty()) {
+    if (shortcuts.isEmpty()) {
         closeSession();
         takeBound({});
         return;
@@ -352,10 +359,7 @@ void PortalHotkeyService::bind() {
         }
         m_pending = Pending::none;
         if (std::exchange(m_bindAgain, false)) {
-            m_sessionSet = offeredShortcuts();
-        }
-        if (m_sessionSet.isEmpty()) {
-            takeBound({});
+            bind(); // the set changed again meanwhile
             return;
         }
         createSession();
@@ -544,7 +548,10 @@ void PortalHotkeyService::takeBound(const PortalShortcuts& bound) {
             }
         }
     }
-    m_boundCount = std::make_pair(count, int(m_sessionSet.size()));
+    for (const PortalShortcut& shortcut : bound) {
+        m_heldIDs.insert(shortcut.id);
+    }
+    m_boundCount = std::make_pair(count, m_offeredCount);
     qCInfo(Log::general(), "The desktop bound %d of %d global shortcuts", m_boundCount->first,
            m_boundCount->second);
     emit shortcutsBound();
@@ -559,9 +566,26 @@ void PortalHotkeyService::declined(uint response) {
         qCWarning(Log::general(), "The desktop portal declined the global shortcuts (%u)",
                   response);
     }
-    m_answered = true;
     m_askedAgain = false;
-    m_boundCount = std::make_pair(0, int(m_sessionSet.size()));
+    // GNOME drops every shortcut of a session whose dialog was cancelled, those it approved
+    // before included: the ones the desktop bound earlier are bound again without the refused
+    // ones, which it does without asking, and the refused set is not offered again until the
+    // actions change.
+    PortalShortcuts kept;
+    for (const PortalShortcut& shortcut : m_sessionSet) {
+        if (m_heldIDs.contains(shortcut.id)) {
+            kept.append(shortcut);
+        }
+    }
+    if (!kept.isEmpty() && kept.size() < m_sessionSet.size()) {
+        qCInfo(Log::general(), "Binding again the %lld global shortcuts the desktop bound before",
+               static_cast<long long>(kept.size()));
+        m_refusedSet = m_sessionSet;
+        startBinding(kept);
+        return;
+    }
+    m_answered = true;
+    m_boundCount = std::make_pair(0, m_offeredCount);
     m_assigned.clear();
     reportTriggers();
     finishRequest();

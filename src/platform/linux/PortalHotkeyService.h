@@ -7,6 +7,7 @@
 #include <QDBusServiceWatcher>
 #include <QHash>
 #include <QObject>
+#include <QSet>
 #include <QString>
 #include <QTimer>
 #include <QVariantMap>
@@ -99,6 +100,7 @@ private:
     void queryVersion();
     void scheduleBind();
     void bind();
+    void startBinding(const PortalShortcuts& shortcuts);
     void createSession();
     void listShortcuts();
     void bindShortcuts();
@@ -136,6 +138,12 @@ private:
     // The set the session was made for, and whether the desktop has answered for it.
     PortalShortcuts m_sessionSet;
     bool m_answered = false;
+    // How many shortcuts the actions make, which may be more than the session was made for.
+    int m_offeredCount = 0;
+    // A set the desktop refused, not offered again while the actions stay as they are.
+    PortalShortcuts m_refusedSet;
+    // The ids the desktop has bound in this run, which it binds again without asking.
+    QSet<QString> m_heldIDs;
     // A refused session is asked for once more before the refusal counts.
     bool m_askedAgain = false;
     // Counts the portal's restarts, so that an answer from before one is not taken as after.
