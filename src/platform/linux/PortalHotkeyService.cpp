@@ -224,7 +224,7 @@ std::string PortalHotkeyService::mechanism() const {
     if (!m_available) {
         return {};
     }
-    if (!m_boundCount) {
+    if (!m_boundCount || m_boundCount->second == 0) {
         return "Desktop portal";
     }
     return QStringLiteral("Desktop portal: %1 of %2 hotkeys bound")
