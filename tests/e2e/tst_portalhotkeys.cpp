@@ -194,6 +194,16 @@ private slots:
         QCOMPARE(presses, QList<std::uint32_t>{1});
     }
 
+    // With no action to offer, no session is asked for, and nothing is counted.
+    void noActionsAskNothing() {
+        PortalHotkeyService service(bus());
+        QSignalSpy bound(&service, &PortalHotkeyService::shortcutsBound);
+        QVERIFY(service.installHandler([](std::uint32_t) {}));
+        QVERIFY(bound.wait(10000));
+        QCOMPARE(service.mechanism(), std::string("Desktop portal"));
+        QCOMPARE(m_portal->members().count(QStringLiteral("CreateSession")), 0);
+    }
+
     // Registering the same set again, as a rebuild of the hotkeys after a load or an edit that
     // changed no key does, asks the desktop nothing.
     void theSameSetIsNotBoundTwice() {
