@@ -58,6 +58,12 @@ void HUDOverlayManager::show(const SeekFeedback& feedback) {
         }
         m_fade.setTargetObject(m_panel.get());
     }
+    if (showsHold(feedback.hold)) {
+        // The next step of the hold on show: the same card, counted up, without a blink.
+        m_panel->setCard(new HUDOverlayView(feedback, forward, backward));
+        return;
+    }
+    m_shownHold = feedback.hold ? feedback.hold->hold : QUuid();
     m_panel->setCard(new HUDOverlayView(feedback, forward, backward));
     if (QScreen* screen = QGuiApplication::primaryScreen()) {
         QRect frame = m_panel->geometry();
@@ -74,6 +80,13 @@ void HUDOverlayManager::show(const SeekFeedback& feedback) {
     m_fade.setStartValue(0.0);
     m_fade.setEndValue(1.0);
     m_fade.start();
+}
+
+bool HUDOverlayManager::showsHold(const std::optional<HoldProgress>& hold) const {
+    const bool fadingOut =
+        m_fade.state() == QAbstractAnimation::Running && m_fade.endValue().toReal() == 0.0;
+    return hold && !m_shownHold.isNull() && hold->hold == m_shownHold && m_panel != nullptr &&
+           m_panel->isVisible() && !fadingOut;
 }
 
 void HUDOverlayManager::hide() {
