@@ -169,6 +169,8 @@ void AppDelegate::setHotkeysSuspended(bool suspended) {
 }
 
 void AppDelegate::unregisterAllHotkeys() {
+    // A hotkey down now may no longer be heard coming up.
+    m_hold.cancel();
     for (const HotkeyService::Handle handle : m_hotKeyRefs) {
         m_hotkeys->unregisterHotkey(handle);
     }

@@ -54,6 +54,12 @@ void HotkeyHold::release(std::uint32_t id) {
     emit holdEnded(m_steps, m_total);
 }
 
+void HotkeyHold::cancel() {
+    if (m_holding) {
+        release(m_id);
+    }
+}
+
 void HotkeyHold::repeatDue() {
     // The pace is set from the first repeat on.
     m_repeat.setInterval(repeatIntervalMs);

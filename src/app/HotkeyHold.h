@@ -33,6 +33,9 @@ public:
     void press(std::uint32_t id, double seconds, bool repeats);
     // The hotkey with this id came up; a release of any other does nothing.
     void release(std::uint32_t id);
+    // Ends the hold under way, if any, as its release would: for when the hotkeys go away while
+    // one is down, and its release may never come.
+    void cancel();
 
     // Whether a hotkey is held down and may still repeat.
     bool isHolding() const { return m_holding; }
