@@ -28,6 +28,11 @@ constexpr std::uint8_t kXkbMapNotify = 1;
 // hotkeys work again before a person reaches for them.
 constexpr int kMappingSettleMs = 150;
 
+// A keyboard repeats a held key after a delay that desktops let people set no shorter than
+// 100 ms. A release and a press of the same moment sooner than this after the key went down
+// are two quick presses (xdotool sends them so), not the first repeat.
+constexpr xcb_timestamp_t kShortestRepeatDelayMs = 80;
+
 // The server sends a repeat's release and press together; the toolkit reads them in one go, so
 // the press is here well within this. Also how late the end of a hold may be noticed.
 constexpr int kReleaseSettleMs = 30;
@@ -219,13 +224,19 @@ bool X11HotkeyService::filterPress(const xcb_key_press_event_t* press) {
     }
     if (m_held && m_held->keyCode == press->detail) {
         // The key is still down: a repeat, whichever way the server sends it. A release of
-        // the same moment was its other half.
-        if (m_pendingRelease && m_pendingRelease->time == press->time) {
+        // the same moment was its other half, once the key has been down long enough to
+        // repeat at all. The clock wraps, and the difference with it.
+        const bool repeatDue =
+            m_held->repeating ||
+            xcb_timestamp_t(press->time - m_held->pressedAt) >= kShortestRepeatDelayMs;
+        if (m_pendingRelease && m_pendingRelease->time == press->time && repeatDue) {
             m_pendingRelease.reset();
             m_releaseSettle.stop();
+            m_held->repeating = true;
             return true;
         }
         if (!m_pendingRelease) {
+            m_held->repeating = true;
             return true;
         }
     }
@@ -236,7 +247,7 @@ bool X11HotkeyService::filterPress(const xcb_key_press_event_t* press) {
         press->detail, static_cast<std::uint16_t>(press->state & kModifierStateBits & ~locks)};
     for (const auto& [handle, registration] : m_registrations) {
         if (registration.grabbed == pressed) {
-            m_held = HeldKey{press->detail, registration.id};
+            m_held = HeldKey{press->detail, registration.id, press->time};
             // A copy: the handler may re-register, which replaces the table being read.
             const PressHandler handler = m_handler;
             handler(registration.id, KeyEvent::pressed);

@@ -22,7 +22,8 @@
 // press each time where the client asked for detectable auto-repeat, else a release and a press
 // with the same time stamp. Either way a hotkey held down reaches the handler as one press and
 // one release: a press of the key already down is dropped, and a release is passed on only
-// once no press of the same moment has followed it.
+// once no press of the same moment has followed it. Two presses quicker than any keyboard
+// repeats (a program's) are two presses.
 class X11HotkeyService final : public HotkeyService, private QAbstractNativeEventFilter {
 public:
     X11HotkeyService();
@@ -65,6 +66,9 @@ private:
     struct HeldKey {
         xcb_keycode_t keyCode;
         std::uint32_t id;
+        xcb_timestamp_t pressedAt;
+        // Whether the keyboard has repeated it yet.
+        bool repeating = false;
     };
     // A release that may yet turn out to be half of a repeat.
     struct PendingRelease {
