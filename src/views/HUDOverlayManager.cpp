@@ -59,17 +59,15 @@ void HUDOverlayManager::show(const SeekFeedback& feedback) {
         m_fade.setTargetObject(m_panel.get());
     }
     if (showsHold(feedback.hold)) {
-        // The next step of the hold on show: the same card, counted up, without a blink.
+        // The next step of the hold on show: the same card, counted up, without a blink. It
+        // grows with the total, and stays in the middle.
         m_panel->setCard(new HUDOverlayView(feedback, forward, backward));
+        centre();
         return;
     }
     m_shownHold = feedback.hold ? feedback.hold->hold : QUuid();
     m_panel->setCard(new HUDOverlayView(feedback, forward, backward));
-    if (QScreen* screen = QGuiApplication::primaryScreen()) {
-        QRect frame = m_panel->geometry();
-        frame.moveCenter(screen->availableGeometry().center());
-        m_panel->move(frame.topLeft());
-    }
+    centre();
     // Every show fades in from nothing, also over a card still on screen, so that a quick
     // series of presses blinks once per press.
     m_fade.stop();
@@ -80,6 +78,14 @@ void HUDOverlayManager::show(const SeekFeedback& feedback) {
     m_fade.setStartValue(0.0);
     m_fade.setEndValue(1.0);
     m_fade.start();
+}
+
+void HUDOverlayManager::centre() {
+    if (QScreen* screen = QGuiApplication::primaryScreen()) {
+        QRect frame = m_panel->geometry();
+        frame.moveCenter(screen->availableGeometry().center());
+        m_panel->move(frame.topLeft());
+    }
 }
 
 bool HUDOverlayManager::showsHold(const std::optional<HoldProgress>& hold) const {

@@ -37,6 +37,8 @@ private:
     void show(const SeekFeedback& feedback);
     void hide();
 
+    // Puts the window in the middle of the main screen's free area.
+    void centre();
     // Whether the card on screen, opaque or fading in, is a step of this hold.
     bool showsHold(const std::optional<HoldProgress>& hold) const;
 

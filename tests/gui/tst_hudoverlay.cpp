@@ -326,6 +326,11 @@ private slots:
         QVERIFY(total != nullptr);
         QCOMPARE(total->text(), QStringLiteral("+40s"));
         QVERIFY(!total->accessibleName().isEmpty());
+        // Grown with the total, and still in the middle.
+        const QPoint offset = panel()->geometry().center() -
+                              QGuiApplication::primaryScreen()->availableGeometry().center();
+        QVERIFY2(qAbs(offset.x()) <= 1 && qAbs(offset.y()) <= 1,
+                 qPrintable(QStringLiteral("%1,%2").arg(offset.x()).arg(offset.y())));
 
         // Another hold: a card of its own, faded in anew.
         m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::backward, QString(),
