@@ -229,6 +229,44 @@ private slots:
         QCOMPARE(presses.size(), 4);
     }
 
+    // Once the desktop has sent a Deactivated, Activated and Deactivated are a press and a
+    // release: repeats of Activated in between are dropped, and another shortcut's Activated
+    // ends the one down. Signals of another session are not the program's.
+    void deactivationsMakeReleases() {
+        QList<std::uint32_t> presses;
+        QList<std::uint32_t> releases;
+        auto service = boundService(&presses, &releases);
+        QVERIFY(service != nullptr);
+        const QString session = m_portal->boundSession();
+        const QString forward = QStringLiteral("FORWARD-ID");
+        const QString backward = QStringLiteral("BACKWARD-ID");
+        // Before any Deactivated, a press comes with its release.
+        m_portal->activate(session, forward);
+        QTRY_COMPARE(presses, QList<std::uint32_t>{1});
+        QCOMPARE(releases, QList<std::uint32_t>{1});
+        m_portal->deactivate(session, forward);
+        QTest::qWait(300);
+        QCOMPARE(releases, QList<std::uint32_t>{1});
+
+        m_portal->activate(session, forward);
+        m_portal->activate(session, forward);
+        m_portal->activate(session, forward);
+        QTRY_COMPARE(presses, (QList<std::uint32_t>{1, 1}));
+        QTest::qWait(300);
+        QCOMPARE(presses, (QList<std::uint32_t>{1, 1}));
+        QCOMPARE(releases, QList<std::uint32_t>{1});
+        m_portal->deactivate(session + QStringLiteral("x"), forward);
+        m_portal->activate(session, backward);
+        QTRY_COMPARE(presses, (QList<std::uint32_t>{1, 1, 2}));
+        QCOMPARE(releases, (QList<std::uint32_t>{1, 1}));
+        m_portal->deactivate(session, forward); // no longer down: nothing
+        m_portal->deactivate(session, backward);
+        QTRY_COMPARE(releases, (QList<std::uint32_t>{1, 1, 2}));
+        QTest::qWait(300);
+        QCOMPARE(releases.size(), 3);
+        QCOMPARE(presses.size(), 3);
+    }
+
     // A session binds once: a changed list closes it and binds in a new one under the same
     // token, once per burst.
     void aChangedListIsBoundInANewSession() {
