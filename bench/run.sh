@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds and runs the benchmarks, each in its own X server and session bus. Not part of the
-# tests. With an argument, only that one: seek, players, hotkey or command.
+# tests. With an argument, only that one: seek, players, hotkey, hold or command.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
 bash "$root/scripts/deps.sh" --test
@@ -22,4 +22,8 @@ fi
 if [ "$which" = all ] || [ "$which" = hotkey ]; then
     cmake --build "$build" --target bench_hotkey
     "$root/tests/support/with-session" "$build/bench/bench_hotkey"
+fi
+if [ "$which" = all ] || [ "$which" = hold ]; then
+    cmake --build "$build" --target bench_hold
+    "$root/tests/support/with-session" "$build/bench/bench_hold"
 fi

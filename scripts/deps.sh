@@ -14,6 +14,7 @@ Linux)
     if $want_tests; then
         packages+=(git xvfb dbus trayer xdotool x11-utils clang-format qt6-declarative-dev
                   mpv mpv-mpris ffmpeg chromium playerctl libxcb-xtest0-dev x11-xkb-utils
+                  x11-xserver-utils
                   desktop-file-utils appstream openssl weston vlc-bin vlc-plugin-base
                   firefox-esr dpkg-dev file audacious audacious-plugins
                   kwin-wayland xdg-desktop-portal xdg-desktop-portal-kde qtwayland5

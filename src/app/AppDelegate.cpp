@@ -30,7 +30,8 @@ AppDelegate::AppDelegate(std::unique_ptr<HotkeyService> hotkeys,
     , m_players(std::move(players))
     , m_settings(settings)
     , m_mediaController(mediaController)
-    , m_overlay(overlay) {
+    , m_overlay(overlay)
+    , m_hold(mediaController) {
     m_hotkeyDebounce.setSingleShot(true);
     m_hotkeyDebounce.setInterval(hotkeyDebounceMs);
     m_hotkeyDebounce.setTimerType(Qt::PreciseTimer);
@@ -49,8 +50,8 @@ const std::map<std::uint32_t, double>& AppDelegate::hotkeySecondsMap() {
 }
 
 void AppDelegate::applicationDidFinishLaunching() {
-    m_eventHandlerInstalled =
-        m_hotkeys->installHandler([this](std::uint32_t id) { hotkeyPressed(id); });
+    m_eventHandlerInstalled = m_hotkeys->installHandler(
+        [this](std::uint32_t id, HotkeyService::KeyEvent event) { hotkeyEvent(id, event); });
     m_hotkeys->setTriggersHandler([self = QPointer<AppDelegate>(this)] {
         if (self) {
             self->readAssignedTriggers();
@@ -168,6 +169,8 @@ void AppDelegate::setHotkeysSuspended(bool suspended) {
 }
 
 void AppDelegate::unregisterAllHotkeys() {
+    // A hotkey down now may no longer be heard coming up.
+    m_hold.cancel();
     for (const HotkeyService::Handle handle : m_hotKeyRefs) {
         m_hotkeys->unregisterHotkey(handle);
     }
@@ -207,15 +210,21 @@ void AppDelegate::precompileScripts() {
     }
 }
 
-void AppDelegate::hotkeyPressed(std::uint32_t id) {
+void AppDelegate::hotkeyEvent(std::uint32_t id, HotkeyService::KeyEvent event) {
     // Called from the platform's event dispatch: look up, hand on, return.
+    if (event == HotkeyService::KeyEvent::released) {
+        QMetaObject::invokeMethod(
+            this, [this, id] { m_hold.release(id); }, Qt::QueuedConnection);
+        return;
+    }
     const auto found = g_hotkeySecondsMap.find(id);
     if (found == g_hotkeySecondsMap.end()) {
         return; // a press from before the last rebuild
     }
     const double seconds = found->second;
+    // Play/pause never repeats: held, it would toggle back and forth.
+    const bool repeats = seconds != 0 && m_settings.holdToSeek();
     QMetaObject::invokeMethod(
-        &m_mediaController,
-        [controller = &m_mediaController, seconds] { controller->enqueueSeek(seconds); },
+        this, [this, id, seconds, repeats] { m_hold.press(id, seconds, repeats); },
         Qt::QueuedConnection);
 }

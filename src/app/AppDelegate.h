@@ -1,5 +1,6 @@
 #pragma once
 
+#include "HotkeyHold.h"
 #include "platform/HotkeyService.h"
 
 #include <QHash>
@@ -54,6 +55,9 @@ public:
     // Builds every script a hotkey can run, on a utility thread.
     void precompileScripts();
 
+    // The hold of the hotkey down now, or of the last one.
+    const HotkeyHold& hotkeyHold() const { return m_hold; }
+
     // How many hotkeys are registered now.
     qsizetype registeredHotkeyCount() const { return qsizetype(m_hotKeyRefs.size()); }
 
@@ -88,7 +92,7 @@ signals:
     void scriptsPrecompiled();
 
 private:
-    void hotkeyPressed(std::uint32_t id);
+    void hotkeyEvent(std::uint32_t id, HotkeyService::KeyEvent event);
     void readAssignedTriggers();
 
     std::unique_ptr<HotkeyService> m_hotkeys;
@@ -106,4 +110,6 @@ private:
     QHash<std::uint32_t, QUuid> m_actionIDs;
     // The pending re-registration; stopping it cancels it.
     QTimer m_hotkeyDebounce;
+    // What a hotkey held down does between its press and its release.
+    HotkeyHold m_hold;
 };

@@ -35,22 +35,31 @@ void MediaController::enqueueSeek(double seconds) {
 }
 
 void MediaController::enqueueAnsweredSeek(double seconds, WhenServed whenServed) {
+    enqueue({seconds, std::move(whenServed)});
+}
+
+void MediaController::enqueueHoldStep(double seconds, std::optional<MediaApp> app,
+                                      HoldProgress progress, WhenServed whenServed) {
+    enqueue({seconds, std::move(whenServed), app, progress});
+}
+
+void MediaController::setFeedbackHeld(bool held) {
+    m_status.setHolding(held);
+}
+
+void MediaController::enqueue(Request request) {
     if (QThread::currentThread() != thread()) {
         // Requests from one thread keep their order: queued calls are delivered in order.
         QMetaObject::invokeMethod(
-            this,
-            [this, seconds, whenServed = std::move(whenServed)] {
-                enqueueAnsweredSeek(seconds, whenServed);
-            },
-            Qt::QueuedConnection);
+            this, [this, request = std::move(request)] { enqueue(request); }, Qt::QueuedConnection);
         return;
     }
     if (!m_trialInFlight && !m_nextSeekScheduled && m_seekQueue.empty()) {
         // Nothing waits: start now. This only hands the trial to the seek thread.
-        executeSeek({seconds, std::move(whenServed)});
+        executeSeek(std::move(request));
         return;
     }
-    m_seekQueue.push_back({seconds, std::move(whenServed)});
+    m_seekQueue.push_back(std::move(request));
     scheduleNextSeek();
 }
 
@@ -90,6 +99,11 @@ void MediaController::executeSeek(Request request) {
     QElapsedTimer clock;
     clock.start();
     QList<MediaApp> candidates = runningActiveApps();
+    if (request.pinnedApp) {
+        // A held hotkey keeps to the player its first step reached, while it still runs.
+        candidates =
+            candidates.contains(*request.pinnedApp) ? QList{*request.pinnedApp} : QList<MediaApp>{};
+    }
     if (candidates.isEmpty()) {
         const QString message = QStringLiteral("No media apps running");
         m_status.showStatus(message);
@@ -110,6 +124,7 @@ void MediaController::executeSeek(Request request) {
 
     m_trialInFlight = true;
     m_whenServed = std::move(request.whenServed);
+    m_holdInFlight = request.hold;
     m_seekDispatchQueue->async([this, players = m_players, candidates, seconds, clock] {
         const Trial trial = tryApps(*players, candidates, seconds);
         // The controller waits for this thread before it goes, so it is still here.
@@ -160,6 +175,7 @@ void MediaController::finishSeek(double seconds, const QElapsedTimer& clock, con
            static_cast<double>(clock.nsecsElapsed()) / 1e6);
     m_trialInFlight = false;
     const WhenServed whenServed = std::exchange(m_whenServed, {});
+    const std::optional<HoldProgress> hold = std::exchange(m_holdInFlight, std::nullopt);
 
     for (const UserAlert& alert : trial.alerts) {
         emit alertRequested(alert);
@@ -185,7 +201,7 @@ void MediaController::finishSeek(double seconds, const QElapsedTimer& clock, con
                                   seconds > 0   ? FeedbackKind::forward
                                   : seconds < 0 ? FeedbackKind::backward
                                                 : FeedbackKind::playPause,
-                                  outcome->playerName);
+                                  outcome->playerName, hold);
             // An app of many players is named by the one that was moved.
             told = {true,
                     (outcome->playerName.isEmpty() ? app.displayName() : outcome->playerName) +
@@ -193,7 +209,8 @@ void MediaController::finishSeek(double seconds, const QElapsedTimer& clock, con
                         (seconds == 0
                              ? QStringLiteral("play/pause")
                              : (seconds > 0 ? QStringLiteral("+") : QStringLiteral("-")) +
-                                   QString::number(std::abs(seconds)) + QStringLiteral("s"))};
+                                   QString::number(std::abs(seconds)) + QStringLiteral("s")),
+                    app};
             break;
         case SeekResult::notPlaying:
             break; // never an outcome: the next app is tried instead

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "models/MediaApp.h"
+#include "models/SeekFeedback.h"
 #include "models/SeekResult.h"
 #include "models/UserAlert.h"
 
@@ -39,6 +40,8 @@ public:
     struct Served {
         bool acted = false;
         QString line;
+        // The app acted on, when one was.
+        std::optional<MediaApp> app{};
     };
     using WhenServed = std::function<void(const Served&)>;
 
@@ -46,6 +49,12 @@ public:
     void enqueueSeek(double seconds);
     // The same, in the same queue, and `whenServed` is called on the GUI thread once it is.
     void enqueueAnsweredSeek(double seconds, WhenServed whenServed);
+    // A step of a hotkey held down, in the same queue: tried on `app` alone where one is given
+    // (the app the hold's first step reached), and shown with the hold's progress.
+    void enqueueHoldStep(double seconds, std::optional<MediaApp> app, HoldProgress progress,
+                         WhenServed whenServed);
+    // Keeps the feedback on show while a hotkey is held down.
+    void setFeedbackHeld(bool held);
 
     // The app tried first by the next request.
     std::optional<MediaApp> lastSuccessfulApp() const { return m_lastSuccessfulApp; }
@@ -76,7 +85,11 @@ private:
     struct Request {
         double seconds = 0;
         WhenServed whenServed;
+        std::optional<MediaApp> pinnedApp{};
+        std::optional<HoldProgress> hold{};
     };
+
+    void enqueue(Request request);
 
     void scheduleNextSeek();
     void executeSeek(Request request);
@@ -94,6 +107,8 @@ private:
     std::deque<Request> m_seekQueue;
     // Who waits for the request whose trial is in flight, if anyone.
     WhenServed m_whenServed;
+    // The hold the request in flight is a step of, if any.
+    std::optional<HoldProgress> m_holdInFlight;
     bool m_trialInFlight = false;
     bool m_nextSeekScheduled = false;
     // The serial seek thread; declared last, so it is gone before anything a trial reads.

@@ -49,15 +49,34 @@ void MediaStatus::setLastActiveApp(MediaApp app, const QString& playerName) {
     }
 }
 
-void MediaStatus::showFeedback(MediaApp app, FeedbackKind kind, const QString& playerName) {
+void MediaStatus::showFeedback(MediaApp app, FeedbackKind kind, const QString& playerName,
+                               std::optional<HoldProgress> hold) {
     // A success hides any problem still on show.
     if (m_statusMessage) {
         m_statusMessage.reset();
         emit statusMessageChanged();
     }
-    m_seekFeedback = SeekFeedback{app, kind, QUuid::createUuid(), playerName};
+    m_seekFeedback = SeekFeedback{app, kind, QUuid::createUuid(), playerName, hold};
     emit seekFeedbackChanged();
+    startFeedbackExpiry();
+}
+
+void MediaStatus::setHolding(bool holding) {
+    if (holding == m_holding) {
+        return;
+    }
+    m_holding = holding;
+    // The time on show counts from the release, as after a press.
+    if (!holding && m_seekFeedback) {
+        startFeedbackExpiry();
+    }
+}
+
+void MediaStatus::startFeedbackExpiry() {
     m_feedbackTimer = makeTimer(this, milliseconds(m_settings.feedbackDuration()), false, [this] {
+        if (m_holding) {
+            return; // the release starts the count again
+        }
         m_seekFeedback.reset();
         emit seekFeedbackChanged();
     });

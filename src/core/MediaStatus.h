@@ -48,8 +48,14 @@ public:
     std::optional<NowPlaying> nowPlaying() const { return m_nowPlaying; }
 
     void setLastActiveApp(MediaApp app, const QString& playerName = QString());
-    // `playerName`: the player's own name where the app stands for many kinds of player.
-    void showFeedback(MediaApp app, FeedbackKind kind, const QString& playerName = QString());
+    // `playerName`: the player's own name where the app stands for many kinds of player;
+    // `hold`: where the action is a step of a hotkey held down.
+    void showFeedback(MediaApp app, FeedbackKind kind, const QString& playerName = QString(),
+                      std::optional<HoldProgress> hold = std::nullopt);
+    // While a hotkey is held down the feedback stays: it is cleared the feedback duration
+    // after the last step or the release, whichever comes later.
+    void setHolding(bool holding);
+    bool isHolding() const { return m_holding; }
     void showStatus(const QString& message);
 
     // Polls now, then every ten seconds until stopped. Starting again restarts the cycle.
@@ -71,6 +77,7 @@ signals:
 
 private:
     void setNowPlaying(std::optional<NowPlaying> nowPlaying);
+    void startFeedbackExpiry();
 
     std::shared_ptr<PlayerControl> m_players;
     AppSettings& m_settings;
@@ -82,6 +89,7 @@ private:
     std::optional<QString> m_statusMessage;
     std::optional<NowPlaying> m_nowPlaying;
     std::unique_ptr<QTimer> m_feedbackTimer;
+    bool m_holding = false;
     std::unique_ptr<QTimer> m_statusTimer;
     std::unique_ptr<QTimer> m_nowPlayingTimer;
 };

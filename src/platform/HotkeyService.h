@@ -7,16 +7,20 @@
 
 // System-wide hotkeys: a key code and modifier mask, both as the reference platform numbers
 // them (the Carbon virtual key codes and hot-key modifier bits), registered under an owner
-// signature and an id. Lives on the GUI thread, and presses arrive there.
+// signature and an id. Lives on the GUI thread, and presses and releases arrive there.
 class HotkeyService {
 public:
     using Handle = std::uint64_t;
-    using PressHandler = std::function<void(std::uint32_t id)>;
+    // A hotkey went down or came up. A hotkey held down is one press and, where the system
+    // tells, one release: the keyboard's own repeats in between are never passed on.
+    enum class KeyEvent { pressed, released };
+    using PressHandler = std::function<void(std::uint32_t id, KeyEvent event)>;
 
     virtual ~HotkeyService() = default;
 
     // Starts listening for presses of registered hotkeys. Called once, before any registration;
-    // false when the session offers no global hotkeys, and then nothing registers.
+    // false when the session offers no global hotkeys, and then nothing registers. Where the
+    // system does not say when a hotkey comes up, the release follows its press at once.
     virtual bool installHandler(PressHandler handler) = 0;
     // Stops listening; registrations should be dropped before.
     virtual void removeHandler() = 0;

@@ -12,6 +12,7 @@ namespace {
 constexpr bool defaultLaunchAtLogin = false;
 constexpr double defaultFeedbackDuration = 2.5;
 constexpr bool defaultShowHUDOverlay = true;
+constexpr bool defaultHoldToSeek = true;
 
 QList<MediaApp> referenceApps() {
     const auto cases = MediaApp::allCases();
@@ -79,6 +80,18 @@ void AppSettings::setShowHUDOverlay(bool value) {
     m_defaults->setBool(Keys::showHUDOverlay, value);
     if (changed) {
         emit showHUDOverlayChanged(value);
+    }
+}
+
+bool AppSettings::holdToSeek() const {
+    return m_defaults->boolValue(Keys::holdToSeek).value_or(defaultHoldToSeek);
+}
+
+void AppSettings::setHoldToSeek(bool value) {
+    const bool changed = value != holdToSeek();
+    m_defaults->setBool(Keys::holdToSeek, value);
+    if (changed) {
+        emit holdToSeekChanged(value);
     }
 }
 
@@ -150,6 +163,7 @@ void AppSettings::resetToDefaults() {
     setSeekActions(SeekAction::defaults());
     setLaunchAtLogin(false);
     setShowHUDOverlay(true);
+    setHoldToSeek(defaultHoldToSeek);
     LaunchAtLogin::setEnabled(false);
     m_defaults->setBool(Keys::showMenuBarIcon, true);
     if (m_onSeekActionsChanged) {

@@ -23,6 +23,7 @@ class AppSettings : public QObject {
                    feedbackDurationChanged)
     Q_PROPERTY(bool showHUDOverlay READ showHUDOverlay WRITE setShowHUDOverlay NOTIFY
                    showHUDOverlayChanged)
+    Q_PROPERTY(bool holdToSeek READ holdToSeek WRITE setHoldToSeek NOTIFY holdToSeekChanged)
 
 public:
     // The defaults keys this store owns, and the one it resets for the app shell.
@@ -30,6 +31,7 @@ public:
         static inline const QString launchAtLogin = QStringLiteral("launchAtLogin");
         static inline const QString feedbackDuration = QStringLiteral("feedbackDuration");
         static inline const QString showHUDOverlay = QStringLiteral("showHUDOverlay");
+        static inline const QString holdToSeek = QStringLiteral("holdToSeek");
         static inline const QString enabledApps = QStringLiteral("enabledAppsOrder");
         static inline const QString disabledApps = QStringLiteral("disabledApps");
         static inline const QString seekActions = QStringLiteral("seekActions");
@@ -54,6 +56,9 @@ public:
     void setFeedbackDuration(double seconds);
     bool showHUDOverlay() const;
     void setShowHUDOverlay(bool value);
+    // Whether a hotkey held down keeps seeking at a steady pace, rather than seeking once.
+    bool holdToSeek() const;
+    void setHoldToSeek(bool value);
 
     // Every assignment runs the field's save, even when the value is the same.
     const QList<MediaApp>& enabledApps() const { return m_enabledApps; }
@@ -95,6 +100,7 @@ signals:
     void launchAtLoginChanged(bool value);
     void feedbackDurationChanged(double seconds);
     void showHUDOverlayChanged(bool value);
+    void holdToSeekChanged(bool value);
     void enabledAppsChanged();
     void disabledAppsChanged();
     void seekActionsChanged();

@@ -18,6 +18,8 @@ struct ExportData {
     QList<SeekAction> seekActions;
     bool launchAtLogin;
     std::optional<bool> showHUDOverlay;
+    // Files written before holding a hotkey could scrub have none.
+    std::optional<bool> holdToSeek;
 };
 
 bool isInteger(const QJsonValue& value) {
@@ -45,13 +47,18 @@ std::optional<ExportData> decode(const QByteArray& bytes) {
     const QJsonValue launchAtLogin = object.value(QLatin1StringView("launchAtLogin"));
     const QJsonValue showHUDOverlay = object.value(QLatin1StringView("showHUDOverlay"));
     const bool overlayAbsent = showHUDOverlay.isUndefined() || showHUDOverlay.isNull();
+    const QJsonValue holdToSeek = object.value(QLatin1StringView("holdToSeek"));
+    const bool holdAbsent = holdToSeek.isUndefined() || holdToSeek.isNull();
     if (!enabledApps || !disabledApps || !seekActions || !launchAtLogin.isBool() ||
-        (!overlayAbsent && !showHUDOverlay.isBool())) {
+        (!overlayAbsent && !showHUDOverlay.isBool()) || (!holdAbsent && !holdToSeek.isBool())) {
         return std::nullopt;
     }
-    return ExportData{std::move(*enabledApps), std::move(*disabledApps), std::move(*seekActions),
+    return ExportData{std::move(*enabledApps),
+                      std::move(*disabledApps),
+                      std::move(*seekActions),
                       launchAtLogin.toBool(),
-                      overlayAbsent ? std::nullopt : std::optional(showHUDOverlay.toBool())};
+                      overlayAbsent ? std::nullopt : std::optional(showHUDOverlay.toBool()),
+                      holdAbsent ? std::nullopt : std::optional(holdToSeek.toBool())};
 }
 
 } // namespace
@@ -64,6 +71,7 @@ std::optional<QByteArray> AppSettings::exportSettings() const {
         {QStringLiteral("seekActions"), SettingsCoding::encodeSeekActions(m_seekActions)},
         {QStringLiteral("launchAtLogin"), launchAtLogin()},
         {QStringLiteral("showHUDOverlay"), showHUDOverlay()},
+        {QStringLiteral("holdToSeek"), holdToSeek()},
     };
     return file.serialize(OrderedJson::Style::PrettySorted);
 }
@@ -79,6 +87,7 @@ bool AppSettings::importSettings(const QByteArray& bytes) {
     setSeekActions(std::move(file->seekActions));
     setLaunchAtLogin(file->launchAtLogin);
     setShowHUDOverlay(file->showHUDOverlay.value_or(true));
+    setHoldToSeek(file->holdToSeek.value_or(true));
     LaunchAtLogin::setEnabled(file->launchAtLogin);
     if (m_onSeekActionsChanged) {
         m_onSeekActionsChanged();

@@ -115,7 +115,7 @@ GeneralSettingsTab::GeneralSettingsTab(AppSettings& settings, const PlatformText
             [](bool enabled) { LaunchAtLogin::setEnabled(enabled); });
     connect(&m_settings.defaults(), &UserDefaults::written, this, [this](const QString& key) {
         if (key == AppSettings::Keys::launchAtLogin || key == AppSettings::Keys::showHUDOverlay ||
-            key == AppSettings::Keys::feedbackDuration) {
+            key == AppSettings::Keys::feedbackDuration || key == AppSettings::Keys::holdToSeek) {
             showFromStore();
         }
     });
@@ -141,6 +141,14 @@ FormSection* GeneralSettingsTab::makeTogglesSection() {
     m_showIcon->setAccessibleName(m_texts.showIconAccessibility);
     connect(m_showIcon, &FormSwitch::clicked, this, &GeneralSettingsTab::switchIcon);
     section->addRow(m_showIcon);
+
+    m_holdToSeek = new FormSwitch(QStringLiteral("Keep seeking while a hotkey is held"), section);
+    m_holdToSeek->setObjectName(QStringLiteral("holdToSeekToggle"));
+    m_holdToSeek->setAccessibleName(
+        QStringLiteral("Repeat the seek four times a second while a hotkey is held down"));
+    connect(m_holdToSeek, &FormSwitch::clicked, this,
+            [this](bool checked) { m_settings.setHoldToSeek(checked); });
+    section->addRow(m_holdToSeek);
     return section;
 }
 
@@ -228,6 +236,7 @@ FormSection* GeneralSettingsTab::makeResetSection() {
 void GeneralSettingsTab::showFromStore() {
     m_launchAtLogin->setChecked(m_settings.launchAtLogin());
     m_showOverlay->setChecked(m_settings.showHUDOverlay());
+    m_holdToSeek->setChecked(m_settings.holdToSeek());
     const double seconds = m_settings.feedbackDuration();
     std::optional<qsizetype> selected;
     for (std::size_t i = 0; i < durationChoices.size(); ++i) {

@@ -61,6 +61,7 @@ private:
     FormSwitch* m_launchAtLogin = nullptr;
     FormSwitch* m_showIcon = nullptr;
     FormSwitch* m_showOverlay = nullptr;
+    FormSwitch* m_holdToSeek = nullptr;
     SegmentedControl* m_duration = nullptr;
     FormSection* m_hiddenIconSection = nullptr;
     QLabel* m_hiddenIconNote = nullptr;

@@ -58,12 +58,16 @@ void HUDOverlayManager::show(const SeekFeedback& feedback) {
         }
         m_fade.setTargetObject(m_panel.get());
     }
-    m_panel->setCard(new HUDOverlayView(feedback, forward, backward));
-    if (QScreen* screen = QGuiApplication::primaryScreen()) {
-        QRect frame = m_panel->geometry();
-        frame.moveCenter(screen->availableGeometry().center());
-        m_panel->move(frame.topLeft());
+    if (showsHold(feedback.hold)) {
+        // The next step of the hold on show: the same card, counted up, without a blink. It
+        // grows with the total, and stays in the middle.
+        m_panel->setCard(new HUDOverlayView(feedback, forward, backward));
+        centre();
+        return;
     }
+    m_shownHold = feedback.hold ? feedback.hold->hold : QUuid();
+    m_panel->setCard(new HUDOverlayView(feedback, forward, backward));
+    centre();
     // Every show fades in from nothing, also over a card still on screen, so that a quick
     // series of presses blinks once per press.
     m_fade.stop();
@@ -74,6 +78,21 @@ void HUDOverlayManager::show(const SeekFeedback& feedback) {
     m_fade.setStartValue(0.0);
     m_fade.setEndValue(1.0);
     m_fade.start();
+}
+
+void HUDOverlayManager::centre() {
+    if (QScreen* screen = QGuiApplication::primaryScreen()) {
+        QRect frame = m_panel->geometry();
+        frame.moveCenter(screen->availableGeometry().center());
+        m_panel->move(frame.topLeft());
+    }
+}
+
+bool HUDOverlayManager::showsHold(const std::optional<HoldProgress>& hold) const {
+    const bool fadingOut =
+        m_fade.state() == QAbstractAnimation::Running && m_fade.endValue().toReal() == 0.0;
+    return hold && !m_shownHold.isNull() && hold->hold == m_shownHold && m_panel != nullptr &&
+           m_panel->isVisible() && !fadingOut;
 }
 
 void HUDOverlayManager::hide() {

@@ -13,7 +13,8 @@ class DesktopIntegration;
 class MediaStatus;
 
 // Shows the overlay card while the media status publishes a feedback: it fades in on
-// every feedback and fades out when the feedback clears. GUI thread only.
+// every feedback and fades out when the feedback clears. The steps of a hotkey held down are
+// one card that stays and counts up, rather than a blink per step. GUI thread only.
 class HUDOverlayManager : public QObject {
     Q_OBJECT
 
@@ -36,10 +37,17 @@ private:
     void show(const SeekFeedback& feedback);
     void hide();
 
+    // Puts the window in the middle of the main screen's free area.
+    void centre();
+    // Whether the card on screen, opaque or fading in, is a step of this hold.
+    bool showsHold(const std::optional<HoldProgress>& hold) const;
+
     MediaStatus& m_status;
     AppSettings& m_settings;
     DesktopIntegration* m_desktop;
     std::unique_ptr<HUDPanel> m_panel;
     QPropertyAnimation m_fade;
     QMetaObject::Connection m_subscription;
+    // The hold whose steps the card shows, if it shows one.
+    QUuid m_shownHold;
 };

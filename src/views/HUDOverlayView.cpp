@@ -36,6 +36,16 @@ HUDOverlayView::HUDOverlayView(const SeekFeedback& feedback, std::int64_t forwar
     symbol->setTone(SymbolView::Tone::primary);
     layout->addWidget(symbol, 0, Qt::AlignHCenter);
 
+    if (m_feedback.showsTotal()) {
+        auto* total = new QLabel(totalText(), this);
+        total->setObjectName(QStringLiteral("total"));
+        total->setFont(Style::systemFont(totalPointSize, QFont::DemiBold));
+        total->setAlignment(Qt::AlignHCenter);
+        total->setAccessibleName(QStringLiteral("Seeked ") + totalText() +
+                                 QStringLiteral(" so far"));
+        layout->addWidget(total, 0, Qt::AlignHCenter);
+    }
+
     auto* name = new QLabel(playerName(), this);
     name->setObjectName(QStringLiteral("playerName"));
     name->setFont(Style::systemFont(namePointSize, QFont::Medium));
@@ -53,6 +63,10 @@ HUDOverlayView::HUDOverlayView(const SeekFeedback& feedback, std::int64_t forwar
 }
 
 QString HUDOverlayView::iconName() const {
+    if (m_feedback.showsTotal()) {
+        // The total is written out under the arrow; a number in it would be the step's.
+        return SkipSymbols::forKind(m_feedback.kind, 0, 0);
+    }
     return SkipSymbols::forKind(m_feedback.kind, m_forwardSeconds, m_backwardSeconds);
 }
 

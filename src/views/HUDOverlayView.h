@@ -8,11 +8,13 @@
 #include <set>
 
 // The overlay's card: the action's symbol above the player's name, on a rounded translucent
-// ground with a soft shadow. Built afresh for every show.
+// ground with a soft shadow. While a hotkey is held, the plain arrow with the total so far
+// under it, as the steps add up to no numbered symbol. Built afresh for every show.
 class HUDOverlayView : public QWidget {
     Q_OBJECT
     Q_PROPERTY(QString iconName READ iconName CONSTANT)
     Q_PROPERTY(QString playerName READ playerName CONSTANT)
+    Q_PROPERTY(QString totalText READ totalText CONSTANT)
 
 public:
     static constexpr int cornerRadius = 18;
@@ -21,6 +23,7 @@ public:
     static constexpr int spacing = 12;
     static constexpr qreal symbolPointSize = 36;
     static constexpr qreal namePointSize = 14;
+    static constexpr qreal totalPointSize = 20;
 
     // The step sizes with a numbered symbol.
     static const std::set<std::int64_t>& sfSymbolSeconds();
@@ -33,6 +36,8 @@ public:
     QString iconName() const;
     // The player acted on, by its own name where the app stands for many kinds of player.
     QString playerName() const { return m_feedback.shownName(); }
+    // What a hotkey held down has come to so far, such as "+40s"; empty for a single step.
+    QString totalText() const { return m_feedback.totalText(); }
 
 protected:
     void paintEvent(QPaintEvent* event) override;

@@ -262,11 +262,15 @@ void MenuBarView::updateState() {
     switch (state) {
     case MenuBarState::feedback: {
         const SeekFeedback feedback = *m_status.seekFeedback();
+        // A hotkey held down: the plain arrow, and the total it came to after the player.
+        const bool total = feedback.showsTotal();
         row.symbol->setSymbolName(SkipSymbols::forKind(
-            feedback.kind, SkipSymbols::wholeSeconds(m_settings.firstForwardSeconds()),
-            SkipSymbols::wholeSeconds(m_settings.firstBackwardSeconds())));
+            feedback.kind, total ? 0 : SkipSymbols::wholeSeconds(m_settings.firstForwardSeconds()),
+            total ? 0 : SkipSymbols::wholeSeconds(m_settings.firstBackwardSeconds())));
         row.dot->setColor(Style::tint(feedback.app.tintColor()));
-        row.text->setText(feedback.shownName());
+        row.text->setText(total
+                              ? feedback.shownName() + QStringLiteral(" · ") + feedback.totalText()
+                              : feedback.shownName());
         break;
     }
     case MenuBarState::status:

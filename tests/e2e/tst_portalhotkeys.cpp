@@ -31,6 +31,70 @@ QString trigger(const PortalShortcut& shortcut, const char* key = "preferred_tri
     return shortcut.properties.value(QString::fromLatin1(key)).toString();
 }
 
+// The program with the portal's shortcuts, its settings in a temporary home, and a fake
+// Spotify that prints every call.
+class PortalProgram {
+public:
+    explicit PortalProgram(QDBusConnection bus)
+        : m_settings(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+              m_home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)))
+        , m_registry(bus)
+        , m_player(PlayerProcess::fake({QStringLiteral("--name"), QStringLiteral("spotify"),
+                                        QStringLiteral("--spotify"), QStringLiteral("--position"),
+                                        QStringLiteral("60")}))
+        , m_control(std::make_shared<MprisPlayerControl>(m_registry))
+        , m_status(m_control, m_settings, [] { return QList<MediaApp>(); })
+        , m_controller(m_control, std::make_unique<MprisRunningApps>(m_registry), m_settings,
+                       m_status) {
+        auto service = std::make_unique<PortalHotkeyService>(bus);
+        m_service = service.get();
+        m_delegate =
+            std::make_unique<AppDelegate>(std::move(service), m_control, m_settings, m_controller);
+    }
+
+    // Starts once the player runs, and answers whether the desktop bound the shortcuts.
+    bool launch() {
+        if (!m_player->waitForBusName(QStringLiteral("org.mpris.MediaPlayer2.spotify")) ||
+            !QTest::qWaitFor([this] { return m_registry.runningApps().size() == 1; }, 20000)) {
+            return false;
+        }
+        QSignalSpy bound(m_service, &PortalHotkeyService::shortcutsBound);
+        m_delegate->applicationDidFinishLaunching();
+        return bound.wait(10000);
+    }
+
+    // The steps the player was told to take.
+    qsizetype moves() {
+        return m_player->calls()
+            .filter(QRegularExpression(QStringLiteral("^(SetPosition|Seek) ")))
+            .size();
+    }
+
+    // Waits until the program has served all it was asked, and a little more.
+    void settle() {
+        QSignalSpy finished(&m_controller, &MediaController::seekFinished);
+        // Bounded, so that a hold that never ends fails the test rather than hangs it.
+        QElapsedTimer clock;
+        clock.start();
+        while (finished.wait(1500) && clock.elapsed() < 8000) {
+        }
+    }
+
+    AppSettings& settings() { return m_settings; }
+    AppDelegate& delegate() { return *m_delegate; }
+
+private:
+    TempHome m_home;
+    AppSettings m_settings;
+    MprisPlayerRegistry m_registry;
+    std::unique_ptr<PlayerProcess> m_player;
+    std::shared_ptr<MprisPlayerControl> m_control;
+    MediaStatus m_status;
+    MediaController m_controller;
+    PortalHotkeyService* m_service = nullptr;
+    std::unique_ptr<AppDelegate> m_delegate;
+};
+
 } // namespace
 
 class TestPortalHotkeys : public QObject {
@@ -42,10 +106,19 @@ private:
     static QDBusConnection bus() { return QDBusConnection::sessionBus(); }
 
     // The service with the two preset combinations, bound.
-    std::unique_ptr<PortalHotkeyService> boundService(QList<std::uint32_t>* presses) {
+    // Presses go to `presses`, and releases to `releases` where given.
+    std::unique_ptr<PortalHotkeyService> boundService(QList<std::uint32_t>* presses,
+                                                      QList<std::uint32_t>* releases = nullptr) {
         auto service = std::make_unique<PortalHotkeyService>(bus());
         QSignalSpy bound(service.get(), &PortalHotkeyService::shortcutsBound);
-        service->installHandler([presses](std::uint32_t id) { presses->append(id); });
+        service->installHandler(
+            [presses, releases](std::uint32_t id, HotkeyService::KeyEvent event) {
+                if (event == HotkeyService::KeyEvent::pressed) {
+                    presses->append(id);
+                } else if (releases != nullptr) {
+                    releases->append(id);
+                }
+            });
         service->describeHotkey(1, "FORWARD-ID", "Forward 10 seconds");
         service->describeHotkey(2, "BACKWARD-ID", "Backward 10 seconds");
         service->registerHotkey(124, hyper, signature, 1);
@@ -145,21 +218,67 @@ private slots:
         QCOMPARE(service->assignedTrigger(3), std::string());
     }
 
-    // One press per Activated, a held key's repeats included; the session's own shortcuts only.
-    void eachActivationIsOnePress() {
+    // Before the desktop has said it sends releases, an Activated is a press, but one that
+    // follows another of the same shortcut at a keyboard's repeat pace is that key's repeat,
+    // as Plasma and GNOME pass a held key on; the session's own shortcuts only.
+    void repeatsAreKnownByTheirPaceBeforeAnyRelease() {
         QList<std::uint32_t> presses;
         auto service = boundService(&presses);
         QVERIFY(service != nullptr);
         const QString session = m_portal->boundSession();
         m_portal->activate(session, QStringLiteral("BACKWARD-ID"));
+        for (int repeat = 0; repeat < 10; ++repeat) {
+            m_portal->activate(session, QStringLiteral("FORWARD-ID"));
+            QTest::qWait(35);
+        }
+        QTRY_COMPARE(presses, (QList<std::uint32_t>{2, 1}));
+        QTest::qWait(PortalHotkeyService::repeatWithinMs + 200);
+        QCOMPARE(presses, (QList<std::uint32_t>{2, 1}));
+        // A pause longer than any repeat's: a press again.
         m_portal->activate(session, QStringLiteral("FORWARD-ID"));
-        m_portal->activate(session, QStringLiteral("FORWARD-ID"));
-        m_portal->activate(session, QStringLiteral("FORWARD-ID"));
-        QTRY_COMPARE(presses, (QList<std::uint32_t>{2, 1, 1, 1}));
-        m_portal->activate(session + QStringLiteral("x"), QStringLiteral("FORWARD-ID"));
+        QTRY_COMPARE(presses, (QList<std::uint32_t>{2, 1, 1}));
+        m_portal->activate(session + QStringLiteral("x"), QStringLiteral("BACKWARD-ID"));
         m_portal->activate(session, QStringLiteral("UNKNOWN"));
         QTest::qWait(300);
-        QCOMPARE(presses.size(), 4);
+        QCOMPARE(presses.size(), 3);
+    }
+
+    // Once the desktop has sent a Deactivated, Activated and Deactivated are a press and a
+    // release: repeats of Activated in between are dropped, and another shortcut's Activated
+    // ends the one down. Signals of another session are not the program's.
+    void deactivationsMakeReleases() {
+        QList<std::uint32_t> presses;
+        QList<std::uint32_t> releases;
+        auto service = boundService(&presses, &releases);
+        QVERIFY(service != nullptr);
+        const QString session = m_portal->boundSession();
+        const QString forward = QStringLiteral("FORWARD-ID");
+        const QString backward = QStringLiteral("BACKWARD-ID");
+        // Before any Deactivated, a press comes with its release.
+        m_portal->activate(session, forward);
+        QTRY_COMPARE(presses, QList<std::uint32_t>{1});
+        QCOMPARE(releases, QList<std::uint32_t>{1});
+        m_portal->deactivate(session, forward);
+        QTest::qWait(300);
+        QCOMPARE(releases, QList<std::uint32_t>{1});
+
+        m_portal->activate(session, forward);
+        m_portal->activate(session, forward);
+        m_portal->activate(session, forward);
+        QTRY_COMPARE(presses, (QList<std::uint32_t>{1, 1}));
+        QTest::qWait(300);
+        QCOMPARE(presses, (QList<std::uint32_t>{1, 1}));
+        QCOMPARE(releases, QList<std::uint32_t>{1});
+        m_portal->deactivate(session + QStringLiteral("x"), forward);
+        m_portal->activate(session, backward);
+        QTRY_COMPARE(presses, (QList<std::uint32_t>{1, 1, 2}));
+        QCOMPARE(releases, (QList<std::uint32_t>{1, 1}));
+        m_portal->deactivate(session, forward); // no longer down: nothing
+        m_portal->deactivate(session, backward);
+        QTRY_COMPARE(releases, (QList<std::uint32_t>{1, 1, 2}));
+        QTest::qWait(300);
+        QCOMPARE(releases.size(), 3);
+        QCOMPARE(presses.size(), 3);
     }
 
     // A session binds once: a changed list closes it and binds in a new one under the same
@@ -198,7 +317,7 @@ private slots:
     void noActionsAskNothing() {
         PortalHotkeyService service(bus());
         QSignalSpy bound(&service, &PortalHotkeyService::shortcutsBound);
-        QVERIFY(service.installHandler([](std::uint32_t) {}));
+        QVERIFY(service.installHandler([](std::uint32_t, HotkeyService::KeyEvent) {}));
         QVERIFY(bound.wait(10000));
         QCOMPARE(service.mechanism(), std::string("Desktop portal"));
         QCOMPARE(m_portal->members().count(QStringLiteral("CreateSession")), 0);
@@ -307,7 +426,7 @@ private slots:
         QSignalSpy triggers(&service, &PortalHotkeyService::shortcutsBound);
         int told = 0;
         service.setTriggersHandler([&told] { ++told; });
-        QVERIFY(service.installHandler([](std::uint32_t) {}));
+        QVERIFY(service.installHandler([](std::uint32_t, HotkeyService::KeyEvent) {}));
         service.describeHotkey(1, "FORWARD-ID", "Forward 10 seconds");
         service.registerHotkey(124, hyper, signature, 1);
         QTRY_COMPARE(told, 1);
@@ -427,7 +546,7 @@ private slots:
         m_portal->disappear();
         LogCapture log;
         PortalHotkeyService service(bus());
-        QVERIFY(service.installHandler([](std::uint32_t) {}));
+        QVERIFY(service.installHandler([](std::uint32_t, HotkeyService::KeyEvent) {}));
         service.registerHotkey(124, hyper, signature, 1);
         QTRY_COMPARE(log.entries().size(), 1);
         QCOMPARE(log.entries()[0].type, QtWarningMsg);
@@ -502,6 +621,45 @@ private slots:
         QCOMPARE(bound.size(), 1);
         QCOMPARE(m_portal->boundShortcuts().size(), 2);
         QCOMPARE(m_portal->boundShortcuts()[0].id, uuidString(stored[0].id()));
+    }
+
+    // A desktop that sends Deactivated: once it has shown that it does, a shortcut held
+    // between Activated and Deactivated scrubs as a held key does, whatever Activated repeats
+    // it sends meanwhile.
+    void activatedThenDeactivatedIsAHold() {
+        PortalProgram program(bus());
+        QVERIFY(program.launch());
+        const QString session = m_portal->boundSession();
+        const QString forwardId = uuidString(program.settings().seekActions()[0].id());
+        // A tap first: the desktop says it sends Deactivated.
+        m_portal->activate(session, forwardId);
+        m_portal->deactivate(session, forwardId);
+        program.settle();
+        QCOMPARE(program.moves(), 1);
+
+        m_portal->activate(session, forwardId);
+        for (int repeat = 0; repeat < 20; ++repeat) {
+            QTest::qWait(100);
+            m_portal->activate(session, forwardId); // the keyboard's repeat, passed on
+        }
+        m_portal->deactivate(session, forwardId);
+        program.settle();
+        const qsizetype held = program.moves() - 1;
+        QVERIFY2(held >= 6 && held <= 9, qPrintable(QString::number(held)));
+        QCOMPARE(program.delegate().hotkeyHold().steps(), held);
+        QCOMPARE(program.delegate().hotkeyHold().totalSeconds(), 10.0 * double(held));
+    }
+
+    // A desktop that has sent no Deactivated: each Activated is a press, and nothing repeats.
+    void anActivationAloneIsOneSeek() {
+        PortalProgram program(bus());
+        QVERIFY(program.launch());
+        m_portal->activate(m_portal->boundSession(),
+                           uuidString(program.settings().seekActions()[0].id()));
+        QTest::qWait(2000);
+        program.settle();
+        QCOMPARE(program.moves(), 1);
+        QVERIFY(!program.delegate().hotkeyHold().isHolding());
     }
 
     // The whole road: the default actions in the store are offered with their combinations, an

@@ -248,6 +248,7 @@ private:
         });
         settings().setLaunchAtLogin(true);
         settings().setShowHUDOverlay(false);
+        settings().setHoldToSeek(false);
     }
 
 private slots:
@@ -282,6 +283,9 @@ private slots:
         QCOMPARE(toggle("launchAtLoginToggle")->text(), QStringLiteral("Launch at login"));
         QCOMPARE(toggle("showIconToggle")->text(), texts().showIconToggle);
         QCOMPARE(toggle("showOverlayToggle")->text(), QStringLiteral("Show on-screen overlay"));
+        QCOMPARE(toggle("holdToSeekToggle")->text(),
+                 QStringLiteral("Keep seeking while a hotkey is held"));
+        QVERIFY(toggle("holdToSeekToggle")->isChecked());
         QVERIFY(!toggle("launchAtLoginToggle")->isChecked());
         QVERIFY(toggle("showIconToggle")->isChecked());
         QVERIFY(toggle("showOverlayToggle")->isChecked());
@@ -309,10 +313,13 @@ private slots:
         QVERIFY(!message()->isVisible());
 
         // In the written order, top to bottom.
-        const QList<QWidget*> order{
-            toggle("launchAtLoginToggle"), toggle("showIconToggle"),
-            toggle("showOverlayToggle"),   child(tab, "feedbackDurationPicker"),
-            child(tab, "exportButton"),    child(tab, "resetButton")};
+        const QList<QWidget*> order{toggle("launchAtLoginToggle"),
+                                    toggle("showIconToggle"),
+                                    toggle("holdToSeekToggle"),
+                                    toggle("showOverlayToggle"),
+                                    child(tab, "feedbackDurationPicker"),
+                                    child(tab, "exportButton"),
+                                    child(tab, "resetButton")};
         for (qsizetype i = 1; i < order.size(); ++i) {
             QVERIFY2(order[i - 1]->mapTo(&tab, QPoint()).y() < order[i]->mapTo(&tab, QPoint()).y(),
                      qPrintable(order[i]->objectName()));
@@ -433,6 +440,15 @@ private slots:
         QVERIFY(toggle("showOverlayToggle")->isChecked());
     }
 
+    void theHoldToggleIsBoundToTheStore() {
+        openTab();
+        click(toggle("holdToSeekToggle"));
+        QCOMPARE(settings().holdToSeek(), false);
+        QVERIFY(!toggle("holdToSeekToggle")->isChecked());
+        settings().setHoldToSeek(true);
+        QVERIFY(toggle("holdToSeekToggle")->isChecked());
+    }
+
     void launchAtLoginWritesTheAutostartEntry() {
         if (QSysInfo::kernelType() != QStringLiteral("linux")) {
             QSKIP("the XDG autostart entry is the Linux login item");
@@ -515,6 +531,7 @@ private slots:
         QVERIFY(settings().seekActions() != actions);
         QVERIFY(!toggle("launchAtLoginToggle")->isChecked());
         QVERIFY(toggle("showOverlayToggle")->isChecked());
+        QVERIFY(toggle("holdToSeekToggle")->isChecked());
 
         QVERIFY(importThroughTheDialog(path));
         QCOMPARE(message()->text(), importedMessage);
@@ -530,6 +547,7 @@ private slots:
         // The tab shows what came in.
         QVERIFY(toggle("launchAtLoginToggle")->isChecked());
         QVERIFY(!toggle("showOverlayToggle")->isChecked());
+        QVERIFY(!toggle("holdToSeekToggle")->isChecked());
         QCOMPARE(selectedSegments(), QStringList{"1s"});
         if (QSysInfo::kernelType() == QStringLiteral("linux")) {
             QVERIFY(QFile::exists(qEnvironmentVariable("XDG_CONFIG_HOME") +
@@ -715,8 +733,10 @@ private slots:
             QVERIFY(accessible != nullptr);
             QCOMPARE(accessible->text(QAccessible::Name), each->accessibleName());
         }
-        // Three switches, five segments, three buttons.
-        QCOMPARE(controls, 11);
+        // Four switches, five segments, three buttons.
+        QCOMPARE(controls, 12);
+        QCOMPARE(toggle("holdToSeekToggle")->accessibleName(),
+                 QStringLiteral("Repeat the seek four times a second while a hotkey is held down"));
         QCOMPARE(toggle("launchAtLoginToggle")->accessibleName(),
                  QStringLiteral("Start Scrubline automatically when you log in"));
         QCOMPARE(toggle("showIconToggle")->accessibleName(), texts().showIconAccessibility);

@@ -300,6 +300,45 @@ private slots:
         }
     }
 
+    // The steps of one held hotkey: the card stays, counts up with the plain arrow and the
+    // total, and never fades in again; a new hold is a new card.
+    void aHeldHotkeyIsOneCardThatCountsUp() {
+        setSteps(10, 10);
+        const QUuid hold = QUuid::createUuid();
+        m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::forward, QString(),
+                                     HoldProgress{hold, 10, 1});
+        QTRY_VERIFY(cardShowing());
+        QCOMPARE(panel()->card()->iconName(), QStringLiteral("goforward.10"));
+        QVERIFY(panel()->card()->findChild<QLabel*>(QStringLiteral("total")) == nullptr);
+        QTRY_COMPARE(panel()->fade(), 1.0);
+        QList<qreal> opacities;
+        connect(panel(), &HUDPanel::fadeChanged, this,
+                [&opacities](qreal opacity) { opacities << opacity; });
+        for (int steps = 2; steps <= 4; ++steps) {
+            m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::forward, QString(),
+                                         HoldProgress{hold, 10.0 * steps, steps});
+            QTRY_COMPARE(panel()->card()->feedback().hold->steps, steps);
+        }
+        QTest::qWait(HUDOverlayManager::fadeInMs + 50);
+        QVERIFY2(opacities.isEmpty(), "the card did not fade while the hotkey was held");
+        QCOMPARE(panel()->card()->iconName(), QStringLiteral("goforward"));
+        const auto* total = panel()->card()->findChild<QLabel*>(QStringLiteral("total"));
+        QVERIFY(total != nullptr);
+        QCOMPARE(total->text(), QStringLiteral("+40s"));
+        QVERIFY(!total->accessibleName().isEmpty());
+        // Grown with the total, and still in the middle.
+        const QPoint offset = panel()->geometry().center() -
+                              QGuiApplication::primaryScreen()->availableGeometry().center();
+        QVERIFY2(qAbs(offset.x()) <= 1 && qAbs(offset.y()) <= 1,
+                 qPrintable(QStringLiteral("%1,%2").arg(offset.x()).arg(offset.y())));
+
+        // Another hold: a card of its own, faded in anew.
+        m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::backward, QString(),
+                                     HoldProgress{QUuid::createUuid(), -10, 1});
+        QTRY_COMPARE(panel()->card()->feedback().kind, FeedbackKind::backward);
+        QTRY_VERIFY(opacities.contains(0.0));
+    }
+
     void screenshots_data() {
         QTest::addColumn<bool>("dark");
         QTest::newRow("light") << false;
@@ -329,6 +368,20 @@ private slots:
             QVERIFY(!path.isEmpty());
             qInfo("%s", qPrintable(path));
         }
+        // A hotkey held down for a while: the running total on the arrow's card.
+        const QUuid hold = QUuid::createUuid();
+        for (int steps = 1; steps <= 4; ++steps) {
+            m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::forward, QString(),
+                                         HoldProgress{hold, 10.0 * steps, steps});
+        }
+        QTRY_VERIFY(cardShowing() && panel()->card()->feedback().hold &&
+                    panel()->card()->feedback().hold->steps == 4);
+        QTRY_COMPARE(panel()->fade(), 1.0);
+        const QString path =
+            Screenshots::save(Screenshots::onBackdrop(panel()->grab(), dark),
+                              QStringLiteral("overlay-held-%1").arg(dark ? "dark" : "light"));
+        QVERIFY(!path.isEmpty());
+        qInfo("%s", qPrintable(path));
     }
 };
 

@@ -237,6 +237,23 @@ private slots:
         QCOMPARE(child<ColorDot>(*view, QStringLiteral("playerDot"))->color(), QColor(0xFF3B30));
     }
 
+    // A hotkey held down: the row names the player and the total, with the plain arrow; a
+    // single step shows as any press does.
+    void aHeldHotkeyShowsItsTotal() {
+        completeOnboarding();
+        setSteps(10, 30);
+        const auto view = makeView();
+        const QUuid hold = QUuid::createUuid();
+        m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::backward, QString(),
+                                     HoldProgress{hold, -30, 1});
+        QCOMPARE(stateSymbol(*view), QStringLiteral("gobackward.30"));
+        QCOMPARE(stateText(*view), QStringLiteral("Spotify"));
+        m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::backward, QString(),
+                                     HoldProgress{hold, -210, 7});
+        QCOMPARE(stateSymbol(*view), QStringLiteral("gobackward"));
+        QCOMPARE(stateText(*view), QStringLiteral("Spotify · -210s"));
+    }
+
     void aStatusShowsWithItsWarning() {
         completeOnboarding();
         const auto view = makeView();
@@ -501,6 +518,10 @@ private slots:
         shoot(QStringLiteral("nomedia"), [] {});
         shoot(QStringLiteral("feedback"),
               [this] { m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::forward); });
+        shoot(QStringLiteral("feedback-held"), [this] {
+            m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::forward, QString(),
+                                         HoldProgress{QUuid::createUuid(), 70, 7});
+        });
         shoot(QStringLiteral("status"), [this] {
             m_rig->settings().setFeedbackDuration(0);
             m_rig->status().showFeedback(MediaApp::spotify, FeedbackKind::forward);

@@ -6,12 +6,16 @@
 #include "support/Desktop.h"
 #include "support/LogCapture.h"
 
+#include <QAbstractEventDispatcher>
 #include <QtTest>
 
 #include <X11/keysym.h>
+#include <sys/uio.h>
+#include <xcb/xcbext.h>
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <optional>
 #include <set>
 #include <utility>
@@ -184,6 +188,83 @@ int xcbErrors(const LogCapture& log) {
     return count;
 }
 
+// Sets the server's keyboard repeat as a user would, with xset.
+void xset(const QStringList& arguments) {
+    QProcess tool;
+    tool.start(QStringLiteral("xset"), arguments);
+    QVERIFY2(tool.waitForFinished(10000), "xset runs (Debian package x11-xserver-utils)");
+    QCOMPARE(tool.exitCode(), 0);
+}
+
+// Asks the server for detectable auto-repeat on the toolkit's connection, or for the usual
+// repeat: with it a held key repeats as presses alone, without it as a release and a press of
+// the same moment each time. The keyboard extension's PerClientFlags request, put together as
+// its protocol describes it, for want of the extension's client headers here. Answers whether
+// the server now does as asked.
+bool setDetectableAutoRepeat(bool detectable) {
+    static xcb_extension_t keyboardExtension = {"XKEYBOARD", 0};
+    constexpr std::uint8_t perClientFlags = 21;
+    constexpr std::uint16_t useCoreKeyboard = 0x0100;
+    constexpr std::uint32_t detectableAutoRepeat = 1;
+    struct {
+        std::uint8_t major = 0;
+        std::uint8_t minor = 0;
+        std::uint16_t length = 0;
+        std::uint16_t deviceSpec = useCoreKeyboard;
+        std::uint16_t pad = 0;
+        std::uint32_t change = detectableAutoRepeat;
+        std::uint32_t value = 0;
+        std::uint32_t controlsToChange = 0;
+        std::uint32_t autoControls = 0;
+        std::uint32_t autoControlValues = 0;
+    } request;
+    static_assert(sizeof(request) == 28);
+    request.value = detectable ? detectableAutoRepeat : 0;
+    xcb_connection_t* connection =
+        qGuiApp->nativeInterface<QNativeInterface::QX11Application>()->connection();
+    iovec parts[3];
+    parts[2].iov_base = &request;
+    parts[2].iov_len = sizeof(request);
+    const xcb_protocol_request_t header{1, &keyboardExtension, perClientFlags, 0};
+    const unsigned int sequence =
+        xcb_send_request(connection, XCB_REQUEST_CHECKED, parts + 2, &header);
+    xcb_generic_error_t* error = nullptr;
+    auto* reply = static_cast<std::uint8_t*>(xcb_wait_for_reply(connection, sequence, &error));
+    std::free(error);
+    if (reply == nullptr) {
+        return false;
+    }
+    // The flags in force, after the reply's header and the supported flags.
+    std::uint32_t value = 0;
+    std::memcpy(&value, reply + 12, sizeof(value));
+    std::free(reply);
+    return ((value & detectableAutoRepeat) != 0) == detectable;
+}
+
+// Holds the keys down for a while and lets them up, as a person holding a hotkey does.
+void hold(const QString& keys, int ms) {
+    xdotool({QStringLiteral("keydown"), keys});
+    QTest::qWait(ms);
+    xdotool({QStringLiteral("keyup"), keys});
+}
+
+// A key event on the root window as the server sends it, handed to the toolkit's event filters
+// as the toolkit hands on what it reads: for the orders of events this server does not send.
+bool deliverKey(std::uint8_t type, xcb_keycode_t key, std::uint16_t state, xcb_timestamp_t time) {
+    xcb_key_press_event_t event{};
+    event.response_type = type;
+    event.detail = key;
+    event.time = time;
+    auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    event.root = event.event =
+        xcb_setup_roots_iterator(xcb_get_setup(x11->connection())).data->root;
+    event.state = state;
+    event.same_screen = 1;
+    qintptr result = 0;
+    return QAbstractEventDispatcher::instance()->filterNativeEvent(
+        QByteArrayLiteral("xcb_generic_event_t"), &event, &result);
+}
+
 } // namespace
 
 class TestX11Hotkeys : public QObject {
@@ -192,6 +273,7 @@ class TestX11Hotkeys : public QObject {
 private:
     std::unique_ptr<X11HotkeyService> m_service;
     QList<std::uint32_t> m_pressed;
+    QList<std::uint32_t> m_released;
     bool m_layoutChanged = false;
 
     // Long enough for a press that is coming to have come.
@@ -206,7 +288,10 @@ private slots:
     void init() {
         m_pressed.clear();
         m_service = std::make_unique<X11HotkeyService>();
-        QVERIFY(m_service->installHandler([this](std::uint32_t id) { m_pressed.append(id); }));
+        m_released.clear();
+        QVERIFY(m_service->installHandler([this](std::uint32_t id, HotkeyService::KeyEvent event) {
+            (event == HotkeyService::KeyEvent::pressed ? m_pressed : m_released).append(id);
+        }));
     }
 
     void cleanup() {
@@ -239,6 +324,88 @@ private slots:
         settle();
         QCOMPARE(m_pressed, QList<std::uint32_t>{7});
         QCOMPARE(xcbErrors(log), 0);
+    }
+
+    // With the keyboard's own repeat on and fast, a hotkey held down for a second is still one
+    // press, and its release comes once the keys are up; sent either way the server can send
+    // a held key's repeats.
+    void aHeldHotkeyIsOnePressAndOneRelease_data() {
+        QTest::addColumn<bool>("detectable");
+        QTest::newRow("release and press") << false;
+        QTest::newRow("press only") << true;
+    }
+
+    void aHeldHotkeyIsOnePressAndOneRelease() {
+        QFETCH(bool, detectable);
+        xset({QStringLiteral("r"), QStringLiteral("on")});
+        xset({QStringLiteral("r"), QStringLiteral("rate"), QStringLiteral("150"),
+              QStringLiteral("40")});
+        QVERIFY(setDetectableAutoRepeat(detectable));
+        // As the toolkit had it.
+        const auto restore = qScopeGuard([] { setDetectableAutoRepeat(false); });
+        QVERIFY(m_service->registerHotkey(rightArrow, controlOptionCommand, signature, 7));
+        hold(QStringLiteral("ctrl+alt+super+Right"), 1000);
+        QTRY_COMPARE(m_released, QList<std::uint32_t>{7});
+        settle();
+        QCOMPARE(m_pressed, QList<std::uint32_t>{7});
+        QCOMPARE(m_released, QList<std::uint32_t>{7});
+        // Taps are presses, also three sent at once.
+        press(QStringLiteral("ctrl+alt+super+Right"));
+        xdotool({QStringLiteral("key"), QStringLiteral("--delay"), QStringLiteral("0"),
+                 QStringLiteral("ctrl+alt+super+Right"), QStringLiteral("ctrl+alt+super+Right"),
+                 QStringLiteral("ctrl+alt+super+Right")});
+        QTRY_COMPARE(m_released, (QList<std::uint32_t>(5, 7)));
+        QCOMPARE(m_pressed, (QList<std::uint32_t>(5, 7)));
+    }
+
+    // The two ways a server sends a held key's repeats: a release and a press of the same
+    // moment each time (the default), or one more press each time (detectable auto-repeat).
+    // Either is one press and one release; a real second press is another.
+    void bothOrdersOfRepeatsAreOnePress_data() {
+        QTest::addColumn<bool>("detectable");
+        QTest::newRow("release and press") << false;
+        QTest::newRow("press only") << true;
+    }
+
+    void bothOrdersOfRepeatsAreOnePress() {
+        QFETCH(bool, detectable);
+        OtherClient observer;
+        const xcb_keycode_t right = observer.keyCode(XK_Right);
+        const std::uint16_t held = observer.controlAltSuper();
+        QVERIFY(m_service->registerHotkey(rightArrow, controlOptionCommand, signature, 5));
+        QVERIFY(deliverKey(XCB_KEY_PRESS, right, held, 1000));
+        QCOMPARE(m_pressed, QList<std::uint32_t>{5});
+        for (xcb_timestamp_t time = 1500; time < 2000; time += 25) {
+            if (!detectable) {
+                QVERIFY(deliverKey(XCB_KEY_RELEASE, right, held, time));
+            }
+            QVERIFY(deliverKey(XCB_KEY_PRESS, right, held, time));
+        }
+        QCOMPARE(m_pressed, QList<std::uint32_t>{5});
+        QVERIFY(m_released.isEmpty());
+        // The modifiers may come up first: the key's release still ends it.
+        QVERIFY(deliverKey(XCB_KEY_RELEASE, right, 0, 2100));
+        QTRY_COMPARE(m_released, QList<std::uint32_t>{5});
+        settle();
+        QCOMPARE(m_pressed, QList<std::uint32_t>{5});
+        // A quick second press, of another moment, is a press of its own.
+        QVERIFY(deliverKey(XCB_KEY_PRESS, right, held, 3000));
+        QVERIFY(deliverKey(XCB_KEY_RELEASE, right, held, 3050));
+        QVERIFY(deliverKey(XCB_KEY_PRESS, right, held, 3060));
+        QVERIFY(deliverKey(XCB_KEY_RELEASE, right, held, 3100));
+        QTRY_COMPARE(m_released, (QList<std::uint32_t>{5, 5, 5}));
+        QCOMPARE(m_pressed, (QList<std::uint32_t>{5, 5, 5}));
+        // Taps of the same moments, quicker than any keyboard repeats, as a program sends them.
+        QVERIFY(deliverKey(XCB_KEY_PRESS, right, held, 4000));
+        QVERIFY(deliverKey(XCB_KEY_RELEASE, right, held, 4001));
+        QVERIFY(deliverKey(XCB_KEY_PRESS, right, held, 4001));
+        QVERIFY(deliverKey(XCB_KEY_RELEASE, right, held, 4001));
+        QVERIFY(deliverKey(XCB_KEY_PRESS, right, held, 4001));
+        QVERIFY(deliverKey(XCB_KEY_RELEASE, right, held, 4002));
+        QTRY_COMPARE(m_released.size(), 6);
+        QCOMPARE(m_pressed.size(), 6);
+        // A release of a key that is not down is not the service's.
+        QVERIFY(!deliverKey(XCB_KEY_RELEASE, right, held, 3200));
     }
 
     void eachHotkeyGetsItsOwnId() {

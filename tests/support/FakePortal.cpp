@@ -64,8 +64,16 @@ QString FakePortal::sessionPath(const QString& sender, const QString& token) {
 }
 
 void FakePortal::activate(const QString& session, const QString& shortcutId) {
-    QDBusMessage signal =
-        QDBusMessage::createSignal(rootPath, shortcutsInterface, QStringLiteral("Activated"));
+    sendShortcutSignal(QStringLiteral("Activated"), session, shortcutId);
+}
+
+void FakePortal::deactivate(const QString& session, const QString& shortcutId) {
+    sendShortcutSignal(QStringLiteral("Deactivated"), session, shortcutId);
+}
+
+void FakePortal::sendShortcutSignal(const QString& name, const QString& session,
+                                    const QString& shortcutId) {
+    QDBusMessage signal = QDBusMessage::createSignal(rootPath, shortcutsInterface, name);
     signal << QVariant::fromValue(QDBusObjectPath(session)) << shortcutId
            << QVariant::fromValue(static_cast<qulonglong>(QDateTime::currentMSecsSinceEpoch()))
            << QVariantMap();

@@ -78,6 +78,8 @@ public:
 
     // Sends Activated for the shortcut in the session, as a press of its trigger does.
     void activate(const QString& session, const QString& shortcutId);
+    // Sends Deactivated, as the release of the trigger does on desktops that say so.
+    void deactivate(const QString& session, const QString& shortcutId);
 
     // The request path a caller's token makes, as the portal documents it.
     static QString requestPath(const QString& sender, const QString& token);
@@ -87,6 +89,7 @@ public:
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override;
 
 private:
+    void sendShortcutSignal(const QString& name, const QString& session, const QString& shortcutId);
     void respond(const QString& request, uint response, const QVariantMap& results);
     PortalShortcuts granted(const PortalShortcuts& shortcuts) const;
     void bindShortcuts(const QDBusMessage& message, const QDBusConnection& connection,

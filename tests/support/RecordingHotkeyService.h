@@ -36,10 +36,21 @@ public:
         bool refusesHandler = false;
         PressHandler handler;
 
-        // A press of the hotkey registered under `id`, as the system would deliver it.
+        // A tap of the hotkey registered under `id`, as the system would deliver it: down and
+        // up at once.
         void press(std::uint32_t id) const {
+            keyDown(id);
+            keyUp(id);
+        }
+        // The two halves of a press, for a test that holds the hotkey down between them.
+        void keyDown(std::uint32_t id) const {
             if (handler) {
-                handler(id);
+                handler(id, KeyEvent::pressed);
+            }
+        }
+        void keyUp(std::uint32_t id) const {
+            if (handler) {
+                handler(id, KeyEvent::released);
             }
         }
         QList<std::uint32_t> liveIds() const {

@@ -63,6 +63,7 @@ void addInvalidFileRows() {
     QTest::newRow("launchAtLogin as number") << with("launchAtLogin", 1);
     QTest::newRow("launchAtLogin as text") << with("launchAtLogin", "true");
     QTest::newRow("showHUDOverlay as text") << with("showHUDOverlay", "false");
+    QTest::newRow("holdToSeek as number") << with("holdToSeek", 0);
     QTest::newRow("seekActions as object") << with("seekActions", QJsonObject{});
     QTest::newRow("unknown direction") << actionWith("direction", "sideways");
     QTest::newRow("keyCode out of range") << actionWith("keyCode", 70000);

@@ -9,6 +9,9 @@
 // Other players' ways, each by an option: a track id typed s, no track id, a position in whole
 // seconds, CanSeek false (never signalled), a position typed i, an Identity of its own.
 //
+// With --answer-after it is a slow player: each call to its controls (Seek, SetPosition,
+// PlayPause, Play, Pause, Stop) is carried out and answered that long after it came.
+//
 // Every call it takes is printed on standard output, one line each ("SetPosition /t 12000000",
 // "Seek -10000000", "PlayPause", "Pause", "Stop", "Play", "Get Position", "GetAll").
 #include <QCommandLineParser>
@@ -46,6 +49,7 @@ public:
     bool canSeek = true;
     bool positionAsInt = false; // typed i: only positions under 36 minutes fit
     QString identity = QStringLiteral("Fake Player");
+    int answerAfterMs = 0;
 
     void start(bool playing, qint64 positionUs) {
         m_playing = playing;
@@ -74,8 +78,21 @@ public:
                                             ? arg.value<QDBusObjectPath>().path()
                                             : arg.toString());
         }
-        std::printf("%s\n", qPrintable(line));
-        std::fflush(stdout);
+        if (!m_answeringLate) {
+            std::printf("%s\n", qPrintable(line));
+            std::fflush(stdout);
+        }
+        static const QStringList controls = {
+            QStringLiteral("Seek"), QStringLiteral("SetPosition"), QStringLiteral("PlayPause"),
+            QStringLiteral("Play"), QStringLiteral("Pause"),       QStringLiteral("Stop")};
+        if (answerAfterMs > 0 && !m_answeringLate && controls.contains(member)) {
+            QTimer::singleShot(answerAfterMs, [this, message, bus] {
+                m_answeringLate = true;
+                handleMessage(message, bus);
+                m_answeringLate = false;
+            });
+            return true;
+        }
         if (silent) {
             return true; // taken, never answered: the caller waits out its time-out
         }
@@ -214,6 +231,7 @@ private:
     bool m_flickering = false;
     qint64 m_baseUs = 0;
     QElapsedTimer m_clock;
+    bool m_answeringLate = false;
 };
 
 } // namespace
@@ -245,6 +263,9 @@ int main(int argc, char** argv) {
         {QStringLiteral("position-int"), QStringLiteral("Position typed i.")},
         {QStringLiteral("identity"), QStringLiteral("The player's Identity."),
          QStringLiteral("name")},
+        {QStringLiteral("answer-after"),
+         QStringLiteral("Carry out and answer each call to the controls this much later."),
+         QStringLiteral("milliseconds")},
         {QStringLiteral("flicker"),
          QStringLiteral("After each seek, say Stopped with no metadata for this long."),
          QStringLiteral("milliseconds")},
@@ -277,6 +298,7 @@ int main(int argc, char** argv) {
     if (options.isSet(QStringLiteral("identity"))) {
         player.identity = options.value(QStringLiteral("identity"));
     }
+    player.answerAfterMs = options.value(QStringLiteral("answer-after")).toInt();
     if (options.isSet(QStringLiteral("flicker"))) {
         player.flickerMs = options.value(QStringLiteral("flicker")).toInt();
     }

@@ -316,6 +316,39 @@ private slots:
         QCOMPARE(m_rig->players().seekSeconds(), QList<double>{-10.0});
     }
 
+    // Held down: one press, repeats until the release, and none once the hotkeys are let go
+    // (the recorder suspends them) while it is still down.
+    void aHeldHotkeyRepeatsUntilReleasedOrLetGo() {
+        QVERIFY(launch());
+        const HotkeyHold& hold = m_delegate->hotkeyHold();
+        QSignalSpy sent(&hold, &HotkeyHold::stepSent);
+        m_hotkeys->keyDown(1);
+        QVERIFY(QTest::qWaitFor([&] { return sent.size() >= 3; }, 5000));
+        m_hotkeys->keyUp(1);
+        QTRY_VERIFY(!hold.isHolding());
+        const qsizetype released = sent.size();
+        QTest::qWait(HotkeyHold::repeatDelayMs + HotkeyHold::repeatIntervalMs);
+        QCOMPARE(sent.size(), released);
+
+        m_hotkeys->keyDown(2);
+        QVERIFY(QTest::qWaitFor([&] { return hold.isHolding(); }, 5000));
+        m_delegate->setHotkeysSuspended(true);
+        QVERIFY(!hold.isHolding());
+        const qsizetype suspended = sent.size();
+        QTest::qWait(HotkeyHold::repeatDelayMs + 2 * HotkeyHold::repeatIntervalMs);
+        QCOMPARE(sent.size(), suspended);
+    }
+
+    // With the switch off, a held hotkey is one seek.
+    void withHoldingOffAHeldHotkeyIsOnePress() {
+        settings().setHoldToSeek(false);
+        QVERIFY(launch());
+        m_hotkeys->keyDown(1);
+        QCOMPARE(seeksServed(HotkeyHold::repeatDelayMs + 3 * HotkeyHold::repeatIntervalMs), 1);
+        m_hotkeys->keyUp(1);
+        QCOMPARE(seeksServed(300), 0);
+    }
+
     void aPressOfPlayPauseEnqueuesZero() {
         storeActions({SeekAction(Direction::playPause, 30, 49, mask)});
         QVERIFY(launch());

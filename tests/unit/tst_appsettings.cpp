@@ -73,6 +73,7 @@ private slots:
         QCOMPARE(settings->launchAtLogin(), false);
         QCOMPARE(settings->feedbackDuration(), 2.5);
         QCOMPARE(settings->showHUDOverlay(), true);
+        QCOMPARE(settings->holdToSeek(), true);
 
         QTest::qWait(AppSettings::saveDebounceMs + 200);
         QVERIFY(!QFile::exists(settingsPath()));
@@ -270,6 +271,7 @@ private slots:
         settings->setSeekActions({SeekAction(SeekAction::Direction::playPause, 1.0, 49, 0)});
         settings->setLaunchAtLogin(true);
         settings->setShowHUDOverlay(false);
+        settings->setHoldToSeek(false);
         settings->defaults().setBool(AppSettings::Keys::showMenuBarIcon, false);
         QTest::qWait(AppSettings::saveDebounceMs + 100);
 
@@ -284,6 +286,7 @@ private slots:
         QCOMPARE(settings->seekActions(), SeekAction::defaults());
         QCOMPARE(settings->launchAtLogin(), false);
         QCOMPARE(settings->showHUDOverlay(), true);
+        QCOMPARE(settings->holdToSeek(), true);
         QCOMPARE(settings->feedbackDuration(), 4.0);
         QCOMPARE(stored(AppSettings::Keys::feedbackDuration).toDouble(), 4.0);
         QCOMPARE(stored(AppSettings::Keys::showMenuBarIcon).toBool(), true);
@@ -312,6 +315,9 @@ private slots:
             QSignalSpy duration(settings.get(), &AppSettings::feedbackDurationChanged);
             QSignalSpy overlay(settings.get(), &AppSettings::showHUDOverlayChanged);
             QSignalSpy login(settings.get(), &AppSettings::launchAtLoginChanged);
+            QSignalSpy hold(settings.get(), &AppSettings::holdToSeekChanged);
+            settings->setHoldToSeek(false);
+            settings->setHoldToSeek(false);
             settings->setFeedbackDuration(3.5);
             settings->setFeedbackDuration(3.5);
             settings->setShowHUDOverlay(true); // already the default
@@ -319,6 +325,8 @@ private slots:
             QCOMPARE(duration.count(), 1);
             QCOMPARE(overlay.count(), 0);
             QCOMPARE(login.count(), 1);
+            QCOMPARE(hold.count(), 1);
+            QCOMPARE(stored(AppSettings::Keys::holdToSeek).toBool(), false);
             QCOMPARE(stored(AppSettings::Keys::feedbackDuration).toDouble(), 3.5);
             QCOMPARE(stored(AppSettings::Keys::showHUDOverlay).toBool(), true);
         }
@@ -326,13 +334,16 @@ private slots:
         QCOMPARE(reopened->feedbackDuration(), 3.5);
         QCOMPARE(reopened->launchAtLogin(), true);
         QCOMPARE(reopened->showHUDOverlay(), true);
+        QCOMPARE(reopened->holdToSeek(), false);
     }
 
     void unreadableBoundValuesFallBackToDefaults() {
         store(AppSettings::Keys::feedbackDuration, QStringLiteral("soon"));
         store(AppSettings::Keys::showHUDOverlay, QStringLiteral("maybe"));
         store(AppSettings::Keys::launchAtLogin, QStringLiteral("perhaps"));
+        store(AppSettings::Keys::holdToSeek, QStringLiteral("sometimes"));
         auto settings = openStore();
+        QCOMPARE(settings->holdToSeek(), true);
         QCOMPARE(settings->feedbackDuration(), 2.5);
         QCOMPARE(settings->showHUDOverlay(), true);
         QCOMPARE(settings->launchAtLogin(), false);

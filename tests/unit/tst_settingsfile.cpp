@@ -62,6 +62,7 @@ private:
         });
         settings.setLaunchAtLogin(true);
         settings.setShowHUDOverlay(false);
+        settings.setHoldToSeek(false);
     }
 
 private slots:
@@ -93,10 +94,12 @@ private slots:
         QJsonParseError error{};
         const QJsonObject object = QJsonDocument::fromJson(*exported, &error).object();
         QCOMPARE(error.error, QJsonParseError::NoError);
-        QCOMPARE(object.keys(), (QStringList{"disabledApps", "enabledApps", "launchAtLogin",
-                                             "seekActions", "showHUDOverlay", "version"}));
+        QCOMPARE(object.keys(),
+                 (QStringList{"disabledApps", "enabledApps", "holdToSeek", "launchAtLogin",
+                              "seekActions", "showHUDOverlay", "version"}));
         QCOMPARE(object.value("version").toInt(), 1);
         QCOMPARE(object.value("showHUDOverlay").toBool(), true);
+        QCOMPARE(object.value("holdToSeek").toBool(), true);
         QVERIFY(exported->contains("\"disabledApps\" : [],"));
         // The top-level keys are written in ascending order.
         QVERIFY(exported->indexOf("\"disabledApps\"") < exported->indexOf("\"enabledApps\""));
@@ -119,6 +122,7 @@ private slots:
         QCOMPARE(settings->seekActions(), actions);
         QCOMPARE(settings->launchAtLogin(), true);
         QCOMPARE(settings->showHUDOverlay(), false);
+        QCOMPARE(settings->holdToSeek(), false);
         QCOMPARE(*settings->exportSettings(), file);
     }
 
@@ -176,6 +180,35 @@ private slots:
         }
         QVERIFY(settings->importSettings(bytesOf(file)));
         QCOMPARE(settings->showHUDOverlay(), true);
+    }
+
+    void missingHoldSettingKeepsTheDefault_data() {
+        QTest::addColumn<QJsonValue>("hold");
+        QTest::newRow("absent") << QJsonValue(QJsonValue::Undefined);
+        QTest::newRow("null") << QJsonValue(QJsonValue::Null);
+    }
+
+    void missingHoldSettingKeepsTheDefault() {
+        QFETCH(QJsonValue, hold);
+        auto settings = openStore();
+        settings->setHoldToSeek(false);
+        QJsonObject file = validFile();
+        if (hold.isUndefined()) {
+            file.remove("holdToSeek");
+        } else {
+            file["holdToSeek"] = hold;
+        }
+        QVERIFY(settings->importSettings(bytesOf(file)));
+        QCOMPARE(settings->holdToSeek(), true);
+    }
+
+    void holdSettingIsImported() {
+        auto settings = openStore();
+        QJsonObject file = validFile();
+        file["holdToSeek"] = false;
+        QVERIFY(settings->importSettings(bytesOf(file)));
+        QCOMPARE(settings->holdToSeek(), false);
+        QCOMPARE(settingsOnDisk(m_path)->value(AppSettings::Keys::holdToSeek).toBool(), false);
     }
 
     void anyWholeVersionIsAccepted_data() {

@@ -124,6 +124,8 @@ PortalHotkeyService::PortalHotkeyService(QDBusConnection bus, QObject* parent)
             [this](const QString&, const QString&, const QString& newOwner) {
                 // A portal that went took its sessions along; one that came back knows nothing
                 // of this program yet.
+                // A shortcut down now will never be said to come up.
+                releaseHeld();
                 m_session.clear();
                 m_sessionSet.clear();
                 m_answered = false;
@@ -154,6 +156,8 @@ bool PortalHotkeyService::installHandler(PressHandler handler) {
         m_installed = true;
         m_bus.connect(serviceName(), rootPath(), shortcutsInterface, QStringLiteral("Activated"),
                       this, SLOT(onActivated(QDBusMessage)));
+        m_bus.connect(serviceName(), rootPath(), shortcutsInterface, QStringLiteral("Deactivated"),
+                      this, SLOT(onDeactivated(QDBusMessage)));
         start();
     }
     return true;
@@ -163,7 +167,10 @@ void PortalHotkeyService::removeHandler() {
     if (m_installed) {
         m_bus.disconnect(serviceName(), rootPath(), shortcutsInterface, QStringLiteral("Activated"),
                          this, SLOT(onActivated(QDBusMessage)));
+        m_bus.disconnect(serviceName(), rootPath(), shortcutsInterface,
+                         QStringLiteral("Deactivated"), this, SLOT(onDeactivated(QDBusMessage)));
     }
+    m_heldName.clear();
     m_installed = false;
     m_handler = nullptr;
     m_bindSoon.stop();
@@ -603,24 +610,78 @@ void PortalHotkeyService::reportTriggers() {
     }
 }
 
-void PortalHotkeyService::onActivated(const QDBusMessage& message) {
+std::optional<std::uint32_t>
+PortalHotkeyService::signalledHotkey(const QDBusMessage& message) const {
     const QVariantList arguments = message.arguments();
     if (arguments.size() < 2 || !m_handler) {
-        return;
+        return std::nullopt;
     }
     if (m_session.isEmpty() || arguments[0].value<QDBusObjectPath>().path() != m_session) {
-        return; // a session of ours that is already closed
+        return std::nullopt; // a session of ours that is already closed
     }
     const QString name = arguments[1].toString();
-    std::optional<std::uint32_t> pressed;
+    std::optional<std::uint32_t> hotkey;
     for (const auto& [handle, registration] : m_registrations) {
-        if (registration.name == name && (!pressed || registration.id < *pressed)) {
-            pressed = registration.id;
+        if (registration.name == name && (!hotkey || registration.id < *hotkey)) {
+            hotkey = registration.id;
         }
     }
-    if (pressed) {
-        // A copy: the handler may re-register, which replaces the table being read.
-        const PressHandler handler = m_handler;
-        handler(*pressed);
+    return hotkey;
+}
+
+void PortalHotkeyService::onActivated(const QDBusMessage& message) {
+    const std::optional<std::uint32_t> pressed = signalledHotkey(message);
+    if (!pressed) {
+        return;
+    }
+    const QString name = message.arguments().at(1).toString();
+    if (!m_heldName.isEmpty() && m_heldName == name) {
+        return; // the keyboard's repeat, passed on by the desktop
+    }
+    // Before the desktop has said it sends releases, a repeat is known by its pace: Plasma and
+    // GNOME pass the keyboard's repeat on as Activated every 30 to 40 ms after about half a
+    // second, which would otherwise make the first hold of a run a seek per repeat.
+    const bool repeated = !m_desktopSendsReleases && name == m_lastActivatedName &&
+                          m_lastActivated.isValid() && m_lastActivated.elapsed() < repeatWithinMs;
+    m_lastActivatedName = name;
+    m_lastActivated.start();
+    if (repeated) {
+        return;
+    }
+    // Another shortcut while one is down: that one is over.
+    releaseHeld();
+    // A copy: the handler may re-register, which replaces the table being read.
+    const PressHandler handler = m_handler;
+    handler(*pressed, KeyEvent::pressed);
+    if (m_desktopSendsReleases) {
+        m_heldName = name;
+        m_heldId = *pressed;
+    } else {
+        handler(*pressed, KeyEvent::released);
+    }
+}
+
+void PortalHotkeyService::onDeactivated(const QDBusMessage& message) {
+    if (!signalledHotkey(message)) {
+        return;
+    }
+    m_lastActivatedName.clear();
+    if (!m_desktopSendsReleases) {
+        m_desktopSendsReleases = true;
+        qCInfo(Log::general(), "The desktop says when a shortcut comes up: holding one keeps "
+                               "seeking from now on");
+    }
+    if (message.arguments().at(1).toString() == m_heldName) {
+        releaseHeld();
+    }
+}
+
+void PortalHotkeyService::releaseHeld() {
+    if (m_heldName.isEmpty()) {
+        return;
+    }
+    m_heldName.clear();
+    if (const PressHandler handler = m_handler) {
+        handler(m_heldId, KeyEvent::released);
     }
 }

@@ -5,6 +5,7 @@
 
 #include <QDBusConnection>
 #include <QDBusServiceWatcher>
+#include <QElapsedTimer>
 #include <QHash>
 #include <QObject>
 #include <QSet>
@@ -27,6 +28,13 @@ class QDBusMessage;
 // the whole set, as it does at every login after the first, is not asked again. Every portal
 // call is asynchronous, so a slow or absent portal never holds up the GUI thread; presses
 // arrive there as the portal's Activated signal.
+//
+// Releases arrive as Deactivated, where the desktop sends it: Plasma does (kglobalaccel's
+// pressed and released), and so does GNOME from 48 on (the shell grabs the portal's
+// accelerators to report releases too). A desktop that never sends it would leave a hold
+// without an end, so until the first Deactivated shows that this desktop sends them, each
+// Activated is a press and a release at once. An Activated for the shortcut already down is
+// the desktop passing on the keyboard's repeat, and is dropped.
 class PortalHotkeyService final : public QObject, public HotkeyService {
     Q_OBJECT
 
@@ -39,6 +47,9 @@ public:
     static constexpr const char* sessionToken = "scrubline";
     // How long a refused session waits before it is asked for again, once.
     static constexpr int askAgainMs = 1000;
+    // An Activated this soon after the last one of the same shortcut, with no Deactivated
+    // between, is the keyboard's repeat.
+    static constexpr int repeatWithinMs = 1000;
 
     explicit PortalHotkeyService(QDBusConnection bus, QObject* parent = nullptr);
     ~PortalHotkeyService() override;
@@ -79,6 +90,7 @@ signals:
 private slots:
     void onResponse(uint response, const QVariantMap& results, const QDBusMessage& message);
     void onActivated(const QDBusMessage& message);
+    void onDeactivated(const QDBusMessage& message);
 
 private:
     struct Registration {
@@ -116,11 +128,24 @@ private:
     QString expectResponse(const QString& token, Pending pending);
     QString nextToken();
     void reportTriggers();
+    // The hotkey a shortcut signal of this session is about, if any.
+    std::optional<std::uint32_t> signalledHotkey(const QDBusMessage& message) const;
+    // Passes on the release of the shortcut down now, if one is.
+    void releaseHeld();
 
     QDBusConnection m_bus;
     QDBusServiceWatcher m_watcher;
     PressHandler m_handler;
     bool m_installed = false;
+    // Whether this desktop has been seen to send Deactivated.
+    bool m_desktopSendsReleases = false;
+    // The shortcut down now, by name, and its hotkey, while the desktop is to say when it
+    // comes up.
+    QString m_heldName;
+    std::uint32_t m_heldId = 0;
+    // The last shortcut activated, and when, to know the keyboard's repeat by its pace.
+    QString m_lastActivatedName;
+    QElapsedTimer m_lastActivated;
     bool m_available = false;
     bool m_saidUnavailable = false;
     bool m_saidDeclined = false;

@@ -28,6 +28,15 @@ constexpr std::uint8_t kXkbMapNotify = 1;
 // hotkeys work again before a person reaches for them.
 constexpr int kMappingSettleMs = 150;
 
+// A keyboard repeats a held key after a delay that desktops let people set no shorter than
+// 100 ms. A release and a press of the same moment sooner than this after the key went down
+// are two quick presses (xdotool sends them so), not the first repeat.
+constexpr xcb_timestamp_t kShortestRepeatDelayMs = 80;
+
+// The server sends a repeat's release and press together; the toolkit reads them in one go, so
+// the press is here well within this. Also how late the end of a hold may be noticed.
+constexpr int kReleaseSettleMs = 30;
+
 struct FreeDeleter {
     void operator()(void* pointer) const { std::free(pointer); }
 };
@@ -91,6 +100,11 @@ X11HotkeyService::X11HotkeyService()
     m_mappingChanged.setInterval(kMappingSettleMs);
     QObject::connect(&m_mappingChanged, &QTimer::timeout, &m_mappingChanged,
                      [this] { followMappingChange(); });
+    m_releaseSettle.setSingleShot(true);
+    m_releaseSettle.setInterval(kReleaseSettleMs);
+    m_releaseSettle.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&m_releaseSettle, &QTimer::timeout, &m_releaseSettle,
+                     [this] { releaseHeldKey(); });
     if (m_connection == nullptr) {
         return;
     }
@@ -140,6 +154,9 @@ void X11HotkeyService::removeHandler() {
     }
     m_filtering = false;
     m_handler = nullptr;
+    m_releaseSettle.stop();
+    m_pendingRelease.reset();
+    m_held.reset();
 }
 
 std::optional<HotkeyService::Handle> X11HotkeyService::registerHotkey(std::uint32_t keyCode,
@@ -188,25 +205,80 @@ bool X11HotkeyService::nativeEventFilter(const QByteArray& eventType, void* mess
         m_mappingChanged.start();
         return false; // the toolkit follows the change as well
     }
-    if ((event->response_type & ~0x80) != XCB_KEY_PRESS || !m_handler) {
+    const auto type = static_cast<std::uint8_t>(event->response_type & ~0x80);
+    if (!m_handler) {
         return false;
     }
-    const auto* press = static_cast<const xcb_key_press_event_t*>(message);
+    if (type == XCB_KEY_PRESS) {
+        return filterPress(static_cast<const xcb_key_press_event_t*>(message));
+    }
+    if (type == XCB_KEY_RELEASE) {
+        return filterRelease(static_cast<const xcb_key_release_event_t*>(message));
+    }
+    return false;
+}
+
+bool X11HotkeyService::filterPress(const xcb_key_press_event_t* press) {
     if (press->event != m_root) {
         return false;
     }
+    if (m_held && m_held->keyCode == press->detail) {
+        // The key is still down: a repeat, whichever way the server sends it. A release of
+        // the same moment was its other half, once the key has been down long enough to
+        // repeat at all. The clock wraps, and the difference with it.
+        const bool repeatDue =
+            m_held->repeating ||
+            xcb_timestamp_t(press->time - m_held->pressedAt) >= kShortestRepeatDelayMs;
+        if (m_pendingRelease && m_pendingRelease->time == press->time && repeatDue) {
+            m_pendingRelease.reset();
+            m_releaseSettle.stop();
+            m_held->repeating = true;
+            return true;
+        }
+        if (!m_pendingRelease) {
+            m_held->repeating = true;
+            return true;
+        }
+    }
+    // A press of another moment: whatever was held came up before it.
+    releaseHeldKey();
     const auto locks = static_cast<std::uint16_t>(XCB_MOD_MASK_LOCK | m_modifierBits.numLock);
     const Combination pressed{
         press->detail, static_cast<std::uint16_t>(press->state & kModifierStateBits & ~locks)};
     for (const auto& [handle, registration] : m_registrations) {
         if (registration.grabbed == pressed) {
+            m_held = HeldKey{press->detail, registration.id, press->time};
             // A copy: the handler may re-register, which replaces the table being read.
             const PressHandler handler = m_handler;
-            handler(registration.id);
+            handler(registration.id, KeyEvent::pressed);
             return true;
         }
     }
     return false;
+}
+
+bool X11HotkeyService::filterRelease(const xcb_key_release_event_t* release) {
+    // Matched by the key alone: the modifiers may have come up first.
+    if (release->event != m_root || !m_held || m_held->keyCode != release->detail) {
+        return false;
+    }
+    m_pendingRelease = PendingRelease{release->detail, release->time};
+    m_releaseSettle.start();
+    return true;
+}
+
+void X11HotkeyService::releaseHeldKey() {
+    m_releaseSettle.stop();
+    if (!m_pendingRelease || !m_held) {
+        return;
+    }
+    const std::uint32_t id = m_held->id;
+    m_pendingRelease.reset();
+    m_held.reset();
+    const PressHandler handler = m_handler;
+    if (handler) {
+        handler(id, KeyEvent::released);
+    }
 }
 
 bool X11HotkeyService::isMappingChange(const xcb_generic_event_t* event) const {

@@ -17,6 +17,13 @@
 // (a Wayland session) nothing can be grabbed. Grabs are of the server's key codes, so when the
 // keyboard mapping changes (a layout switch) every hotkey is looked up again, and grabbed again
 // where its key moved.
+//
+// A held key repeats, and how the server sends the repeats depends on the client: one more
+// press each time where the client asked for detectable auto-repeat, else a release and a press
+// with the same time stamp. Either way a hotkey held down reaches the handler as one press and
+// one release: a press of the key already down is dropped, and a release is passed on only
+// once no press of the same moment has followed it. Two presses quicker than any keyboard
+// repeats (a program's) are two presses.
 class X11HotkeyService final : public HotkeyService, private QAbstractNativeEventFilter {
 public:
     X11HotkeyService();
@@ -55,7 +62,25 @@ private:
         friend bool operator==(const ModifierBits&, const ModifierBits&) = default;
     };
 
+    // The hotkey whose key is down now.
+    struct HeldKey {
+        xcb_keycode_t keyCode;
+        std::uint32_t id;
+        xcb_timestamp_t pressedAt;
+        // Whether the keyboard has repeated it yet.
+        bool repeating = false;
+    };
+    // A release that may yet turn out to be half of a repeat.
+    struct PendingRelease {
+        xcb_keycode_t keyCode;
+        xcb_timestamp_t time;
+    };
+
     bool nativeEventFilter(const QByteArray& eventType, void* message, qintptr* result) override;
+    bool filterPress(const xcb_key_press_event_t* press);
+    bool filterRelease(const xcb_key_release_event_t* release);
+    // Passes on the release of the held key, if it has one waiting.
+    void releaseHeldKey();
 
     bool isMappingChange(const xcb_generic_event_t* event) const;
     void followMappingChange();
@@ -81,6 +106,10 @@ private:
     std::optional<std::uint8_t> m_xkbFirstEvent;
     // One layout switch sends several notifications; the grabs are redone once they stop.
     QTimer m_mappingChanged;
+    std::optional<HeldKey> m_held;
+    std::optional<PendingRelease> m_pendingRelease;
+    // Runs out when no press came with a release: the key really came up.
+    QTimer m_releaseSettle;
     // By handle, which grows with each registration: the first registration of a combination
     // held twice is the one its presses go to.
     std::map<Handle, Registration> m_registrations;

@@ -3,6 +3,7 @@
 // The event this service listens for, and what it answers without one.
 static_assert(kEventClassKeyboard == 0x6B657962, "'keyb'");
 static_assert(kEventHotKeyPressed == 5);
+static_assert(kEventHotKeyReleased == 6);
 static_assert(eventNotHandledErr == -9874);
 
 CarbonHotkeyService::~CarbonHotkeyService() {
@@ -18,11 +19,13 @@ bool CarbonHotkeyService::installHandler(PressHandler handler) {
     if (m_eventHandlerRef != nullptr) {
         return true;
     }
-    // Presses only: releases are not listened for.
-    const EventTypeSpec pressed{kEventClassKeyboard, kEventHotKeyPressed};
+    // Releases as well, so that a held hotkey can keep seeking until it comes up. A held hot
+    // key is one press here: the event manager sends no repeats.
+    const EventTypeSpec events[] = {{kEventClassKeyboard, kEventHotKeyPressed},
+                                    {kEventClassKeyboard, kEventHotKeyReleased}};
     const OSStatus status =
-        InstallEventHandler(GetApplicationEventTarget(), &CarbonHotkeyService::handleHotKey, 1,
-                            &pressed, this, &m_eventHandlerRef);
+        InstallEventHandler(GetApplicationEventTarget(), &CarbonHotkeyService::handleHotKey, 2,
+                            events, this, &m_eventHandlerRef);
     if (status != noErr) {
         m_eventHandlerRef = nullptr;
     }
@@ -76,7 +79,8 @@ OSStatus CarbonHotkeyService::handleHotKey(EventHandlerCallRef /*next*/, EventRe
     // The owner signature is not compared: only this program's hot keys reach its handler.
     if (service->m_handler) {
         const PressHandler handler = service->m_handler;
-        handler(hotKeyID.id);
+        handler(hotKeyID.id, GetEventKind(event) == kEventHotKeyReleased ? KeyEvent::released
+                                                                         : KeyEvent::pressed);
     }
     return noErr;
 }

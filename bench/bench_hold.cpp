@@ -1,0 +1,193 @@
+// What holding a hotkey costs, against a tap: the seeks the player is sent and the processor
+// time the program spends, from the keys going down until everything has settled. The real
+// program, grabbing the default hotkeys, against the fake MPRIS player; the keyboard repeats 40
+// times a second after 200 ms, faster than most, so that a repeat taken for a press would show.
+//
+// Run with bench/run.sh, which gives it an X server and a private session bus.
+#include "Figures.h"
+
+#include <QCoreApplication>
+#include <QDBusConnection>
+#include <QDBusConnectionInterface>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <X11/keysym.h>
+#include <xcb/xcb.h>
+#include <xcb/xtest.h>
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+// The keyboard of the bench's X server, pressed the way xdotool presses it: XTEST events.
+class Keyboard {
+public:
+    Keyboard()
+        : m_connection(xcb_connect(nullptr, nullptr)) {
+        m_root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
+    }
+    ~Keyboard() { xcb_disconnect(m_connection); }
+    Keyboard(const Keyboard&) = delete;
+    Keyboard& operator=(const Keyboard&) = delete;
+
+    xcb_keycode_t keyCode(xcb_keysym_t symbol) const {
+        const xcb_setup_t* setup = xcb_get_setup(m_connection);
+        const auto count = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
+        auto* reply = xcb_get_keyboard_mapping_reply(
+            m_connection, xcb_get_keyboard_mapping(m_connection, setup->min_keycode, count),
+            nullptr);
+        xcb_keycode_t found = 0;
+        const xcb_keysym_t* symbols = xcb_get_keyboard_mapping_keysyms(reply);
+        for (int i = 0; i < xcb_get_keyboard_mapping_keysyms_length(reply) && found == 0; ++i) {
+            if (symbols[i] == symbol) {
+                found =
+                    static_cast<xcb_keycode_t>(setup->min_keycode + i / reply->keysyms_per_keycode);
+            }
+        }
+        std::free(reply);
+        return found;
+    }
+
+    // Control+Alt+Super+Right down, held for `ms` (0: a tap), and up again.
+    void holdForward(int ms) {
+        const xcb_keycode_t keys[] = {keyCode(XK_Control_L), keyCode(XK_Alt_L), keyCode(XK_Super_L),
+                                      keyCode(XK_Right)};
+        for (const xcb_keycode_t key : keys) {
+            xcb_test_fake_input(m_connection, XCB_KEY_PRESS, key, XCB_CURRENT_TIME, m_root, 0, 0,
+                                0);
+        }
+        xcb_flush(m_connection);
+        if (ms > 0) {
+            QTest::qWait(ms);
+        }
+        for (auto key = std::rbegin(keys); key != std::rend(keys); ++key) {
+            xcb_test_fake_input(m_connection, XCB_KEY_RELEASE, *key, XCB_CURRENT_TIME, m_root, 0, 0,
+                                0);
+        }
+        xcb_flush(m_connection);
+    }
+
+    // Whether another client holds a grab on the key.
+    bool isGrabbedElsewhere(xcb_keysym_t symbol) {
+        xcb_generic_error_t* error = xcb_request_check(
+            m_connection,
+            xcb_grab_key_checked(m_connection, 0, m_root, XCB_MOD_MASK_ANY, keyCode(symbol),
+                                 XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
+        const bool refused = error != nullptr;
+        std::free(error);
+        if (!refused) {
+            xcb_ungrab_key(m_connection, keyCode(symbol), m_root, XCB_MOD_MASK_ANY);
+            xcb_flush(m_connection);
+        }
+        return refused;
+    }
+
+private:
+    xcb_connection_t* m_connection;
+    xcb_window_t m_root = XCB_WINDOW_NONE;
+};
+
+// The processor time the process has used so far, all its threads together, in milliseconds:
+// the scheduler's own count, in nanoseconds, rather than the clock ticks of /proc/<pid>/stat.
+double cpuMs(qint64 pid) {
+    double ns = 0;
+    const QDir tasks(QStringLiteral("/proc/%1/task").arg(pid));
+    for (const QString& task : tasks.entryList(QDir::Dirs | QDir::NoDotAndDotDot)) {
+        QFile schedstat(tasks.filePath(task + QStringLiteral("/schedstat")));
+        if (schedstat.open(QIODevice::ReadOnly)) {
+            ns += schedstat.readAll().split(' ').value(0).toDouble();
+        }
+    }
+    return ns / 1e6;
+}
+
+void run(const QString& program, const QStringList& arguments) {
+    QProcess tool;
+    tool.start(program, arguments);
+    if (!tool.waitForFinished(10000) || tool.exitCode() != 0) {
+        std::fprintf(stderr, "bench: %s failed\n", qPrintable(program));
+        std::exit(1);
+    }
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    QCoreApplication application(argc, argv);
+    const int rounds = 8;
+    const int holdMs = 2000;
+
+    run(QStringLiteral("xset"), {QStringLiteral("r"), QStringLiteral("on")});
+    run(QStringLiteral("xset"),
+        {QStringLiteral("r"), QStringLiteral("rate"), QStringLiteral("200"), QStringLiteral("40")});
+
+    // A long track, so that a round of steps never reaches its end.
+    QProcess player;
+    player.start(QStringLiteral(SCRUBLINE_FAKE_PLAYER),
+                 {QStringLiteral("--name"), QStringLiteral("vlc"), QStringLiteral("--length"),
+                  QStringLiteral("100000")});
+    QDBusConnectionInterface* names = QDBusConnection::sessionBus().interface();
+    if (!QTest::qWaitFor(
+            [names] {
+                return names->isServiceRegistered(QStringLiteral("org.mpris.MediaPlayer2.vlc"));
+            },
+            20000)) {
+        std::fprintf(stderr, "bench: the fake player did not start\n");
+        return 1;
+    }
+
+    QTemporaryDir home;
+    QProcess app;
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("HOME"), home.path());
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), home.filePath(QStringLiteral(".config")));
+    app.setProcessEnvironment(environment);
+    app.setProcessChannelMode(QProcess::ForwardedOutputChannel);
+    app.start(QStringLiteral(SCRUBLINE_BINARY), {});
+    Keyboard keyboard;
+    if (!app.waitForStarted() ||
+        !QTest::qWaitFor([&keyboard] { return keyboard.isGrabbedElsewhere(XK_Right); }, 20000)) {
+        std::fprintf(stderr, "bench: the program did not grab its hotkeys\n");
+        return 1;
+    }
+    QTest::qWait(1000);
+
+    QByteArray calls;
+    const auto seeksSoFar = [&] {
+        calls += player.readAllStandardOutput();
+        return calls.count("Seek ");
+    };
+
+    std::printf("bench_hold: Control+Alt+Super+Right, keyboard repeat 40/s after 200 ms, "
+                "%d rounds each\n",
+                rounds);
+    for (const int ms : {0, holdMs}) {
+        Figures seeks;
+        Figures cpu;
+        for (int round = 0; round < rounds; ++round) {
+            const qsizetype before = seeksSoFar();
+            const double cpuBefore = cpuMs(app.processId());
+            keyboard.holdForward(ms);
+            // Long enough for every step to have been served and the overlay to have faded.
+            QTest::qWait(3500);
+            seeks.ms << static_cast<double>(seeksSoFar() - before);
+            cpu.ms << cpuMs(app.processId()) - cpuBefore;
+        }
+        std::printf("  %-12s seeks median %5.1f  max %5.1f   program CPU median %7.2f ms  "
+                    "p90 %7.2f ms\n",
+                    ms == 0 ? "tap" : "2 s hold", seeks.median(), seeks.percentile(100),
+                    cpu.median(), cpu.percentile(90));
+    }
+
+    app.terminate();
+    app.waitForFinished(10000);
+    player.terminate();
+    player.waitForFinished(10000);
+    return 0;
+}
