@@ -5,6 +5,7 @@
 //
 // Run with bench/run.sh, which gives it an X server and a private session bus.
 #include "Figures.h"
+#include "XTestKeyboard.h"
 #include "support/BrowserPage.h"
 
 #include <QCoreApplication>
@@ -19,7 +20,6 @@
 
 #include <X11/keysym.h>
 #include <xcb/xcb.h>
-#include <xcb/xtest.h>
 
 #include <algorithm>
 #include <cstdio>
@@ -35,70 +35,6 @@ void print(const char* what, const Figures& figures) {
     std::printf("  %-44s median %8.3f ms   p90 %8.3f ms   (n=%lld)\n", what, figures.percentile(50),
                 figures.percentile(90), static_cast<long long>(figures.ms.size()));
 }
-
-// The keyboard of the bench's X server, pressed the way xdotool presses it: XTEST events.
-class Keyboard {
-public:
-    Keyboard()
-        : m_connection(xcb_connect(nullptr, nullptr)) {
-        m_root = xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data->root;
-    }
-    ~Keyboard() { xcb_disconnect(m_connection); }
-    Keyboard(const Keyboard&) = delete;
-    Keyboard& operator=(const Keyboard&) = delete;
-
-    xcb_keycode_t keyCode(xcb_keysym_t symbol) const {
-        const xcb_setup_t* setup = xcb_get_setup(m_connection);
-        const auto count = static_cast<std::uint8_t>(setup->max_keycode - setup->min_keycode + 1);
-        auto* reply = xcb_get_keyboard_mapping_reply(
-            m_connection, xcb_get_keyboard_mapping(m_connection, setup->min_keycode, count),
-            nullptr);
-        xcb_keycode_t found = 0;
-        const xcb_keysym_t* symbols = xcb_get_keyboard_mapping_keysyms(reply);
-        for (int i = 0; i < xcb_get_keyboard_mapping_keysyms_length(reply) && found == 0; ++i) {
-            if (symbols[i] == symbol) {
-                found =
-                    static_cast<xcb_keycode_t>(setup->min_keycode + i / reply->keysyms_per_keycode);
-            }
-        }
-        std::free(reply);
-        return found;
-    }
-
-    // Control+Alt+Super and the key, down and up again.
-    void pressWithControlAltSuper(xcb_keysym_t symbol) {
-        const xcb_keycode_t keys[] = {keyCode(XK_Control_L), keyCode(XK_Alt_L), keyCode(XK_Super_L),
-                                      keyCode(symbol)};
-        for (const xcb_keycode_t key : keys) {
-            xcb_test_fake_input(m_connection, XCB_KEY_PRESS, key, XCB_CURRENT_TIME, m_root, 0, 0,
-                                0);
-        }
-        for (auto key = std::rbegin(keys); key != std::rend(keys); ++key) {
-            xcb_test_fake_input(m_connection, XCB_KEY_RELEASE, *key, XCB_CURRENT_TIME, m_root, 0, 0,
-                                0);
-        }
-        xcb_flush(m_connection);
-    }
-
-    // Whether another client holds a grab on the key.
-    bool isGrabbedElsewhere(xcb_keysym_t symbol) {
-        xcb_generic_error_t* error = xcb_request_check(
-            m_connection,
-            xcb_grab_key_checked(m_connection, 0, m_root, XCB_MOD_MASK_ANY, keyCode(symbol),
-                                 XCB_GRAB_MODE_ASYNC, XCB_GRAB_MODE_ASYNC));
-        const bool refused = error != nullptr;
-        std::free(error);
-        if (!refused) {
-            xcb_ungrab_key(m_connection, keyCode(symbol), m_root, XCB_MOD_MASK_ANY);
-            xcb_flush(m_connection);
-        }
-        return refused;
-    }
-
-private:
-    xcb_connection_t* m_connection;
-    xcb_window_t m_root = XCB_WINDOW_NONE;
-};
 
 } // namespace
 
@@ -197,7 +133,7 @@ int main(int argc, char** argv) {
     app.setProcessEnvironment(environment);
     Watcher watcher(app, page.busName());
     app.start(QStringLiteral(SCRUBLINE_BINARY), {});
-    Keyboard keyboard;
+    XTestKeyboard keyboard;
     if (!app.waitForStarted() ||
         !QTest::qWaitFor([&] { return keyboard.isGrabbedElsewhere(XK_Right); }, 20000)) {
         std::fprintf(stderr, "bench: the program did not grab its hotkeys\n");
