@@ -297,8 +297,10 @@ void PermissionsSettingsTab::showState() {
     m_accessibilityHint->setVisible(!granted && !m_texts.accessibilityHint.isEmpty());
     m_openAccessibility->parentWidget()->setVisible(!granted &&
                                                     m_desktop.canOpenSettings(Pane::accessibility));
+    // A status of two lines is read as one phrase.
     m_accessibilityIcon->parentWidget()->setAccessibleName(
-        m_texts.accessibilityTitle + QStringLiteral(": ") + m_accessibilityStatus->text());
+        m_texts.accessibilityTitle + QStringLiteral(": ") +
+        m_accessibilityStatus->text().replace(QLatin1Char('\n'), QStringLiteral(", ")));
 
     for (Row& row : m_rows) {
         showRow(row);

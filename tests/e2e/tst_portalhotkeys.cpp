@@ -192,7 +192,7 @@ private slots:
         QCOMPARE(bound[1].id, QStringLiteral("BACKWARD-ID"));
         QCOMPARE(trigger(bound[1]), QStringLiteral("CTRL+ALT+LOGO+Left"));
         QVERIFY(service->isAvailable());
-        QCOMPARE(service->mechanism(), std::string("Desktop portal: 2 of 2 hotkeys bound"));
+        QCOMPARE(service->mechanism(), std::string("Desktop portal\n2 of 2 bound"));
     }
 
     // The desktop, not the program, decides the final key; what it says is kept.
@@ -305,7 +305,7 @@ private slots:
         QCOMPARE(m_portal->openSessions(), QSet<QString>{m_portal->boundSession()});
         QCOMPARE(m_portal->boundShortcuts().size(), 1);
         QCOMPARE(trigger(m_portal->boundShortcuts()[0]), QStringLiteral("CTRL+ALT+LOGO+Prior"));
-        QCOMPARE(service->mechanism(), std::string("Desktop portal: 1 of 1 hotkeys bound"));
+        QCOMPARE(service->mechanism(), std::string("Desktop portal\n1 of 1 bound"));
         m_portal->activate(m_portal->boundSession(), QStringLiteral("BACKWARD-ID"));
         m_portal->activate(m_portal->boundSession(), QStringLiteral("FORWARD-ID"));
         QTRY_COMPARE(presses, QList<std::uint32_t>{1});
@@ -353,7 +353,7 @@ private slots:
         auto service = boundService(&presses);
         QVERIFY(service != nullptr);
         QCOMPARE(m_portal->members().count(QStringLiteral("BindShortcuts")), 0);
-        QCOMPARE(service->mechanism(), std::string("Desktop portal: 2 of 2 hotkeys bound"));
+        QCOMPARE(service->mechanism(), std::string("Desktop portal\n2 of 2 bound"));
         m_portal->activate(
             FakePortal::sessionPath(bus().baseService(), QStringLiteral("scrubline")),
             QStringLiteral("BACKWARD-ID"));
@@ -388,7 +388,7 @@ private slots:
         again->registerHotkey(49, hyper, signature, 3);
         QVERIFY(bound.wait(10000));
         QCOMPARE(m_portal->timesAsked(), 2);
-        QCOMPARE(again->mechanism(), std::string("Desktop portal: 3 of 3 hotkeys bound"));
+        QCOMPARE(again->mechanism(), std::string("Desktop portal\n3 of 3 bound"));
     }
 
     // xdg-desktop-portal-gnome 48.0 answers a binding that worked with 2 and the full list: the
@@ -407,7 +407,7 @@ private slots:
         QList<std::uint32_t> presses;
         auto service = boundService(&presses);
         QVERIFY(service != nullptr);
-        QCOMPARE(service->mechanism(), std::string("Desktop portal: 2 of 2 hotkeys bound"));
+        QCOMPARE(service->mechanism(), std::string("Desktop portal\n2 of 2 bound"));
         QCOMPARE(service->assignedTrigger(2),
                  std::string()); // the keys asked for, in GNOME's words
         for (const LogCapture::Entry& entry : log.entries()) {
@@ -444,7 +444,7 @@ private slots:
         QTRY_COMPARE(m_portal->timesAsked(), 2);
         QTest::qWait(300);
         QCOMPARE(log.countContaining(QStringLiteral("declined")), 1);
-        QCOMPARE(service.mechanism(), std::string("Desktop portal: 0 of 2 hotkeys bound"));
+        QCOMPARE(service.mechanism(), std::string("Desktop portal\n0 of 2 bound"));
         QCOMPARE(triggers.size(), 0);
     }
 
@@ -464,7 +464,7 @@ private slots:
         QVERIFY(bound.wait(10000));
         QCOMPARE(m_portal->timesAsked(), 2);
         QCOMPARE(log.countContaining(QStringLiteral("declined")), 1);
-        QCOMPARE(service->mechanism(), std::string("Desktop portal: 2 of 3 hotkeys bound"));
+        QCOMPARE(service->mechanism(), std::string("Desktop portal\n2 of 3 bound"));
         QCOMPARE(m_portal->boundShortcuts().size(), 2);
         QCOMPARE(m_portal->boundShortcuts()[0].id, QStringLiteral("FORWARD-ID"));
         QCOMPARE(m_portal->boundShortcuts()[1].id, QStringLiteral("BACKWARD-ID"));
@@ -479,7 +479,7 @@ private slots:
         service->describeHotkey(4, "SKIP-ID", "Forward 30 seconds");
         service->registerHotkey(116, hyper, signature, 4);
         QTRY_COMPARE(m_portal->timesAsked(), 3);
-        QTRY_COMPARE(service->mechanism(), std::string("Desktop portal: 2 of 4 hotkeys bound"));
+        QTRY_COMPARE(service->mechanism(), std::string("Desktop portal\n2 of 4 bound"));
     }
 
     // A portal that does not know the program's app id (a copy run from its build folder) is
@@ -536,7 +536,7 @@ private slots:
         QVERIFY(bound.wait(10000));
         QCOMPARE(m_portal->members().mid(before).count(QStringLiteral("CreateSession")), 2);
         QCOMPARE(log.countContaining(QStringLiteral("declined")), 0);
-        QCOMPARE(service->mechanism(), std::string("Desktop portal: 2 of 2 hotkeys bound"));
+        QCOMPARE(service->mechanism(), std::string("Desktop portal\n2 of 2 bound"));
         m_portal->activate(m_portal->boundSession(), QStringLiteral("BACKWARD-ID"));
         QTRY_COMPARE(presses, QList<std::uint32_t>{2});
     }

@@ -234,7 +234,8 @@ std::string PortalHotkeyService::mechanism() const {
     if (!m_boundCount || m_boundCount->second == 0) {
         return "Desktop portal";
     }
-    return QStringLiteral("Desktop portal: %1 of %2 hotkeys bound")
+    // Two short lines, so that the Permissions row has room for them beside its description.
+    return QStringLiteral("Desktop portal\n%1 of %2 bound")
         .arg(m_boundCount->first)
         .arg(m_boundCount->second)
         .toStdString();
