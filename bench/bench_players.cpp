@@ -201,7 +201,7 @@ int main(int argc, char** argv) {
             std::fprintf(stderr, "bench: Chromium is not playing: %s\n", qPrintable(problem));
             return 1;
         }
-        measure("browser: Chromium", page.busName(), MediaApp::chromeYouTube, 2);
+        measure("browser: Chromium", page.busName(), MediaApp::chromiumYouTube, 2);
         page.quit();
     }
     {

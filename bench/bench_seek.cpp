@@ -11,7 +11,7 @@
 #include "platform/linux/MprisPlayerRegistry.h"
 #include "platform/linux/MprisRunningApps.h"
 #include "settings/AppSettings.h"
-#include "settings/UserDefaults.h"
+#include "settings/SettingsStore.h"
 #include "support/BrowserPage.h"
 #include "support/FakePlayers.h"
 #include "support/PlayerProcess.h"
@@ -163,7 +163,7 @@ QByteArray loadAverage() {
 // The player control's own call, on this thread: the trial without the queue and the threads.
 Figures controlCalls(PlayerControl& control, int count) {
     return paced(count, [&control](int i) {
-        control.seekIfPlaying(MediaApp::chromeYouTube, static_cast<double>(stepUs(i)) / 1e6, 3.0);
+        control.seekIfPlaying(MediaApp::chromiumYouTube, static_cast<double>(stepUs(i)) / 1e6, 3.0);
     });
 }
 
@@ -204,7 +204,7 @@ int main(int argc, char** argv) {
         return 1;
     }
     QTemporaryDir home;
-    AppSettings settings(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+    AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
         home.filePath(QStringLiteral("settings.conf")), QSettings::IniFormat)));
     MprisPlayerRegistry registry(QDBusConnection::sessionBus());
     auto control = std::make_shared<MprisPlayerControl>(registry);
@@ -212,7 +212,7 @@ int main(int argc, char** argv) {
     MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
                                status);
     auto instant = std::make_shared<FakePlayers>();
-    instant->setSeekAnswer(MediaApp::chromeYouTube, {SeekResult::seeked});
+    instant->setSeekAnswer(MediaApp::chromiumYouTube, {SeekResult::seeked});
     MediaStatus instantStatus(instant, settings, [] { return QList<MediaApp>(); });
     MediaController instantController(instant, std::make_unique<MprisRunningApps>(registry),
                                       settings, instantStatus);

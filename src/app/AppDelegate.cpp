@@ -7,7 +7,7 @@
 #include "utilities/ConcurrentQueue.h"
 #include "utilities/Logger.h"
 #include "utilities/MainThread.h"
-#include "views/HUDOverlayManager.h"
+#include "views/overlay/OverlayManager.h"
 
 #include <QPointer>
 
@@ -23,8 +23,7 @@ std::map<std::uint32_t, double> g_hotkeySecondsMap;
 
 AppDelegate::AppDelegate(std::unique_ptr<HotkeyService> hotkeys,
                          std::shared_ptr<PlayerControl> players, AppSettings& settings,
-                         MediaController& mediaController, HUDOverlayManager* overlay,
-                         QObject* parent)
+                         MediaController& mediaController, OverlayManager* overlay, QObject* parent)
     : QObject(parent)
     , m_hotkeys(std::move(hotkeys))
     , m_players(std::move(players))

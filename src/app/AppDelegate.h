@@ -15,7 +15,7 @@
 #include <vector>
 
 class AppSettings;
-class HUDOverlayManager;
+class OverlayManager;
 class MediaController;
 class PlayerControl;
 
@@ -36,7 +36,7 @@ public:
     // launch.
     AppDelegate(std::unique_ptr<HotkeyService> hotkeys, std::shared_ptr<PlayerControl> players,
                 AppSettings& settings, MediaController& mediaController,
-                HUDOverlayManager* overlay = nullptr, QObject* parent = nullptr);
+                OverlayManager* overlay = nullptr, QObject* parent = nullptr);
     ~AppDelegate() override;
 
     // The hotkey id to signed seconds of the actions last registered, shared by the process.
@@ -99,7 +99,7 @@ private:
     std::shared_ptr<PlayerControl> m_players;
     AppSettings& m_settings;
     MediaController& m_mediaController;
-    HUDOverlayManager* m_overlay;
+    OverlayManager* m_overlay;
     std::vector<HotkeyService::Handle> m_hotKeyRefs;
     bool m_eventHandlerInstalled = false;
     bool m_suspended = false;

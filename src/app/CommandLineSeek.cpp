@@ -3,7 +3,7 @@
 #include "core/MediaStatus.h"
 #include "platform/Platform.h"
 #include "settings/AppSettings.h"
-#include "settings/UserDefaults.h"
+#include "settings/SettingsStore.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
@@ -18,7 +18,7 @@ MediaController::Served run(double seconds) {
     MediaApp::setBrowserNaming(Platform::browserNaming());
     // The apps this platform offers, as the tray program's settings have them: the reference
     // list alone has no other players and no Firefox.
-    AppSettings settings(std::make_unique<UserDefaults>(Platform::openUserDefaults()),
+    AppSettings settings(std::make_unique<SettingsStore>(Platform::openSettingsStore()),
                          Platform::mediaApps());
     const std::shared_ptr<PlayerControl> players = Platform::createPlayerControl();
     MediaController* controller = nullptr;

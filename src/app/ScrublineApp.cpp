@@ -11,19 +11,19 @@
 #include "scripting/AppleScriptService.h"
 #include "settings/AppSettings.h"
 #include "settings/LaunchAtLogin.h"
-#include "settings/UserDefaults.h"
+#include "settings/SettingsStore.h"
 #include "utilities/Logger.h"
-#include "views/AboutSettingsTab.h"
-#include "views/AlertBox.h"
-#include "views/AppsSettingsTab.h"
-#include "views/GeneralSettingsTab.h"
-#include "views/HUDOverlayManager.h"
-#include "views/HotkeysSettingsTab.h"
-#include "views/MenuBarExtra.h"
-#include "views/MenuBarWindow.h"
-#include "views/PermissionsSettingsTab.h"
-#include "views/SettingsView.h"
-#include "views/Symbols.h"
+#include "views/overlay/OverlayManager.h"
+#include "views/settings/AboutSettingsTab.h"
+#include "views/settings/AppsSettingsTab.h"
+#include "views/settings/GeneralSettingsTab.h"
+#include "views/settings/HotkeysSettingsTab.h"
+#include "views/settings/PermissionsSettingsTab.h"
+#include "views/settings/SettingsView.h"
+#include "views/tray/TrayIcon.h"
+#include "views/tray/TrayPanelWindow.h"
+#include "views/widgets/AlertBox.h"
+#include "views/widgets/Symbols.h"
 
 #include <QApplication>
 
@@ -53,7 +53,7 @@ ScrublineApp::ScrublineApp(QObject* parent)
     // 2. The settings, loaded now rather than on first use, so a damaged file is reported at
     // start.
     m_settings = std::make_unique<AppSettings>(
-        std::make_unique<UserDefaults>(Platform::openUserDefaults()), Platform::mediaApps());
+        std::make_unique<SettingsStore>(Platform::openSettingsStore()), Platform::mediaApps());
 
     // 3. The media side, made now so that it follows the players from the start. The status
     // asks the controller which apps run only when it polls, after both exist.
@@ -67,9 +67,9 @@ ScrublineApp::ScrublineApp(QObject* parent)
     // 4. The views.
     m_settingsWindow = std::make_unique<SettingsWindowController>(
         [this] { return makeSettingsView(); }, *m_desktop);
-    m_overlay = std::make_unique<HUDOverlayManager>(*m_mediaStatus, *m_settings, m_desktop.get());
+    m_overlay = std::make_unique<OverlayManager>(*m_mediaStatus, *m_settings, m_desktop.get());
     // Asked of the desktop, never of the toolkit, whose first answer would stick (see
-    // MenuBarExtra).
+    // TrayIcon).
     m_tray = Platform::createTrayAvailability();
     if (m_tray->state() == TrayAvailability::State::absent) {
         sayThereIsNoTray();
@@ -84,20 +84,19 @@ ScrublineApp::ScrublineApp(QObject* parent)
             },
             Qt::SingleShotConnection);
     }
-    m_menuBarExtra =
-        std::make_unique<MenuBarExtra>(*m_mediaStatus, *m_settings, *m_tray, *m_desktop);
-    connect(m_menuBarExtra.get(), &MenuBarExtra::seekRequested, m_mediaController.get(),
+    m_trayIcon = std::make_unique<TrayIcon>(*m_mediaStatus, *m_settings, *m_tray, *m_desktop);
+    connect(m_trayIcon.get(), &TrayIcon::seekRequested, m_mediaController.get(),
             &MediaController::enqueueSeek);
-    connect(m_menuBarExtra.get(), &MenuBarExtra::settingsRequested, m_settingsWindow.get(),
+    connect(m_trayIcon.get(), &TrayIcon::settingsRequested, m_settingsWindow.get(),
             &SettingsWindowController::showSettingsWindow);
 
     // 5. The hotkeys, which start the overlay once the scripts are warmed.
     m_appDelegate = std::make_unique<AppDelegate>(Platform::createHotkeyService(), m_players,
                                                   *m_settings, *m_mediaController, m_overlay.get());
     // Once per user: a desktop without global hotkeys is told of in the panel, with what to do.
-    connect(m_appDelegate.get(), &AppDelegate::hotkeysUnavailable, m_menuBarExtra.get(), [this] {
-        m_menuBarExtra->showNoticeOnce(QStringLiteral("hasSeenHotkeysUnavailableNote"),
-                                       m_desktop->texts().accessibilityHint);
+    connect(m_appDelegate.get(), &AppDelegate::hotkeysUnavailable, m_trayIcon.get(), [this] {
+        m_trayIcon->showNoticeOnce(QStringLiteral("hasSeenHotkeysUnavailableNote"),
+                                   m_desktop->texts().accessibilityHint);
     });
     m_appDelegate->applicationDidFinishLaunching();
     connect(qApp, &QCoreApplication::aboutToQuit, m_appDelegate.get(),
@@ -116,8 +115,8 @@ void ScrublineApp::reopen() {
         showSettings();
         return;
     }
-    if (!m_menuBarExtra->window().isVisible()) {
-        m_menuBarExtra->togglePanel();
+    if (!m_trayIcon->window().isVisible()) {
+        m_trayIcon->togglePanel();
     }
 }
 

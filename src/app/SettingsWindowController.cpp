@@ -1,7 +1,7 @@
 #include "SettingsWindowController.h"
 
 #include "platform/DesktopIntegration.h"
-#include "views/SettingsView.h"
+#include "views/settings/SettingsView.h"
 
 #include <QApplication>
 #include <QKeyEvent>
@@ -27,7 +27,6 @@ void SettingsWindowController::showSettingsWindow() {
         m_window->setAttribute(Qt::WA_DeleteOnClose);
         m_window->restoreSelectedTab();
         m_window->show();
-        emit windowOpened();
     } else if (m_window->isMinimized()) {
         m_window->showNormal();
     }

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "views/SettingsView.h"
+#include "views/settings/SettingsView.h"
 
 #include <QObject>
 #include <QPointer>
@@ -38,10 +38,6 @@ public:
     // its title, in any letter case.
     static bool isSettingsWindow(const QString& identifier, const QString& title);
     static bool isSettingsWindow(const QWidget& window);
-
-signals:
-    // The window was shown anew (not raised again).
-    void windowOpened();
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;

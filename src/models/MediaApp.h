@@ -22,7 +22,7 @@ public:
     enum Value : std::uint8_t {
         spotify,
         appleMusic,
-        chromeYouTube,
+        chromiumYouTube,
         safariYouTube,
         firefox,
         otherPlayers
@@ -33,12 +33,12 @@ public:
     constexpr Value value() const { return m_value; }
 
     static constexpr std::array<MediaApp, 4> allCases() {
-        return {spotify, appleMusic, chromeYouTube, safariYouTube};
+        return {spotify, appleMusic, chromiumYouTube, safariYouTube};
     }
     // Every case any platform offers: a settings file written on one platform names apps of
     // its own, and they are still read on another.
     static constexpr std::array<MediaApp, 6> everyCase() {
-        return {spotify, appleMusic, chromeYouTube, safariYouTube, firefox, otherPlayers};
+        return {spotify, appleMusic, chromiumYouTube, safariYouTube, firefox, otherPlayers};
     }
     // The case whose raw value is exactly `rawValue`; there is no fallback case.
     static std::optional<MediaApp> fromRawValue(QStringView rawValue);

@@ -23,7 +23,7 @@ const QList<PermissionItem>& PermissionItem::all() {
          Kind::automation},
         {QStringLiteral("chrome-js"), QStringLiteral("JavaScript from Apple Events"),
          QStringLiteral("Google Chrome"), QStringLiteral("Google Chrome"),
-         QStringLiteral("curlybraces"), Kind::chromeJS},
+         QStringLiteral("curlybraces"), Kind::browserJavaScript},
         {QStringLiteral("automation-safari"), QStringLiteral("Automation"),
          QStringLiteral("Safari"), QStringLiteral("Safari"), QStringLiteral("safari"),
          Kind::automation},

@@ -10,7 +10,7 @@ enum class PermissionStatus { unknown, granted, denied, appNotRunning, checking 
 
 // One permission a media target needs, as the Permissions tab lists it.
 struct PermissionItem {
-    enum class Kind { automation, chromeJS, accessibility };
+    enum class Kind { automation, browserJavaScript, accessibility };
 
     QString id;
     QString name;        // the permission's title

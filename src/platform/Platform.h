@@ -22,7 +22,7 @@
 namespace Platform {
 
 // The per-user store of the program's preferences.
-std::unique_ptr<QSettings> openUserDefaults();
+std::unique_ptr<QSettings> openSettingsStore();
 
 std::unique_ptr<LoginItem> createLoginItem();
 

@@ -14,7 +14,7 @@ QString seekScript(MediaApp app, double seconds) {
         return SpotifyController::seekScript(seconds);
     case MediaApp::appleMusic:
         return MusicController::seekScript(seconds);
-    case MediaApp::chromeYouTube:
+    case MediaApp::chromiumYouTube:
         return ChromeYouTubeController::scriptSource(seconds);
     case MediaApp::safariYouTube:
         return SafariYouTubeController::scriptSource(seconds);
@@ -31,7 +31,7 @@ QString nowPlayingScript(MediaApp app) {
         return SpotifyController::nowPlayingScript();
     case MediaApp::appleMusic:
         return MusicController::nowPlayingScript();
-    case MediaApp::chromeYouTube:
+    case MediaApp::chromiumYouTube:
         return ChromeYouTubeController::nowPlayingScript();
     case MediaApp::safariYouTube:
         return SafariYouTubeController::nowPlayingScript();
@@ -51,7 +51,7 @@ PlayerControl::SeekAnswer ScriptedPlayerControl::seekIfPlaying(MediaApp app, dou
         return {SpotifyController::seekIfPlaying(seconds, timeout)};
     case MediaApp::appleMusic:
         return {MusicController::seekIfPlaying(seconds, timeout)};
-    case MediaApp::chromeYouTube:
+    case MediaApp::chromiumYouTube:
     case MediaApp::safariYouTube:
         break;
     case MediaApp::firefox:
@@ -61,7 +61,7 @@ PlayerControl::SeekAnswer ScriptedPlayerControl::seekIfPlaying(MediaApp app, dou
     // A Chrome refusal to run JavaScript goes back to the caller, who tells the user.
     const ScriptResult result = AppleScriptService::execute(seekScript(app, seconds), timeout);
     SeekAnswer answer{seekResultOfAnswer(result)};
-    if (app == MediaApp::chromeYouTube && ChromeYouTubeController::isJavaScriptOff(result)) {
+    if (app == MediaApp::chromiumYouTube && ChromeYouTubeController::isJavaScriptOff(result)) {
         answer.alert = ChromeYouTubeController::jsPermissionAlert();
     }
     return answer;
@@ -77,7 +77,7 @@ SeekResult ScriptedPlayerControl::playPause(MediaApp app, double timeout) {
     case MediaApp::appleMusic:
         return seekResultOfPlayPause(
             AppleScriptService::execute(MusicController::playPauseScript(), timeout));
-    case MediaApp::chromeYouTube:
+    case MediaApp::chromiumYouTube:
         return seekResultOfAnswer(
             AppleScriptService::execute(ChromeYouTubeController::playPauseScript(), timeout));
     case MediaApp::safariYouTube:
@@ -106,7 +106,7 @@ PermissionStatus ScriptedPlayerControl::probe(const PermissionItem& item, double
     case PermissionItem::Kind::automation:
         return PermissionProbes::automationStatus(AppleScriptService::execute(
             PermissionProbes::automationProbe(item.processName), timeout));
-    case PermissionItem::Kind::chromeJS:
+    case PermissionItem::Kind::browserJavaScript:
         return PermissionProbes::chromeJavaScriptStatus(
             AppleScriptService::execute(PermissionProbes::chromeJavaScriptProbe(), timeout));
     case PermissionItem::Kind::accessibility:

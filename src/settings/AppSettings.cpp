@@ -21,10 +21,10 @@ QList<MediaApp> referenceApps() {
 
 } // namespace
 
-AppSettings::AppSettings(std::unique_ptr<UserDefaults> defaults, QObject* parent)
+AppSettings::AppSettings(std::unique_ptr<SettingsStore> defaults, QObject* parent)
     : AppSettings(std::move(defaults), referenceApps(), parent) {}
 
-AppSettings::AppSettings(std::unique_ptr<UserDefaults> defaults, QList<MediaApp> offeredApps,
+AppSettings::AppSettings(std::unique_ptr<SettingsStore> defaults, QList<MediaApp> offeredApps,
                          QObject* parent)
     : QObject(parent)
     , m_defaults(std::move(defaults))

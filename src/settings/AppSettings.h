@@ -2,7 +2,7 @@
 
 #include "models/MediaApp.h"
 #include "models/SeekAction.h"
-#include "settings/UserDefaults.h"
+#include "settings/SettingsStore.h"
 
 #include <QByteArray>
 #include <QList>
@@ -41,11 +41,11 @@ public:
     static constexpr int saveDebounceMs = 300;
 
     // Loads at once from `defaults`, with the apps the reference platform offers.
-    explicit AppSettings(std::unique_ptr<UserDefaults> defaults, QObject* parent = nullptr);
+    explicit AppSettings(std::unique_ptr<SettingsStore> defaults, QObject* parent = nullptr);
     // The same, with the apps this platform offers, in their default priority order. Apps a
     // stored or imported list names beyond them (a Mac's, read elsewhere) are kept in it, so
     // that it is written out again as it came, but never shown, tried or appended.
-    AppSettings(std::unique_ptr<UserDefaults> defaults, QList<MediaApp> offeredApps,
+    AppSettings(std::unique_ptr<SettingsStore> defaults, QList<MediaApp> offeredApps,
                 QObject* parent = nullptr);
     ~AppSettings() override;
 
@@ -94,7 +94,7 @@ public:
     bool importSettings(const QByteArray& bytes);
 
     // The defaults database, for the keys owned by other parts of the program.
-    UserDefaults& defaults() { return *m_defaults; }
+    SettingsStore& defaults() { return *m_defaults; }
 
 signals:
     void launchAtLoginChanged(bool value);
@@ -117,7 +117,7 @@ private:
     std::optional<QJsonValue> storedJson(const QString& key) const;
     void assertOnOwnThread() const;
 
-    std::unique_ptr<UserDefaults> m_defaults;
+    std::unique_ptr<SettingsStore> m_defaults;
     QList<MediaApp> m_offeredApps;
     QList<MediaApp> m_enabledApps;
     MediaAppSet m_disabledApps;

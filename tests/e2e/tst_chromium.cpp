@@ -51,7 +51,7 @@ private:
         const double halfWay = std::min(std::abs(seconds), std::max(room, 0.0)) / 2;
         const qsizetype before = m_seekedUs.size();
         const PlayerControl::SeekAnswer answer =
-            m_control->seekIfPlaying(MediaApp::chromeYouTube, seconds, 3.0);
+            m_control->seekIfPlaying(MediaApp::chromiumYouTube, seconds, 3.0);
         if (answer.result != SeekResult::seeked) {
             return -100;
         }
@@ -87,7 +87,7 @@ private slots:
         QVERIFY2(m_page->waitUntilPlaying(), "Chromium published no playing player");
         m_registry = std::make_unique<MprisPlayerRegistry>(bus());
         m_control = std::make_unique<MprisPlayerControl>(*m_registry);
-        QTRY_COMPARE(m_registry->playersOf(MediaApp::chromeYouTube),
+        QTRY_COMPARE(m_registry->playersOf(MediaApp::chromiumYouTube),
                      QStringList{m_page->busName()});
         m_seekedUs.clear();
         bus().connect(m_page->busName(), QStringLiteral("/org/mpris/MediaPlayer2"),
@@ -145,7 +145,7 @@ private slots:
         for (const double step : {10.0, -10.0, 30.0, -30.0, 10.0, -10.0}) {
             QTest::qWait(700);
             const std::optional<double> miss =
-                missOfStep(*m_control, MediaApp::chromeYouTube, *m_page, step);
+                missOfStep(*m_control, MediaApp::chromiumYouTube, *m_page, step);
             QVERIFY2(miss.has_value(), "no landing");
             QVERIFY2(std::abs(*miss) <= 0.5, qPrintable(QStringLiteral("%1 s off").arg(*miss)));
         }
@@ -159,20 +159,20 @@ private slots:
     }
 
     void togglesPlayPause() {
-        QCOMPARE(m_control->playPause(MediaApp::chromeYouTube, 3.0), SeekResult::seeked);
+        QCOMPARE(m_control->playPause(MediaApp::chromiumYouTube, 3.0), SeekResult::seeked);
         QTRY_COMPARE(MprisClient::readState(bus(), m_page->busName(), 3000)->playbackStatus,
                      QStringLiteral("Paused"));
-        QCOMPARE(m_control->seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+        QCOMPARE(m_control->seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::notPlaying);
-        QCOMPARE(m_control->nowPlaying(MediaApp::chromeYouTube, 2.0),
+        QCOMPARE(m_control->nowPlaying(MediaApp::chromiumYouTube, 2.0),
                  std::optional(PlayerControl::NowPlayingAnswer{}));
-        QCOMPARE(m_control->playPause(MediaApp::chromeYouTube, 3.0), SeekResult::seeked);
+        QCOMPARE(m_control->playPause(MediaApp::chromiumYouTube, 3.0), SeekResult::seeked);
         QTRY_VERIFY(MprisClient::readState(bus(), m_page->busName(), 3000)->isPlaying());
     }
 
     void tellsWhatIsPlaying() {
         // Named by the app, whichever browser of the family it is.
-        QCOMPARE(m_control->nowPlaying(MediaApp::chromeYouTube, 2.0),
+        QCOMPARE(m_control->nowPlaying(MediaApp::chromiumYouTube, 2.0),
                  std::optional(PlayerControl::NowPlayingAnswer{QStringLiteral("%1 - %2").arg(
                      QLatin1String(BrowserPage::title), QLatin1String(BrowserPage::artist))}));
     }
@@ -187,7 +187,7 @@ private slots:
     void clampsAtTheEnd() {
         QTest::qWait(700);
         const auto landings = m_page->landings().size();
-        QCOMPARE(m_control->seekIfPlaying(MediaApp::chromeYouTube, 1000, 3.0).result,
+        QCOMPARE(m_control->seekIfPlaying(MediaApp::chromiumYouTube, 1000, 3.0).result,
                  SeekResult::seeked);
         QTRY_VERIFY_WITH_TIMEOUT(m_page->landings().size() > landings, 10000);
         const double at = m_page->landings().at(landings).seconds;

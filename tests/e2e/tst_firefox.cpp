@@ -56,7 +56,7 @@ private slots:
     void isFirefoxAndSaysWholeSeconds() {
         MprisRunningApps running(*m_registry);
         QCOMPARE(running.runningNames(), QSet<QString>{QStringLiteral("Firefox")});
-        QVERIFY(m_registry->playersOf(MediaApp::chromeYouTube).isEmpty());
+        QVERIFY(m_registry->playersOf(MediaApp::chromiumYouTube).isEmpty());
         QVERIFY(m_registry->playersOf(MediaApp::otherPlayers).isEmpty());
         QTRY_VERIFY_WITH_TIMEOUT(state()->positionUs.value_or(0) > 1'000'000, 20000);
         // What makes the landing hard to get right from Firefox's word alone.

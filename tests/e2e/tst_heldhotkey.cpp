@@ -54,7 +54,7 @@ void hold(const QString& keys, int ms) {
 class Program {
 public:
     Program()
-        : m_settings(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+        : m_settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
               m_home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)))
         , m_registry(bus())
         , m_control(std::make_shared<MprisPlayerControl>(m_registry))

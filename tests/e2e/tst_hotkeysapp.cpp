@@ -7,13 +7,13 @@
 #include "support/BrowserPage.h"
 #include "support/Desktop.h"
 #include "support/OtherXClient.h"
-#include "views/ActionEditor.h"
-#include "views/ActionRowContainer.h"
-#include "views/ActionRowHeader.h"
-#include "views/HotkeyRecorder.h"
-#include "views/HotkeysSettingsTab.h"
-#include "views/MenuBarWindow.h"
-#include "views/SettingsView.h"
+#include "views/settings/ActionEditor.h"
+#include "views/settings/ActionRowContainer.h"
+#include "views/settings/ActionRowHeader.h"
+#include "views/settings/HotkeyRecorder.h"
+#include "views/settings/HotkeysSettingsTab.h"
+#include "views/settings/SettingsView.h"
+#include "views/tray/TrayPanelWindow.h"
 
 #include <QApplication>
 #include <QComboBox>
@@ -145,14 +145,14 @@ private:
             if (findVisible<SettingsView>() == nullptr) {
                 QTRY_VERIFY_WITH_TIMEOUT(!trayIconGeometry().isEmpty(), 10000);
                 // A click that comes while the tray is still embedding the icon goes nowhere.
-                for (int attempt = 0; attempt < 5 && findVisible<MenuBarWindow>() == nullptr;
+                for (int attempt = 0; attempt < 5 && findVisible<TrayPanelWindow>() == nullptr;
                      ++attempt) {
                     Desktop::click(trayIconGeometry().center(), 1);
                     static_cast<void>(QTest::qWaitFor(
-                        [] { return findVisible<MenuBarWindow>() != nullptr; }, 2000));
+                        [] { return findVisible<TrayPanelWindow>() != nullptr; }, 2000));
                 }
                 // The panel takes the keyboard as it opens; Ctrl+, there opens the settings.
-                QVERIFY(findVisible<MenuBarWindow>() != nullptr);
+                QVERIFY(findVisible<TrayPanelWindow>() != nullptr);
                 QTest::qWait(300);
                 QVERIFY(press(QStringLiteral("ctrl+comma")));
                 QTRY_VERIFY_WITH_TIMEOUT(findVisible<SettingsView>() != nullptr, 10000);

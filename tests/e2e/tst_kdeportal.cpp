@@ -5,7 +5,7 @@
 #include "platform/IniSettings.h"
 #include "platform/linux/MprisClient.h"
 #include "settings/AppSettings.h"
-#include "settings/UserDefaults.h"
+#include "settings/SettingsStore.h"
 #include "support/PlayerProcess.h"
 
 #include <QDBusArgument>
@@ -184,7 +184,7 @@ bool onBus(const QString& name) {
 }
 
 void writeActions(const QList<SeekAction>& actions) {
-    AppSettings settings(std::make_unique<UserDefaults>(openIniSettings(settingsFile())));
+    AppSettings settings(std::make_unique<SettingsStore>(openIniSettings(settingsFile())));
     settings.defaults().setBool(QStringLiteral("hasCompletedOnboarding"), true);
     settings.setSeekActions(actions);
     settings.savePendingChanges();

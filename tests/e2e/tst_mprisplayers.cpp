@@ -6,7 +6,7 @@
 #include "platform/linux/MprisPlayerRegistry.h"
 #include "platform/linux/MprisRunningApps.h"
 #include "settings/AppSettings.h"
-#include "settings/UserDefaults.h"
+#include "settings/SettingsStore.h"
 #include "support/PlayerProcess.h"
 #include "support/TempHome.h"
 
@@ -34,9 +34,9 @@ std::unique_ptr<PlayerProcess> player(const QString& name, const QString& progra
 // A settings store offering Linux's apps, in the home given.
 std::unique_ptr<AppSettings> linuxSettings(const TempHome& home) {
     return std::make_unique<AppSettings>(
-        std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+        std::make_unique<SettingsStore>(std::make_unique<QSettings>(
             home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
-        QList<MediaApp>{MediaApp::spotify, MediaApp::chromeYouTube, MediaApp::firefox,
+        QList<MediaApp>{MediaApp::spotify, MediaApp::chromiumYouTube, MediaApp::firefox,
                         MediaApp::otherPlayers});
 }
 
@@ -192,10 +192,10 @@ private slots:
         QSignalSpy terminated(&running, &RunningApps::terminated);
         auto first = player(chromium(3), QStringLiteral("chromium"));
         auto second = player(QStringLiteral("chrome.instance4"), QStringLiteral("chrome"));
-        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 2);
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromiumYouTube).size(), 2);
         QCOMPARE(launched.size(), 1);
         first->kill();
-        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromiumYouTube).size(), 1);
         QCOMPARE(terminated.size(), 0);
         QCOMPARE(running.runningNames(), QSet<QString>{QStringLiteral("Google Chrome")});
         second->kill();
@@ -211,9 +211,9 @@ private slots:
         auto paused = player(chromium(5), QStringLiteral("chromium"), {QStringLiteral("--paused")});
         auto playing = player(chromium(6), QStringLiteral("chromium"));
         auto later = player(chromium(7), QStringLiteral("chromium"), {QStringLiteral("--paused")});
-        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 3);
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromiumYouTube).size(), 3);
 
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::seeked);
         const auto seeks = [](PlayerProcess& p) {
             return p.calls().filter(QStringLiteral("SetPosition")).size();
@@ -221,10 +221,10 @@ private slots:
         QCOMPARE(seeks(*playing), 1);
         QCOMPARE(seeks(*paused) + seeks(*later), 0);
 
-        QCOMPARE(control.playPause(MediaApp::chromeYouTube, 3.0), SeekResult::seeked);
+        QCOMPARE(control.playPause(MediaApp::chromiumYouTube, 3.0), SeekResult::seeked);
         QVERIFY(playing->calls().contains(QStringLiteral("PlayPause")));
         // Now none plays: the one acted on last is the most recently active.
-        QCOMPARE(control.playPause(MediaApp::chromeYouTube, 3.0), SeekResult::seeked);
+        QCOMPARE(control.playPause(MediaApp::chromiumYouTube, 3.0), SeekResult::seeked);
         QCOMPARE(playing->calls().filter(QStringLiteral("PlayPause")).size(), 2);
         QVERIFY(!later->calls().contains(QStringLiteral("PlayPause")));
     }
@@ -261,12 +261,12 @@ private slots:
         auto browser = player(chromium(9), QStringLiteral("chromium"),
                               {QStringLiteral("--position"), QStringLiteral("100"),
                                QStringLiteral("--length"), QStringLiteral("240")});
-        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromiumYouTube).size(), 1);
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::seeked);
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, -5, 3.0).result,
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, -5, 3.0).result,
                  SeekResult::seeked);
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 2.5, 3.0).result,
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 2.5, 3.0).result,
                  SeekResult::seeked);
         const QStringList calls = browser->calls();
         QCOMPARE(calls.size(), 4);
@@ -347,10 +347,10 @@ private slots:
         auto browser = player(chromium(10), QStringLiteral("chromium"),
                               {QStringLiteral("--position"), QStringLiteral("230"),
                                QStringLiteral("--length"), QStringLiteral("240")});
-        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 30, 3.0).result,
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromiumYouTube).size(), 1);
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 30, 3.0).result,
                  SeekResult::seeked);
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, -300, 3.0).result,
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, -300, 3.0).result,
                  SeekResult::seeked);
         QCOMPARE(browser->calls(),
                  (QStringList{QStringLiteral("GetAll org.mpris.MediaPlayer2.Player"),
@@ -397,20 +397,20 @@ private slots:
         auto browser = player(chromium(13), QStringLiteral("chromium"),
                               {QStringLiteral("--position"), QStringLiteral("100"),
                                QStringLiteral("--flicker"), QStringLiteral("700")});
-        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromiumYouTube).size(), 1);
         const QString name = prefix + chromium(13);
         follow(name);
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::seeked);
         QVERIFY(heard(1));
         QCOMPARE(m_statuses, QStringList{QStringLiteral("Stopped")});
         QVERIFY(registry.targetWithoutRead(name, -5'000'000).has_value());
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, -5, 3.0).result,
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, -5, 3.0).result,
                  SeekResult::seeked);
         QVERIFY(heard(2));
         QCOMPARE(m_statuses.last(), QStringLiteral("Playing"));
         QTRY_VERIFY(registry.targetWithoutRead(name, 2'500'000).has_value());
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 2.5, 3.0).result,
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 2.5, 3.0).result,
                  SeekResult::seeked);
         const QStringList calls = browser->calls();
         QCOMPARE(calls.filter(QStringLiteral("GetAll")).size(), 1);
@@ -455,8 +455,8 @@ private slots:
         auto browser = player(
             chromium(20), QStringLiteral("chromium"),
             {QStringLiteral("--no-track-id"), QStringLiteral("--position"), QStringLiteral("235")});
-        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 30, 3.0).result,
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromiumYouTube).size(), 1);
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 30, 3.0).result,
                  SeekResult::seeked);
         QCOMPARE(
             browser->calls(),
@@ -582,17 +582,17 @@ private slots:
         auto browser = player(chromium(14), QStringLiteral("chromium"),
                               {QStringLiteral("--position"), QStringLiteral("100"),
                                QStringLiteral("--flicker"), QStringLiteral("2000")});
-        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromiumYouTube).size(), 1);
         const QString name = prefix + chromium(14);
         follow(name);
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::seeked);
         QVERIFY(heard(1));
         command(name, QStringLiteral("Pause"));
         QVERIFY(heard(2));
         QCOMPARE(m_statuses, (QStringList{QStringLiteral("Stopped"), QStringLiteral("Paused")}));
         QVERIFY(!registry.canSeekRelatively(name, 10'000'000));
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::notPlaying);
         QCOMPARE(browser->calls().filter(QStringLiteral("Seek ")).size(), 0);
         QCOMPARE(browser->calls().filter(QStringLiteral("SetPosition")).size(), 1);
@@ -605,9 +605,9 @@ private slots:
         auto browser = player(chromium(15), QStringLiteral("chromium"),
                               {QStringLiteral("--position"), QStringLiteral("100"),
                                QStringLiteral("--flicker"), QStringLiteral("50")});
-        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromiumYouTube).size(), 1);
         const QString name = prefix + chromium(15);
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::seeked);
         QTRY_VERIFY(registry.canSeekRelatively(name, 10'000'000));
         QTest::qWait(static_cast<int>(MprisPlayerRegistry::seekFlickerNs / 1'000'000) + 200);
@@ -616,7 +616,7 @@ private slots:
         QVERIFY(heard(1));
         QCOMPARE(m_statuses, QStringList{QStringLiteral("Stopped")});
         QVERIFY(!registry.canSeekRelatively(name, 10'000'000));
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::notPlaying);
         QCOMPARE(browser->calls().filter(QStringLiteral("Seek ")).size(), 0);
         QCOMPARE(browser->calls().filter(QStringLiteral("SetPosition")).size(), 1);
@@ -629,15 +629,15 @@ private slots:
         auto browser = player(chromium(16), QStringLiteral("chromium"),
                               {QStringLiteral("--position"), QStringLiteral("100"),
                                QStringLiteral("--flicker"), QStringLiteral("60000")});
-        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromiumYouTube).size(), 1);
         const QString name = prefix + chromium(16);
         follow(name);
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::seeked);
         QVERIFY(heard(1));
         QVERIFY(registry.canSeekRelatively(name, 10'000'000));
         QTRY_VERIFY_WITH_TIMEOUT(!registry.canSeekRelatively(name, 10'000'000), 5000);
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::notPlaying);
         QCOMPARE(browser->calls().filter(QStringLiteral("Seek ")).size(), 0);
         QCOMPARE(browser->calls().filter(QStringLiteral("GetAll")).size(), 2);
@@ -650,16 +650,16 @@ private slots:
         MprisPlayerControl control(registry);
         auto browser = player(chromium(17), QStringLiteral("chromium"),
                               {QStringLiteral("--position"), QStringLiteral("100")});
-        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromiumYouTube).size(), 1);
         const QString name = prefix + chromium(17);
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::seeked);
         QTRY_VERIFY(registry.canSeekRelatively(name, 10'000'000));
         // No event is handled from here on, so the registry still believes it playing.
         command(name, QStringLiteral("Pause"));
         QThread::msleep(200);
         QVERIFY(registry.canSeekRelatively(name, 10'000'000));
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::notPlaying);
         QCOMPARE(browser->calls().filter(QStringLiteral("Seek ")).size(), 0);
         QCOMPARE(browser->calls().filter(QStringLiteral("SetPosition")).size(), 1);
@@ -671,14 +671,14 @@ private slots:
         MprisPlayerControl control(registry);
         auto browser = player(chromium(11), QStringLiteral("chromium"),
                               {QStringLiteral("--position"), QStringLiteral("100")});
-        QTRY_COMPARE(registry.playersOf(MediaApp::chromeYouTube).size(), 1);
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+        QTRY_COMPARE(registry.playersOf(MediaApp::chromiumYouTube).size(), 1);
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::seeked);
         const QString name = prefix + chromium(11);
         QTRY_VERIFY(registry.canSeekRelatively(name, 10'000'000));
-        QCOMPARE(control.playPause(MediaApp::chromeYouTube, 3.0), SeekResult::seeked);
+        QCOMPARE(control.playPause(MediaApp::chromiumYouTube, 3.0), SeekResult::seeked);
         QTRY_VERIFY(!registry.canSeekRelatively(name, 10'000'000));
-        QCOMPARE(control.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0).result,
+        QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::notPlaying);
         QCOMPARE(browser->calls().filter(QStringLiteral("Seek ")).size(), 0);
         QCOMPARE(browser->calls().filter(QStringLiteral("SetPosition")).size(), 1);
@@ -714,16 +714,16 @@ private slots:
         const QList<PermissionItem>& items = PermissionItem::all();
         const PermissionItem& spotifyItem = items[0];
         const PermissionItem& chromeItem = items[2];
-        const PermissionItem& chromeJS = items[3];
+        const PermissionItem& browserJavaScript = items[3];
         // Without a player there is nothing to control, browser or not.
         QCOMPARE(control.probe(spotifyItem, 3.0), PermissionStatus::appNotRunning);
-        QCOMPARE(control.probe(chromeJS, 3.0), PermissionStatus::appNotRunning);
+        QCOMPARE(control.probe(browserJavaScript, 3.0), PermissionStatus::appNotRunning);
 
         auto browser = player(chromium(8), QStringLiteral("chromium"));
         auto silent = player(QStringLiteral("spotify"), QString(), {QStringLiteral("--silent")});
         QTRY_COMPARE(registry.runningApps().size(), 2);
         QCOMPARE(control.probe(chromeItem, 3.0), PermissionStatus::granted);
-        QCOMPARE(control.probe(chromeJS, 3.0), PermissionStatus::granted);
+        QCOMPARE(control.probe(browserJavaScript, 3.0), PermissionStatus::granted);
         // A player that does not answer in time cannot be controlled.
         QCOMPARE(control.probe(spotifyItem, 0.3), PermissionStatus::denied);
         // Music and Safari have no players here, so they are never running.
@@ -802,7 +802,7 @@ private slots:
     // The whole path: a request through the controller reaches the playing player.
     void aRequestReachesThePlayer() {
         TempHome home;
-        AppSettings settings(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+        AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
             home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)));
         MprisPlayerRegistry registry(QDBusConnection::sessionBus());
         auto spotify = player(QStringLiteral("spotify"), QString(), {QStringLiteral("--spotify")});
@@ -822,7 +822,7 @@ private slots:
     // Without a session bus nothing is running, and a request says so.
     void withoutABus() {
         TempHome home;
-        AppSettings settings(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+        AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
             home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)));
         const QDBusConnection none = QDBusConnection::connectToBus(
             QStringLiteral("unix:path=/nonexistent/bus"), QStringLiteral("nowhere"));

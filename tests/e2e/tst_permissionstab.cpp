@@ -2,7 +2,7 @@
 #include "platform/Platform.h"
 #include "platform/RunningApps.h"
 #include "support/PlayerProcess.h"
-#include "views/PermissionsSettingsTab.h"
+#include "views/settings/PermissionsSettingsTab.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -119,7 +119,7 @@ private slots:
             names << row->findChild<QLabel*>(QStringLiteral("rowTitle"))->text();
         }
         QCOMPARE(rows, (QStringList{QStringLiteral("automation-spotify"),
-                                    QStringLiteral("automation-chromeYouTube"),
+                                    QStringLiteral("automation-chromiumYouTube"),
                                     QStringLiteral("automation-firefox"),
                                     QStringLiteral("automation-otherPlayers")}));
         // The Chrome app is every Chromium-based browser, whatever page plays.

@@ -9,7 +9,7 @@
 #include "platform/linux/MprisRunningApps.h"
 #include "platform/linux/PortalHotkeyService.h"
 #include "settings/AppSettings.h"
-#include "settings/UserDefaults.h"
+#include "settings/SettingsStore.h"
 #include "support/FakePortal.h"
 #include "support/LogCapture.h"
 #include "support/PlayerProcess.h"
@@ -36,7 +36,7 @@ QString trigger(const PortalShortcut& shortcut, const char* key = "preferred_tri
 class PortalProgram {
 public:
     explicit PortalProgram(QDBusConnection bus)
-        : m_settings(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+        : m_settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
               m_home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)))
         , m_registry(bus)
         , m_player(PlayerProcess::fake({QStringLiteral("--name"), QStringLiteral("spotify"),
@@ -565,7 +565,7 @@ private slots:
     void theDelegateHearsThatThereIsNoPortal() {
         m_portal->disappear();
         TempHome home;
-        AppSettings settings(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+        AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
             home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)));
         MprisPlayerRegistry registry(bus());
         auto control = std::make_shared<MprisPlayerControl>(registry);
@@ -591,12 +591,12 @@ private slots:
         const QList<SeekAction> stored{SeekAction(SeekAction::Direction::forward, 30, 124, hyper),
                                        SeekAction(SeekAction::Direction::playPause, 0, 49, hyper)};
         {
-            AppSettings writer(std::make_unique<UserDefaults>(
+            AppSettings writer(std::make_unique<SettingsStore>(
                 std::make_unique<QSettings>(file, QSettings::IniFormat)));
             writer.setSeekActions(stored);
             writer.savePendingChanges();
         }
-        AppSettings settings(std::make_unique<UserDefaults>(
+        AppSettings settings(std::make_unique<SettingsStore>(
             std::make_unique<QSettings>(file, QSettings::IniFormat)));
         QCOMPARE(settings.seekActions(), stored);
         MprisPlayerRegistry registry(bus());
@@ -607,7 +607,7 @@ private slots:
         auto service = std::make_unique<PortalHotkeyService>(bus());
         QSignalSpy bound(service.get(), &PortalHotkeyService::shortcutsBound);
         AppDelegate delegate(std::move(service), control, settings, controller);
-        QSignalSpy written(&settings.defaults(), &UserDefaults::written);
+        QSignalSpy written(&settings.defaults(), &SettingsStore::written);
         delegate.applicationDidFinishLaunching();
         QVERIFY(bound.wait(10000));
         // Past the store's write-back and the delegate's rebuild that follows it.
@@ -666,7 +666,7 @@ private slots:
     // activation moves the player by the action's step, and an edit binds again.
     void anActivationMovesThePlayer() {
         TempHome home;
-        AppSettings settings(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+        AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
             home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)));
         MprisPlayerRegistry registry(bus());
         auto spotify = PlayerProcess::fake({QStringLiteral("--name"), QStringLiteral("spotify"),

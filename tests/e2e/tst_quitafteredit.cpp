@@ -6,7 +6,7 @@
 #include "platform/IniSettings.h"
 #include "platform/linux/MprisClient.h"
 #include "settings/AppSettings.h"
-#include "settings/UserDefaults.h"
+#include "settings/SettingsStore.h"
 #include "support/Desktop.h"
 #include "support/OnDisk.h"
 #include "support/OtherXClient.h"
@@ -52,7 +52,7 @@ QString settingsFile() {
 
 // The actions as the file on disk holds them now.
 QList<SeekAction> actionsOnDisk() {
-    return AppSettings(std::make_unique<UserDefaults>(settingsOnDisk(settingsFile())))
+    return AppSettings(std::make_unique<SettingsStore>(settingsOnDisk(settingsFile())))
         .seekActions();
 }
 
@@ -110,7 +110,7 @@ private slots:
         QVERIFY2(!qEnvironmentVariableIsEmpty("DISPLAY"), "runs inside with-session");
         // Past the welcome content, the settings window on its Hotkeys tab, and the two preset
         // actions written out as the program writes them.
-        AppSettings settings(std::make_unique<UserDefaults>(openIniSettings(settingsFile())));
+        AppSettings settings(std::make_unique<SettingsStore>(openIniSettings(settingsFile())));
         settings.defaults().setBool(QStringLiteral("hasCompletedOnboarding"), true);
         settings.defaults().setString(QStringLiteral("lastSettingsTab"), QStringLiteral("hotkeys"));
         settings.setSeekActions(SeekAction::defaults());

@@ -1,6 +1,6 @@
 #include "platform/IniSettings.h"
 #include "settings/AppSettings.h"
-#include "settings/UserDefaults.h"
+#include "settings/SettingsStore.h"
 #include "support/Desktop.h"
 
 #include <QProcess>
@@ -93,7 +93,8 @@ private slots:
         // Past the welcome content, so the panel shows its menu.
         const QString file =
             qEnvironmentVariable("XDG_CONFIG_HOME") + QStringLiteral("/Scrubline/Scrubline.conf");
-        UserDefaults(openIniSettings(file)).setBool(QStringLiteral("hasCompletedOnboarding"), true);
+        SettingsStore(openIniSettings(file))
+            .setBool(QStringLiteral("hasCompletedOnboarding"), true);
     }
 
     void cleanup() {
@@ -175,7 +176,7 @@ private slots:
         const QString file =
             qEnvironmentVariable("XDG_CONFIG_HOME") + QStringLiteral("/Scrubline/Scrubline.conf");
         QTRY_COMPARE_WITH_TIMEOUT(
-            UserDefaults(openIniSettings(file)).boolValue(AppSettings::Keys::showMenuBarIcon),
+            SettingsStore(openIniSettings(file)).boolValue(AppSettings::Keys::showMenuBarIcon),
             std::optional<bool>(false), 5000);
         QCOMPARE(m_app->state(), QProcess::Running);
     }

@@ -4,7 +4,7 @@
 #include "platform/IniSettings.h"
 #include "platform/linux/MprisClient.h"
 #include "settings/AppSettings.h"
-#include "settings/UserDefaults.h"
+#include "settings/SettingsStore.h"
 #include "support/Desktop.h"
 #include "support/LinkerTrace.h"
 #include "support/OtherXClient.h"
@@ -196,7 +196,7 @@ private slots:
     void initTestCase() {
         QVERIFY2(!qEnvironmentVariableIsEmpty("DISPLAY"), "runs inside with-session");
         // Past the welcome content, so the panel shows its menu.
-        UserDefaults(openIniSettings(settingsFile()))
+        SettingsStore(openIniSettings(settingsFile()))
             .setBool(QStringLiteral("hasCompletedOnboarding"), true);
     }
 
@@ -208,7 +208,7 @@ private slots:
         m_app.reset();
         m_tray.reset();
         QTRY_VERIFY_WITH_TIMEOUT(!instanceRuns(), 10000);
-        UserDefaults(openIniSettings(settingsFile()))
+        SettingsStore(openIniSettings(settingsFile()))
             .setBool(AppSettings::Keys::showMenuBarIcon, true);
     }
 
@@ -231,7 +231,7 @@ private slots:
     }
 
     void aRelaunchBringsAHiddenIconBack() {
-        UserDefaults(openIniSettings(settingsFile()))
+        SettingsStore(openIniSettings(settingsFile()))
             .setBool(AppSettings::Keys::showMenuBarIcon, false);
         startApp(true);
         // A docked icon would show within this time, as the test above sees.
@@ -243,7 +243,7 @@ private slots:
         QCOMPARE(command({}).exitCode, 0);
         QTRY_VERIFY_WITH_TIMEOUT(trayIcon().has_value(), 10000);
         QTRY_VERIFY_WITH_TIMEOUT(panelShows(), 10000);
-        QCOMPARE(UserDefaults(openIniSettings(settingsFile()))
+        QCOMPARE(SettingsStore(openIniSettings(settingsFile()))
                      .boolValue(AppSettings::Keys::showMenuBarIcon),
                  std::optional<bool>(true));
     }
@@ -421,13 +421,13 @@ private slots:
 
     void aSwitchedOffAppIsLeftAloneWithoutARunningCopy() {
         {
-            AppSettings settings(std::make_unique<UserDefaults>(openIniSettings(settingsFile())));
+            AppSettings settings(std::make_unique<SettingsStore>(openIniSettings(settingsFile())));
             settings.setDisabledApps({MediaApp::spotify});
         }
         const auto player = startSpotify();
         QVERIFY(player);
         const Run run = command({QStringLiteral("seek"), QStringLiteral("+10")});
-        AppSettings(std::make_unique<UserDefaults>(openIniSettings(settingsFile())))
+        AppSettings(std::make_unique<SettingsStore>(openIniSettings(settingsFile())))
             .setDisabledApps({});
         QCOMPARE(run.exitCode, 1);
         QCOMPARE(run.out, QStringLiteral("No media apps running\n"));

@@ -3,7 +3,7 @@
 // starts after the program gets its item, whose click opens the panel and whose menu quits.
 #include "platform/IniSettings.h"
 #include "settings/AppSettings.h"
-#include "settings/UserDefaults.h"
+#include "settings/SettingsStore.h"
 #include "support/Desktop.h"
 #include "support/StatusNotifierPanel.h"
 
@@ -77,7 +77,7 @@ private slots:
     void initTestCase() {
         QVERIFY2(!qEnvironmentVariableIsEmpty("DISPLAY"), "runs inside with-session");
         // Past the welcome content, so the panel shows its menu.
-        UserDefaults(openIniSettings(settingsFile()))
+        SettingsStore(openIniSettings(settingsFile()))
             .setBool(QStringLiteral("hasCompletedOnboarding"), true);
     }
 
@@ -88,7 +88,7 @@ private slots:
         }
         m_app.reset();
         QTRY_VERIFY_WITH_TIMEOUT(!instanceRuns(), 10000);
-        UserDefaults(openIniSettings(settingsFile()))
+        SettingsStore(openIniSettings(settingsFile()))
             .setBool(AppSettings::Keys::showMenuBarIcon, true);
     }
 
@@ -148,7 +148,7 @@ private slots:
     // With the icon switched off, a panel that starts gets no item; launching the program
     // again turns the icon back on, and the item and the panel come.
     void aHiddenIconReachesALatePanelOnlyWhenBackOn() {
-        UserDefaults(openIniSettings(settingsFile()))
+        SettingsStore(openIniSettings(settingsFile()))
             .setBool(AppSettings::Keys::showMenuBarIcon, false);
         startApp();
         StatusNotifierPanel panel;

@@ -1,6 +1,6 @@
 #include "platform/IniSettings.h"
 #include "settings/AppSettings.h"
-#include "settings/UserDefaults.h"
+#include "settings/SettingsStore.h"
 #include "support/Desktop.h"
 
 #include <QFile>
@@ -159,7 +159,7 @@ private slots:
     void aHiddenIconStaysAwayAtLaunch() {
         const QString file =
             qEnvironmentVariable("XDG_CONFIG_HOME") + QStringLiteral("/Scrubline/Scrubline.conf");
-        UserDefaults(openIniSettings(file)).setBool(AppSettings::Keys::showMenuBarIcon, false);
+        SettingsStore(openIniSettings(file)).setBool(AppSettings::Keys::showMenuBarIcon, false);
         TrayHost tray;
         QVERIFY(tray.start());
         QProcess app;

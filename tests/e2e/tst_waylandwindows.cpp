@@ -10,12 +10,12 @@
 #include "support/FakeStatusNotifierHost.h"
 #include "support/LogCapture.h"
 #include "support/PlayerProcess.h"
-#include "views/HUDPanel.h"
-#include "views/HotkeysSettingsTab.h"
-#include "views/MenuBarExtra.h"
-#include "views/MenuBarWindow.h"
-#include "views/PermissionsSettingsTab.h"
-#include "views/SettingsView.h"
+#include "views/overlay/OverlayPanel.h"
+#include "views/settings/HotkeysSettingsTab.h"
+#include "views/settings/PermissionsSettingsTab.h"
+#include "views/settings/SettingsView.h"
+#include "views/tray/TrayIcon.h"
+#include "views/tray/TrayPanelWindow.h"
 
 #include <QApplication>
 #include <QDBusConnection>
@@ -108,8 +108,8 @@ private slots:
         command.start(QStringLiteral(SCRUBLINE_BINARY),
                       {QStringLiteral("seek"), QStringLiteral("+10")});
         QVERIFY(command.waitForStarted());
-        HUDPanel* overlay = nullptr;
-        QTRY_VERIFY_WITH_TIMEOUT((overlay = findVisible<HUDPanel>()) != nullptr, 20000);
+        OverlayPanel* overlay = nullptr;
+        QTRY_VERIFY_WITH_TIMEOUT((overlay = findVisible<OverlayPanel>()) != nullptr, 20000);
         QTRY_COMPARE_WITH_TIMEOUT(command.state(), QProcess::NotRunning, 20000);
         QCOMPARE(command.exitStatus(), QProcess::NormalExit);
         QCOMPARE(command.exitCode(), 0);
@@ -124,7 +124,7 @@ private slots:
         QTRY_COMPARE_WITH_TIMEOUT(overlay->fade(), 1.0, 10000);
         // It fades out again by itself, all drawn by the program: nothing asks the compositor
         // for a window opacity it cannot give.
-        QTRY_VERIFY_WITH_TIMEOUT(findVisible<HUDPanel>() == nullptr, 20000);
+        QTRY_VERIFY_WITH_TIMEOUT(findVisible<OverlayPanel>() == nullptr, 20000);
         for (const LogCapture::Entry& entry : log.entries()) {
             QVERIFY2(!entry.message.contains(QStringLiteral("opacity")), qPrintable(entry.message));
         }
@@ -190,24 +190,24 @@ private slots:
         QVERIFY(!properties.icons.isEmpty());
 
         QVERIFY(host.activate(items.first(), 0, 0));
-        MenuBarWindow* panel = nullptr;
-        QTRY_VERIFY_WITH_TIMEOUT((panel = findVisible<MenuBarWindow>()) != nullptr, 10000);
+        TrayPanelWindow* panel = nullptr;
+        QTRY_VERIFY_WITH_TIMEOUT((panel = findVisible<TrayPanelWindow>()) != nullptr, 10000);
         QTRY_VERIFY_WITH_TIMEOUT(exposed(panel), 10000);
         QVERIFY(panel->width() >= 200 && panel->width() <= 282);
         // Not a pop-up, which would hang from whichever window of the program took input last.
         QCOMPARE(panel->windowType(), Qt::Tool);
         QTest::keyClick(panel, Qt::Key_Escape);
-        QTRY_VERIFY_WITH_TIMEOUT(findVisible<MenuBarWindow>() == nullptr, 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(findVisible<TrayPanelWindow>() == nullptr, 10000);
 
         // Asking for the program again opens the panel now that a tray shows the icon.
-        QTest::qWait(MenuBarExtra::reopenGuardMs + 50);
+        QTest::qWait(TrayIcon::reopenGuardMs + 50);
         m_app->reopen();
-        QTRY_VERIFY_WITH_TIMEOUT((panel = findVisible<MenuBarWindow>()) != nullptr, 10000);
+        QTRY_VERIFY_WITH_TIMEOUT((panel = findVisible<TrayPanelWindow>()) != nullptr, 10000);
         QTRY_VERIFY_WITH_TIMEOUT(exposed(panel), 10000);
         // A compositor without a keyboard, as here, gives the panel no focus to lose: a second
         // click on the item closes it.
         QVERIFY(host.activate(items.first(), 0, 0));
-        QTRY_VERIFY_WITH_TIMEOUT(findVisible<MenuBarWindow>() == nullptr, 10000);
+        QTRY_VERIFY_WITH_TIMEOUT(findVisible<TrayPanelWindow>() == nullptr, 10000);
 
         watcher.terminate();
         QVERIFY(watcher.waitForFinished(10000));

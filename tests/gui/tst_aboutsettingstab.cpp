@@ -2,9 +2,9 @@
 #include "core/WebAddresses.h"
 #include "support/Screenshots.h"
 #include "support/ScriptedHttpServer.h"
-#include "views/AboutSettingsTab.h"
-#include "views/Style.h"
-#include "views/SymbolView.h"
+#include "views/settings/AboutSettingsTab.h"
+#include "views/widgets/Style.h"
+#include "views/widgets/SymbolView.h"
 
 #include <QApplication>
 #include <QClipboard>

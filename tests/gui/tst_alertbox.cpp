@@ -1,6 +1,6 @@
 #include "models/UserAlert.h"
 #include "scripting/ChromeYouTubeController.h"
-#include "views/AlertBox.h"
+#include "views/widgets/AlertBox.h"
 
 #include <QAbstractButton>
 #include <QApplication>

@@ -4,9 +4,9 @@
 #include "support/RecordingLoginItem.h"
 #include "support/Screenshots.h"
 #include "support/TempHome.h"
-#include "views/AppsSettingsTab.h"
-#include "views/Style.h"
-#include "views/SymbolButton.h"
+#include "views/settings/AppsSettingsTab.h"
+#include "views/widgets/Style.h"
+#include "views/widgets/SymbolButton.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -26,11 +26,11 @@ QList<MediaApp> apps(std::initializer_list<MediaApp> list) {
     return QList<MediaApp>(list);
 }
 
-const QList<MediaApp> linuxApps{MediaApp::spotify, MediaApp::chromeYouTube, MediaApp::firefox,
+const QList<MediaApp> linuxApps{MediaApp::spotify, MediaApp::chromiumYouTube, MediaApp::firefox,
                                 MediaApp::otherPlayers};
 
 const QList<MediaApp> defaultOrder = apps(
-    {MediaApp::spotify, MediaApp::appleMusic, MediaApp::chromeYouTube, MediaApp::safariYouTube});
+    {MediaApp::spotify, MediaApp::appleMusic, MediaApp::chromiumYouTube, MediaApp::safariYouTube});
 
 // One row as a person reads it, and its controls.
 struct ShownRow {
@@ -131,7 +131,7 @@ private:
     std::unique_ptr<AppSettings> m_settings;
 
     std::unique_ptr<AppSettings> openStore(const QString& path) const {
-        return std::make_unique<AppSettings>(std::make_unique<UserDefaults>(
+        return std::make_unique<AppSettings>(std::make_unique<SettingsStore>(
             std::make_unique<QSettings>(path, QSettings::IniFormat)));
     }
 
@@ -178,12 +178,12 @@ private slots:
         const auto restore =
             qScopeGuard([] { MediaApp::setBrowserNaming(MediaApp::BrowserNaming::bySite); });
         m_settings = std::make_unique<AppSettings>(
-            std::make_unique<UserDefaults>(
+            std::make_unique<SettingsStore>(
                 std::make_unique<QSettings>(m_path, QSettings::IniFormat)),
             linuxApps);
         m_settings->setEnabledApps(
             apps({MediaApp::appleMusic, MediaApp::spotify, MediaApp::safariYouTube,
-                  MediaApp::chromeYouTube, MediaApp::firefox, MediaApp::otherPlayers}));
+                  MediaApp::chromiumYouTube, MediaApp::firefox, MediaApp::otherPlayers}));
         const auto tab = openTab();
         QCOMPARE(rowTexts(*tab),
                  QStringList({"1. Spotify", "2. Chrome", "3. Firefox", "4. Other players"}));
@@ -193,12 +193,12 @@ private slots:
         QCOMPARE(rows[3].symbol, QStringLiteral("music.note.list"));
         click(rows[0].down);
         QCOMPARE(m_settings->enabledApps(),
-                 apps({MediaApp::appleMusic, MediaApp::chromeYouTube, MediaApp::safariYouTube,
+                 apps({MediaApp::appleMusic, MediaApp::chromiumYouTube, MediaApp::safariYouTube,
                        MediaApp::spotify, MediaApp::firefox, MediaApp::otherPlayers}));
         click(shownRows(*tab)[3].enabled);
         QCOMPARE(m_settings->disabledApps(), MediaAppSet{MediaApp::otherPlayers});
         QCOMPARE(m_settings->activeApps(),
-                 apps({MediaApp::chromeYouTube, MediaApp::spotify, MediaApp::firefox}));
+                 apps({MediaApp::chromiumYouTube, MediaApp::spotify, MediaApp::firefox}));
     }
 
     void theDefaultOrderStartsWithSpotifyAndItsEndsAreFaint() {
@@ -236,7 +236,7 @@ private slots:
         QVERIFY(inkContrast(*rows[3].down) < inkContrast(*rows[2].down));
 
         // A click on a disabled arrow changes nothing and writes nothing.
-        QSignalSpy written(&m_settings->defaults(), &UserDefaults::written);
+        QSignalSpy written(&m_settings->defaults(), &SettingsStore::written);
         click(rows[0].up);
         click(rows[3].down);
         QCOMPARE(m_settings->enabledApps(), defaultOrder);
@@ -253,10 +253,10 @@ private slots:
     void movingDownTheFirstRowSavesTheNewOrderAtOnce() {
         m_settings = openStore(m_path);
         const auto tab = openTab();
-        QSignalSpy written(&m_settings->defaults(), &UserDefaults::written);
+        QSignalSpy written(&m_settings->defaults(), &SettingsStore::written);
         click(shownRows(*tab)[0].down);
 
-        const auto moved = apps({MediaApp::appleMusic, MediaApp::spotify, MediaApp::chromeYouTube,
+        const auto moved = apps({MediaApp::appleMusic, MediaApp::spotify, MediaApp::chromiumYouTube,
                                  MediaApp::safariYouTube});
         QCOMPARE(m_settings->enabledApps(), moved);
         QCOMPARE(rowTexts(*tab), QStringList({"1. Apple Music", "2. Spotify", "3. YouTube (Chrome)",
@@ -280,7 +280,7 @@ private slots:
     void switchingOffKeepsThePlaceInTheOrder() {
         m_settings = openStore(m_path);
         const auto tab = openTab();
-        QSignalSpy written(&m_settings->defaults(), &UserDefaults::written);
+        QSignalSpy written(&m_settings->defaults(), &SettingsStore::written);
         ShownRow appleMusic = shownRows(*tab)[1];
         QCOMPARE(appleMusic.text, QStringLiteral("2. Apple Music"));
         click(appleMusic.enabled);
@@ -288,7 +288,7 @@ private slots:
         QCOMPARE(m_settings->disabledApps(), MediaAppSet({MediaApp::appleMusic}));
         QCOMPARE(m_settings->enabledApps(), defaultOrder);
         QCOMPARE(m_settings->activeApps(),
-                 apps({MediaApp::spotify, MediaApp::chromeYouTube, MediaApp::safariYouTube}));
+                 apps({MediaApp::spotify, MediaApp::chromiumYouTube, MediaApp::safariYouTube}));
         QCOMPARE(switches(*tab), QList<bool>({true, false, true, true}));
         QCOMPARE(rowTexts(*tab)[1], QStringLiteral("2. Apple Music"));
         // Only the switched-off set is written, and it is on disk at once.
@@ -300,7 +300,7 @@ private slots:
         appleMusic = shownRows(*tab)[1];
         QVERIFY(appleMusic.up->isEnabled() && appleMusic.down->isEnabled());
         click(appleMusic.down);
-        QCOMPARE(m_settings->enabledApps(), apps({MediaApp::spotify, MediaApp::chromeYouTube,
+        QCOMPARE(m_settings->enabledApps(), apps({MediaApp::spotify, MediaApp::chromiumYouTube,
                                                   MediaApp::appleMusic, MediaApp::safariYouTube}));
         QCOMPARE(switches(*tab), QList<bool>({true, true, false, true}));
 
@@ -322,16 +322,16 @@ private slots:
         click(shownRows(*tab)[1].down);
         QCOMPARE(m_settings->enabledApps(),
                  apps({MediaApp::spotify, MediaApp::appleMusic, MediaApp::spotify,
-                       MediaApp::chromeYouTube, MediaApp::safariYouTube}));
+                       MediaApp::chromiumYouTube, MediaApp::safariYouTube}));
         QCOMPARE(rowTexts(*tab), QStringList({"1. Spotify", "2. Apple Music", "3. Spotify",
                                               "4. YouTube (Chrome)", "5. YouTube (Safari)"}));
         click(shownRows(*tab)[2].down);
         QCOMPARE(m_settings->enabledApps(),
-                 apps({MediaApp::spotify, MediaApp::appleMusic, MediaApp::chromeYouTube,
+                 apps({MediaApp::spotify, MediaApp::appleMusic, MediaApp::chromiumYouTube,
                        MediaApp::spotify, MediaApp::safariYouTube}));
         click(shownRows(*tab)[1].up);
         QCOMPARE(m_settings->enabledApps(),
-                 apps({MediaApp::appleMusic, MediaApp::spotify, MediaApp::chromeYouTube,
+                 apps({MediaApp::appleMusic, MediaApp::spotify, MediaApp::chromiumYouTube,
                        MediaApp::spotify, MediaApp::safariYouTube}));
         QCOMPARE(
             onDisk(AppSettings::Keys::enabledApps),
@@ -368,7 +368,7 @@ private slots:
         m_settings = openStore(m_path);
         const auto tab = openTab();
         const auto other = openStore(m_home->path() + QStringLiteral("/other.conf"));
-        other->setEnabledApps(apps({MediaApp::chromeYouTube, MediaApp::safariYouTube,
+        other->setEnabledApps(apps({MediaApp::chromiumYouTube, MediaApp::safariYouTube,
                                     MediaApp::appleMusic, MediaApp::spotify, MediaApp::spotify}));
         other->setDisabledApps({MediaApp::safariYouTube});
         const auto file = other->exportSettings();
@@ -388,7 +388,7 @@ private slots:
         click(shownRows(*tab)[4].up);
         click(shownRows(*tab)[3].up);
         QCOMPARE(m_settings->enabledApps(),
-                 apps({MediaApp::chromeYouTube, MediaApp::safariYouTube, MediaApp::spotify,
+                 apps({MediaApp::chromiumYouTube, MediaApp::safariYouTube, MediaApp::spotify,
                        MediaApp::appleMusic, MediaApp::spotify}));
     }
 
@@ -448,7 +448,7 @@ private slots:
         for (int step = 0; step < 3; ++step) {
             QTest::keyClick(QApplication::focusWidget(), Qt::Key_Space);
         }
-        QCOMPARE(m_settings->enabledApps(), apps({MediaApp::appleMusic, MediaApp::chromeYouTube,
+        QCOMPARE(m_settings->enabledApps(), apps({MediaApp::appleMusic, MediaApp::chromiumYouTube,
                                                   MediaApp::safariYouTube, MediaApp::spotify}));
         // At the end the down arrow is off; the focus is on the up arrow of the same row.
         QCOMPARE(QApplication::focusWidget(), static_cast<QWidget*>(shownRows(*tab)[3].up));
@@ -473,7 +473,7 @@ private slots:
         if (linuxList) {
             MediaApp::setBrowserNaming(MediaApp::BrowserNaming::byBrowser);
             m_settings = std::make_unique<AppSettings>(
-                std::make_unique<UserDefaults>(
+                std::make_unique<SettingsStore>(
                     std::make_unique<QSettings>(m_path, QSettings::IniFormat)),
                 linuxApps);
             m_settings->setDisabledApps({MediaApp::firefox});

@@ -6,12 +6,12 @@
 #include "support/Screenshots.h"
 #include "support/SettableTray.h"
 #include "support/SettingsFiles.h"
-#include "views/FormSwitch.h"
-#include "views/GeneralSettingsTab.h"
-#include "views/MenuBarExtra.h"
-#include "views/MenuBarView.h"
-#include "views/SegmentedControl.h"
-#include "views/Style.h"
+#include "views/settings/GeneralSettingsTab.h"
+#include "views/tray/TrayIcon.h"
+#include "views/tray/TrayPanelView.h"
+#include "views/widgets/FormSwitch.h"
+#include "views/widgets/SegmentedControl.h"
+#include "views/widgets/Style.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -122,7 +122,7 @@ class TestGeneralSettingsTab : public QObject {
 private:
     std::unique_ptr<ControllerRig> m_rig;
     SettableTray m_tray;
-    std::unique_ptr<MenuBarExtra> m_extra;
+    std::unique_ptr<TrayIcon> m_extra;
     std::unique_ptr<QTemporaryDir> m_files;
     std::unique_ptr<GeneralSettingsTab> m_tab;
     std::shared_ptr<RecordingLoginItem::Record> m_loginCalls;
@@ -235,8 +235,8 @@ private:
 
     // Every setting the file holds away from its default.
     void setKnownState() {
-        settings().setEnabledApps({MediaApp::chromeYouTube, MediaApp::spotify, MediaApp::appleMusic,
-                                   MediaApp::safariYouTube});
+        settings().setEnabledApps({MediaApp::chromiumYouTube, MediaApp::spotify,
+                                   MediaApp::appleMusic, MediaApp::safariYouTube});
         settings().setDisabledApps({MediaApp::safariYouTube, MediaApp::appleMusic});
         settings().setSeekActions({
             fixedAction("a3bb189e-8bf9-3888-9912-ace4e6543002", Direction::forward, 10.0, 124,
@@ -255,9 +255,8 @@ private slots:
     void init() {
         m_rig = std::make_unique<ControllerRig>();
         m_rig->start({});
-        settings().defaults().setBool(MenuBarView::onboardingKey, true);
-        m_extra =
-            std::make_unique<MenuBarExtra>(m_rig->status(), settings(), m_tray, m_rig->desktop());
+        settings().defaults().setBool(TrayPanelView::onboardingKey, true);
+        m_extra = std::make_unique<TrayIcon>(m_rig->status(), settings(), m_tray, m_rig->desktop());
         m_files = std::make_unique<QTemporaryDir>();
         m_loginCalls = std::make_shared<RecordingLoginItem::Record>();
         LaunchAtLogin::setLoginItem(std::make_unique<RecordingLoginItem>(m_loginCalls));
@@ -328,7 +327,7 @@ private slots:
 
     void cancellingTheHideKeepsTheIcon() {
         openTab();
-        QSignalSpy written(&settings().defaults(), &UserDefaults::written);
+        QSignalSpy written(&settings().defaults(), &SettingsStore::written);
         click(toggle("showIconToggle"));
         QMessageBox* box = shownDialog<QMessageBox>(QStringLiteral("hideIconConfirmation"));
         QVERIFY(box != nullptr);
@@ -374,7 +373,7 @@ private slots:
                                     .boolValue(AppSettings::Keys::showMenuBarIcon)
                                     .has_value());
         });
-        QSignalSpy written(&settings().defaults(), &UserDefaults::written);
+        QSignalSpy written(&settings().defaults(), &SettingsStore::written);
         click(hide);
         QCOMPARE(atClick, (QStringList{"toggle 0", "stored 0"}));
         QTRY_COMPARE(settings().defaults().boolValue(AppSettings::Keys::showMenuBarIcon),
@@ -567,7 +566,7 @@ private slots:
         const QByteArray before = *settings().exportSettings();
         const QByteArray onDiskBefore = readFile(confPath());
         openTab();
-        QSignalSpy written(&settings().defaults(), &UserDefaults::written);
+        QSignalSpy written(&settings().defaults(), &SettingsStore::written);
 
         writeFile(filePath("settings.json"), bytes);
         QVERIFY(importThroughTheDialog(filePath("settings.json")));

@@ -1,7 +1,7 @@
 #include "models/KeyTable.h"
 #include "support/Screenshots.h"
-#include "views/HotkeyRecorder.h"
-#include "views/Style.h"
+#include "views/settings/HotkeyRecorder.h"
+#include "views/widgets/Style.h"
 
 #include <QAccessible>
 #include <QApplication>

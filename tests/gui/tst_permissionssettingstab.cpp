@@ -4,11 +4,11 @@
 #include "support/FakeRunningApps.h"
 #include "support/RecordingDesktop.h"
 #include "support/Screenshots.h"
-#include "views/FormSection.h"
-#include "views/PermissionsSettingsTab.h"
-#include "views/Spinner.h"
-#include "views/Style.h"
-#include "views/SymbolView.h"
+#include "views/settings/PermissionsSettingsTab.h"
+#include "views/widgets/FormSection.h"
+#include "views/widgets/Spinner.h"
+#include "views/widgets/Style.h"
+#include "views/widgets/SymbolView.h"
 
 #include <QApplication>
 #include <QLabel>
@@ -308,11 +308,11 @@ private slots:
             qScopeGuard([] { MediaApp::setBrowserNaming(MediaApp::BrowserNaming::bySite); });
         m_players->setProbeStatus(QStringLiteral("automation-firefox"), Status::denied);
         openTab({spotify, QStringLiteral("Firefox")}, true,
-                PermissionItem::forApps({MediaApp::spotify, MediaApp::chromeYouTube,
+                PermissionItem::forApps({MediaApp::spotify, MediaApp::chromiumYouTube,
                                          MediaApp::firefox, MediaApp::otherPlayers},
                                         QStringLiteral("MPRIS over D-Bus")));
         waitForCheck();
-        QCOMPARE(row(QStringLiteral("automation-chromeYouTube"))
+        QCOMPARE(row(QStringLiteral("automation-chromiumYouTube"))
                      ->findChild<QLabel*>(QStringLiteral("rowTitle"))
                      ->text(),
                  QStringLiteral("Chrome"));

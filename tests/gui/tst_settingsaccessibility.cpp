@@ -2,17 +2,17 @@
 #include "core/WebAddresses.h"
 #include "platform/Platform.h"
 #include "settings/AppSettings.h"
-#include "settings/UserDefaults.h"
+#include "settings/SettingsStore.h"
 #include "support/Screenshots.h"
 #include "support/TempHome.h"
-#include "views/AboutSettingsTab.h"
-#include "views/ActionRowContainer.h"
-#include "views/ActionRowHeader.h"
-#include "views/AppsSettingsTab.h"
-#include "views/GeneralSettingsTab.h"
-#include "views/HotkeysSettingsTab.h"
-#include "views/PermissionsSettingsTab.h"
-#include "views/SettingsView.h"
+#include "views/settings/AboutSettingsTab.h"
+#include "views/settings/ActionRowContainer.h"
+#include "views/settings/ActionRowHeader.h"
+#include "views/settings/AppsSettingsTab.h"
+#include "views/settings/GeneralSettingsTab.h"
+#include "views/settings/HotkeysSettingsTab.h"
+#include "views/settings/PermissionsSettingsTab.h"
+#include "views/settings/SettingsView.h"
 
 #include <QAccessible>
 #include <QApplication>
@@ -102,7 +102,7 @@ private slots:
     void init() {
         m_home = std::make_unique<TempHome>();
         m_settings = std::make_unique<AppSettings>(
-            std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+            std::make_unique<SettingsStore>(std::make_unique<QSettings>(
                 m_home->path() + QStringLiteral("/settings.conf"), QSettings::IniFormat)));
         m_desktop = Platform::createDesktopIntegration();
     }

@@ -1,6 +1,6 @@
-#include "settings/UserDefaults.h"
+#include "settings/SettingsStore.h"
 #include "support/TempHome.h"
-#include "views/SettingsView.h"
+#include "views/settings/SettingsView.h"
 
 #include <QLabel>
 #include <QSettings>
@@ -30,7 +30,7 @@ class TestSettingsView : public QObject {
 
 private:
     std::unique_ptr<TempHome> m_home;
-    std::unique_ptr<UserDefaults> m_defaults;
+    std::unique_ptr<SettingsStore> m_defaults;
 
     QString path() const { return m_home->path() + QStringLiteral("/settings.conf"); }
 
@@ -50,7 +50,7 @@ private:
 private slots:
     void init() {
         m_home = std::make_unique<TempHome>();
-        m_defaults = std::make_unique<UserDefaults>(
+        m_defaults = std::make_unique<SettingsStore>(
             std::make_unique<QSettings>(path(), QSettings::IniFormat));
     }
     void cleanup() {

@@ -1,6 +1,6 @@
 #include "app/SettingsWindowController.h"
 #include "platform/Platform.h"
-#include "settings/UserDefaults.h"
+#include "settings/SettingsStore.h"
 #include "support/RecordingDesktop.h"
 #include "support/TempHome.h"
 
@@ -32,7 +32,7 @@ class TestSettingsWindow : public QObject {
 
 private:
     std::unique_ptr<TempHome> m_home;
-    std::unique_ptr<UserDefaults> m_defaults;
+    std::unique_ptr<SettingsStore> m_defaults;
     std::unique_ptr<RecordingDesktop> m_desktop;
     std::unique_ptr<SettingsWindowController> m_controller;
     int m_made = 0;
@@ -40,7 +40,7 @@ private:
 private slots:
     void init() {
         m_home = std::make_unique<TempHome>();
-        m_defaults = std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+        m_defaults = std::make_unique<SettingsStore>(std::make_unique<QSettings>(
             m_home->path() + QStringLiteral("/settings.conf"), QSettings::IniFormat));
         m_desktop =
             std::make_unique<RecordingDesktop>(Platform::createDesktopIntegration()->texts());
@@ -74,9 +74,9 @@ private slots:
                                << "Scrubline Settings" << true;
         QTest::newRow("title in mixed case") << "window"
                                              << "sEtTiNgS" << true;
-        QTest::newRow("overlay") << "hudPanel"
+        QTest::newRow("overlay") << "overlayPanel"
                                  << "Scrubline Overlay" << false;
-        QTest::newRow("panel") << "menuBarWindow"
+        QTest::newRow("panel") << "trayPanelWindow"
                                << "" << false;
         QTest::newRow("nothing") << ""
                                  << "" << false;
@@ -155,7 +155,7 @@ private slots:
 
     void otherWindowsChangeNothing() {
         QLabel overlay(QStringLiteral("overlay"));
-        overlay.setObjectName(QStringLiteral("hudPanel"));
+        overlay.setObjectName(QStringLiteral("overlayPanel"));
         overlay.setWindowTitle(QStringLiteral("Scrubline Overlay"));
         overlay.show();
         overlay.activateWindow();

@@ -1,8 +1,8 @@
 #include "models/MediaApp.h"
 #include "models/SeekAction.h"
 #include "support/Screenshots.h"
-#include "views/SkipSymbols.h"
-#include "views/Symbols.h"
+#include "views/widgets/SkipSymbols.h"
+#include "views/widgets/Symbols.h"
 
 #include <QApplication>
 #include <QDirIterator>

@@ -1,7 +1,7 @@
 #include "ControllerRig.h"
 
 #include "platform/Platform.h"
-#include "settings/UserDefaults.h"
+#include "settings/SettingsStore.h"
 
 #include <QEventLoop>
 #include <QSettings>
@@ -21,7 +21,7 @@ ControllerRig::ControllerRig()
 
 ControllerRig::ControllerRig(QList<MediaApp> offeredApps)
     : m_settings(std::make_unique<AppSettings>(
-          std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+          std::make_unique<SettingsStore>(std::make_unique<QSettings>(
               m_home.path() + QStringLiteral("/settings.conf"), QSettings::IniFormat)),
           std::move(offeredApps)))
     , m_players(std::make_shared<FakePlayers>())

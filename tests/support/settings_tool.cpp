@@ -15,7 +15,7 @@
 namespace {
 
 std::unique_ptr<AppSettings> openStore(const QString& path) {
-    return std::make_unique<AppSettings>(std::make_unique<UserDefaults>(openIniSettings(path)));
+    return std::make_unique<AppSettings>(std::make_unique<SettingsStore>(openIniSettings(path)));
 }
 
 void say(const QByteArray& line) {

@@ -33,7 +33,7 @@ private:
     QString settingsPath() const { return m_path; }
 
     std::unique_ptr<AppSettings> openStore() const {
-        return std::make_unique<AppSettings>(std::make_unique<UserDefaults>(
+        return std::make_unique<AppSettings>(std::make_unique<SettingsStore>(
             std::make_unique<QSettings>(m_path, QSettings::IniFormat)));
     }
 
@@ -62,8 +62,8 @@ private slots:
 
     void firstLaunchUsesDefaultsAndWritesNothing() {
         auto settings = openStore();
-        const auto allFour = apps({MediaApp::spotify, MediaApp::appleMusic, MediaApp::chromeYouTube,
-                                   MediaApp::safariYouTube});
+        const auto allFour = apps({MediaApp::spotify, MediaApp::appleMusic,
+                                   MediaApp::chromiumYouTube, MediaApp::safariYouTube});
         QCOMPARE(settings->enabledApps(), allFour);
         QVERIFY(settings->disabledApps().empty());
         QCOMPARE(settings->activeApps(), allFour);
@@ -87,7 +87,7 @@ private slots:
         store(AppSettings::Keys::enabledApps, QByteArray(R"(["safariYouTube","spotify"])"));
         auto settings = openStore();
         QCOMPARE(settings->enabledApps(), apps({MediaApp::safariYouTube, MediaApp::spotify,
-                                                MediaApp::appleMusic, MediaApp::chromeYouTube}));
+                                                MediaApp::appleMusic, MediaApp::chromiumYouTube}));
         QCOMPARE(stored(AppSettings::Keys::enabledApps).toByteArray(),
                  QByteArray(R"(["safariYouTube","spotify","appleMusic","chromeYouTube"])"));
     }
@@ -97,7 +97,7 @@ private slots:
         auto settings = openStore();
         QCOMPARE(settings->enabledApps(),
                  apps({MediaApp::spotify, MediaApp::spotify, MediaApp::appleMusic,
-                       MediaApp::chromeYouTube, MediaApp::safariYouTube}));
+                       MediaApp::chromiumYouTube, MediaApp::safariYouTube}));
     }
 
     void storedDisabledAppsAreLoadedAndWrittenBack() {
@@ -188,7 +188,7 @@ private slots:
 
     void burstOfEditsSavesOnceAfterTheLast() {
         auto settings = openStore();
-        QSignalSpy writes(&settings->defaults(), &UserDefaults::written);
+        QSignalSpy writes(&settings->defaults(), &SettingsStore::written);
         int calls = 0;
         settings->setOnSeekActionsChanged([&calls] { ++calls; });
         const auto seekWrites = [&writes] {
@@ -231,7 +231,7 @@ private slots:
     // and only once; the hotkeys are not called back, as they are going.
     void aPendingSaveIsWrittenAtTheEnd() {
         auto settings = openStore();
-        QSignalSpy writes(&settings->defaults(), &UserDefaults::written);
+        QSignalSpy writes(&settings->defaults(), &SettingsStore::written);
         int calls = 0;
         settings->setOnSeekActionsChanged([&calls] { ++calls; });
         settings->savePendingChanges();
@@ -249,7 +249,7 @@ private slots:
 
     void appsAreSavedAtOnce() {
         auto settings = openStore();
-        settings->setEnabledApps(apps({MediaApp::chromeYouTube, MediaApp::spotify}));
+        settings->setEnabledApps(apps({MediaApp::chromiumYouTube, MediaApp::spotify}));
         QCOMPARE(stored(AppSettings::Keys::enabledApps).toByteArray(),
                  QByteArray(R"(["chromeYouTube","spotify"])"));
         settings->setDisabledApps({MediaApp::appleMusic});
@@ -280,8 +280,9 @@ private slots:
         settings->resetToDefaults();
         QCOMPARE(calls, 1);
         QCOMPARE(settings->enabledApps().size(), 4);
-        QCOMPARE(settings->enabledApps(), apps({MediaApp::spotify, MediaApp::appleMusic,
-                                                MediaApp::chromeYouTube, MediaApp::safariYouTube}));
+        QCOMPARE(settings->enabledApps(),
+                 apps({MediaApp::spotify, MediaApp::appleMusic, MediaApp::chromiumYouTube,
+                       MediaApp::safariYouTube}));
         QVERIFY(settings->disabledApps().empty());
         QCOMPARE(settings->seekActions(), SeekAction::defaults());
         QCOMPARE(settings->launchAtLogin(), false);
@@ -303,7 +304,7 @@ private slots:
         auto settings = openStore();
         settings->setDisabledApps({MediaApp::appleMusic});
         QCOMPARE(settings->activeApps(),
-                 apps({MediaApp::spotify, MediaApp::chromeYouTube, MediaApp::safariYouTube}));
+                 apps({MediaApp::spotify, MediaApp::chromiumYouTube, MediaApp::safariYouTube}));
         QCOMPARE(settings->enabledApps().indexOf(MediaApp::appleMusic), 1);
         settings->setDisabledApps({});
         QCOMPARE(settings->activeApps(), settings->enabledApps());
@@ -354,14 +355,14 @@ private slots:
                                         SeekAction(SeekAction::Direction::playPause, 1, 49, 0)};
         {
             auto settings = openStore();
-            settings->setEnabledApps(apps({MediaApp::chromeYouTube, MediaApp::spotify,
+            settings->setEnabledApps(apps({MediaApp::chromiumYouTube, MediaApp::spotify,
                                            MediaApp::safariYouTube, MediaApp::appleMusic}));
             settings->setDisabledApps({MediaApp::safariYouTube});
             settings->setSeekActions(actions);
             QTest::qWait(AppSettings::saveDebounceMs + 100);
         }
         auto settings = openStore();
-        QCOMPARE(settings->enabledApps(), apps({MediaApp::chromeYouTube, MediaApp::spotify,
+        QCOMPARE(settings->enabledApps(), apps({MediaApp::chromiumYouTube, MediaApp::spotify,
                                                 MediaApp::safariYouTube, MediaApp::appleMusic}));
         QCOMPARE(settings->disabledApps(), MediaAppSet{MediaApp::safariYouTube});
         QCOMPARE(settings->seekActions(), actions);
@@ -408,7 +409,7 @@ private slots:
         QCOMPARE(idsOf(*openStore()), ids);
         // Imported into another copy, with another list, the ids come along.
         TempHome other;
-        AppSettings elsewhere(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+        AppSettings elsewhere(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
             other.configPath() + QStringLiteral("/Scrubline/Scrubline.conf"),
             QSettings::IniFormat)));
         elsewhere.setSeekActions({SeekAction(SeekAction::Direction::forward, 5, 124, 256)});

@@ -88,7 +88,7 @@ private slots:
         QVERIFY(apps.has_value());
         QCOMPARE(apps->size(), 4);
 
-        AppSettings reopened(std::make_unique<UserDefaults>(openIniSettings(m_path)));
+        AppSettings reopened(std::make_unique<SettingsStore>(openIniSettings(m_path)));
         QCOMPARE(reopened.enabledApps(), *apps);
     }
 

@@ -151,7 +151,7 @@ private slots:
         QVERIFY(blocker.open(QIODevice::WriteOnly));
         blocker.close();
 
-        AppSettings settings(std::make_unique<UserDefaults>(std::make_unique<QSettings>(
+        AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
             m_home->configPath() + QStringLiteral("/Scrubline/Scrubline.conf"),
             QSettings::IniFormat)));
         LogCapture log;

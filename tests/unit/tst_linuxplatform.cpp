@@ -1,6 +1,6 @@
 #include "platform/Platform.h"
 #include "settings/AppSettings.h"
-#include "settings/UserDefaults.h"
+#include "settings/SettingsStore.h"
 #include "support/TempHome.h"
 
 #include <QDir>
@@ -14,15 +14,15 @@ class TestLinuxPlatform : public QObject {
 private slots:
     void defaultsLiveInTheXdgConfigFolder() {
         TempHome home;
-        QCOMPARE(Platform::openUserDefaults()->fileName(),
+        QCOMPARE(Platform::openSettingsStore()->fileName(),
                  home.configPath() + QStringLiteral("/Scrubline/Scrubline.conf"));
-        QCOMPARE(Platform::openUserDefaults()->format(), QSettings::IniFormat);
+        QCOMPARE(Platform::openSettingsStore()->format(), QSettings::IniFormat);
         const QString custom = home.path() + QStringLiteral("/elsewhere");
         qputenv("XDG_CONFIG_HOME", custom.toLocal8Bit());
-        QCOMPARE(Platform::openUserDefaults()->fileName(),
+        QCOMPARE(Platform::openSettingsStore()->fileName(),
                  custom + QStringLiteral("/Scrubline/Scrubline.conf"));
         qunsetenv("XDG_CONFIG_HOME");
-        QCOMPARE(Platform::openUserDefaults()->fileName(),
+        QCOMPARE(Platform::openSettingsStore()->fileName(),
                  home.path() + QStringLiteral("/.config/Scrubline/Scrubline.conf"));
     }
 
@@ -30,7 +30,7 @@ private slots:
     void theStandardStoreWritesTheStandardFile() {
         TempHome home;
         const QString file = home.configPath() + QStringLiteral("/Scrubline/Scrubline.conf");
-        AppSettings settings(std::make_unique<UserDefaults>(Platform::openUserDefaults()));
+        AppSettings settings(std::make_unique<SettingsStore>(Platform::openSettingsStore()));
         QVERIFY(!QFile::exists(file));
         settings.setEnabledApps({MediaApp::appleMusic});
         QVERIFY(QFile::exists(file));

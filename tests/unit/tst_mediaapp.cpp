@@ -53,7 +53,7 @@ private slots:
         QCOMPARE(all.size(), size_t{4});
         QCOMPARE(all[0], MediaApp(MediaApp::spotify));
         QCOMPARE(all[1], MediaApp(MediaApp::appleMusic));
-        QCOMPARE(all[2], MediaApp(MediaApp::chromeYouTube));
+        QCOMPARE(all[2], MediaApp(MediaApp::chromiumYouTube));
         QCOMPARE(all[3], MediaApp(MediaApp::safariYouTube));
     }
 
@@ -73,7 +73,7 @@ private slots:
                                     << "Apple Music"
                                     << "Music"
                                     << "music.quarternote.3" << TintColor::pink;
-        QTest::newRow("chromeYouTube") << MediaApp::chromeYouTube << "chromeYouTube"
+        QTest::newRow("chromeYouTube") << MediaApp::chromiumYouTube << "chromeYouTube"
                                        << "YouTube (Chrome)"
                                        << "Google Chrome"
                                        << "play.rectangle" << TintColor::red;
@@ -116,18 +116,19 @@ private slots:
         const auto restore =
             qScopeGuard([] { MediaApp::setBrowserNaming(MediaApp::BrowserNaming::bySite); });
         MediaApp::setBrowserNaming(MediaApp::BrowserNaming::byBrowser);
-        QCOMPARE(MediaApp(MediaApp::chromeYouTube).displayName(), QStringLiteral("Chrome"));
+        QCOMPARE(MediaApp(MediaApp::chromiumYouTube).displayName(), QStringLiteral("Chrome"));
         QCOMPARE(MediaApp(MediaApp::safariYouTube).displayName(), QStringLiteral("Safari"));
         QCOMPARE(MediaApp(MediaApp::spotify).displayName(), QStringLiteral("Spotify"));
         QCOMPARE(MediaApp(MediaApp::appleMusic).displayName(), QStringLiteral("Apple Music"));
         QCOMPARE(MediaApp(MediaApp::firefox).displayName(), QStringLiteral("Firefox"));
         QCOMPARE(MediaApp(MediaApp::otherPlayers).displayName(), QStringLiteral("Other players"));
-        QCOMPARE(MediaApp(MediaApp::chromeYouTube).rawValue(), QStringLiteral("chromeYouTube"));
-        QCOMPARE(MediaApp(MediaApp::chromeYouTube).processName(), QStringLiteral("Google Chrome"));
+        QCOMPARE(MediaApp(MediaApp::chromiumYouTube).rawValue(), QStringLiteral("chromeYouTube"));
+        QCOMPARE(MediaApp(MediaApp::chromiumYouTube).processName(),
+                 QStringLiteral("Google Chrome"));
         QCOMPARE(MediaApp::fromRawValue(u"chromeYouTube"),
-                 std::optional<MediaApp>(MediaApp::chromeYouTube));
+                 std::optional<MediaApp>(MediaApp::chromiumYouTube));
         MediaApp::setBrowserNaming(MediaApp::BrowserNaming::bySite);
-        QCOMPARE(MediaApp(MediaApp::chromeYouTube).displayName(),
+        QCOMPARE(MediaApp(MediaApp::chromiumYouTube).displayName(),
                  QStringLiteral("YouTube (Chrome)"));
     }
 
@@ -137,7 +138,7 @@ private slots:
 
         QTest::newRow("spotify") << "spotify" << MediaApp::spotify;
         QTest::newRow("appleMusic") << "appleMusic" << MediaApp::appleMusic;
-        QTest::newRow("chromeYouTube") << "chromeYouTube" << MediaApp::chromeYouTube;
+        QTest::newRow("chromeYouTube") << "chromeYouTube" << MediaApp::chromiumYouTube;
         QTest::newRow("safariYouTube") << "safariYouTube" << MediaApp::safariYouTube;
         QTest::newRow("firefox") << "firefox" << MediaApp::firefox;
         QTest::newRow("otherPlayers") << "otherPlayers" << MediaApp::otherPlayers;

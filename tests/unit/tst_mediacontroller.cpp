@@ -109,7 +109,7 @@ private slots:
     }
 
     void thePriorityOrderIsTheUsers() {
-        m_rig->settings().setEnabledApps({MediaApp::chromeYouTube, MediaApp::appleMusic,
+        m_rig->settings().setEnabledApps({MediaApp::chromiumYouTube, MediaApp::appleMusic,
                                           MediaApp::spotify, MediaApp::safariYouTube});
         start({QStringLiteral("Spotify"), QStringLiteral("Music"), QStringLiteral("Google Chrome"),
                QStringLiteral("Safari")});
@@ -159,7 +159,7 @@ private slots:
     void chromeWithJavaScriptOff() {
         start({QStringLiteral("Spotify"), QStringLiteral("Google Chrome")});
         m_rig->players().setSeekAnswer(
-            MediaApp::chromeYouTube,
+            MediaApp::chromiumYouTube,
             {SeekResult::error, ChromeYouTubeController::jsPermissionAlert()});
         // Handed on where the views live, never from the seek thread.
         int offGuiThread = 0;
@@ -182,7 +182,7 @@ private slots:
 
     void aFailureWithoutRefusalShowsNoAlert() {
         start({QStringLiteral("Google Chrome")});
-        m_rig->players().setSeekAnswer(MediaApp::chromeYouTube, {SeekResult::error});
+        m_rig->players().setSeekAnswer(MediaApp::chromiumYouTube, {SeekResult::error});
         seek({10});
         // The request is served only after its alerts were handed on.
         QCOMPARE(m_rig->alerts().size(), 0);

@@ -162,10 +162,10 @@ private slots:
         QFETCH(QString, text);
         QFETCH(QString, title);
         QFETCH(QString, artist);
-        const NowPlaying nowPlaying = NowPlaying::fromText(MediaApp::chromeYouTube, text);
+        const NowPlaying nowPlaying = NowPlaying::fromText(MediaApp::chromiumYouTube, text);
         QCOMPARE(nowPlaying.title, title);
         QCOMPARE(nowPlaying.artist, artist);
-        QCOMPARE(nowPlaying.app, MediaApp(MediaApp::chromeYouTube));
+        QCOMPARE(nowPlaying.app, MediaApp(MediaApp::chromiumYouTube));
     }
 
     void theFirstPlayingAppInOrderIsShown() {

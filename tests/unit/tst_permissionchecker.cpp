@@ -72,9 +72,9 @@ private slots:
         QCOMPARE(items[2],
                  (PermissionItem{"automation-chrome", "Automation", "Google Chrome",
                                  "Google Chrome", "globe", PermissionItem::Kind::automation}));
-        QCOMPARE(items[3],
-                 (PermissionItem{"chrome-js", "JavaScript from Apple Events", "Google Chrome",
-                                 "Google Chrome", "curlybraces", PermissionItem::Kind::chromeJS}));
+        QCOMPARE(items[3], (PermissionItem{"chrome-js", "JavaScript from Apple Events",
+                                           "Google Chrome", "Google Chrome", "curlybraces",
+                                           PermissionItem::Kind::browserJavaScript}));
         QCOMPARE(items[4], (PermissionItem{"automation-safari", "Automation", "Safari", "Safari",
                                            "safari", PermissionItem::Kind::automation}));
     }

@@ -114,7 +114,7 @@ private slots:
         std::optional<UserAlert> alert = UserAlert{};
         checkRow(ChromeYouTubeController::scriptSource(30), [&alert] {
             const PlayerControl::SeekAnswer answer =
-                ScriptedPlayerControl().seekIfPlaying(MediaApp::chromeYouTube, 30, 3.0);
+                ScriptedPlayerControl().seekIfPlaying(MediaApp::chromiumYouTube, 30, 3.0);
             alert = answer.alert;
             return answer.result;
         });
@@ -184,7 +184,7 @@ private slots:
         m_engine->answer(ScriptedEngine::error(-1728, QStringLiteral("Can't get JavaScript.")));
         ScriptedPlayerControl players;
         for (int press = 0; press < 3; ++press) {
-            QCOMPARE(players.seekIfPlaying(MediaApp::chromeYouTube, 10, 3.0),
+            QCOMPARE(players.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0),
                      (PlayerControl::SeekAnswer{SeekResult::error,
                                                 ChromeYouTubeController::jsPermissionAlert()}));
         }
@@ -221,11 +221,11 @@ private slots:
             ScriptedEngine::noText(), SeekResult::seeked);
         add("spotify denied", MediaApp::spotify, SpotifyController::playPauseScript(),
             ScriptedEngine::error(-1743, std::nullopt), SeekResult::permissionDenied);
-        add("chrome done", MediaApp::chromeYouTube, ChromeYouTubeController::playPauseScript(),
+        add("chrome done", MediaApp::chromiumYouTube, ChromeYouTubeController::playPauseScript(),
             ScriptedEngine::text("true"), SeekResult::seeked);
-        add("chrome no tab", MediaApp::chromeYouTube, ChromeYouTubeController::playPauseScript(),
+        add("chrome no tab", MediaApp::chromiumYouTube, ChromeYouTubeController::playPauseScript(),
             ScriptedEngine::text("false"), SeekResult::notPlaying);
-        add("chrome error", MediaApp::chromeYouTube, ChromeYouTubeController::playPauseScript(),
+        add("chrome error", MediaApp::chromiumYouTube, ChromeYouTubeController::playPauseScript(),
             ScriptedEngine::text("error"), SeekResult::notPlaying);
         add("safari done", MediaApp::safariYouTube, SafariYouTubeController::toggleScript(),
             ScriptedEngine::text("true"), SeekResult::seeked);
@@ -269,7 +269,7 @@ private slots:
             players.nowPlaying(MediaApp::spotify, 2.0),
             std::optional(PlayerControl::NowPlayingAnswer{QStringLiteral("Intro - Live - Band")}));
         QCOMPARE(players.nowPlaying(MediaApp::appleMusic, 2.0), std::nullopt);
-        QCOMPARE(players.nowPlaying(MediaApp::chromeYouTube, 2.0), std::nullopt);
+        QCOMPARE(players.nowPlaying(MediaApp::chromiumYouTube, 2.0), std::nullopt);
         QCOMPARE(players.nowPlaying(MediaApp::safariYouTube, 2.0), std::nullopt);
         QCOMPARE(
             m_engine->ranSources(),
@@ -344,9 +344,9 @@ private slots:
         QFETCH(ScriptEngine::Reply, reply);
         QFETCH(PermissionStatus, status);
         m_engine->answer(reply);
-        const PermissionItem chromeJS = PermissionItem::all().at(3);
-        QCOMPARE(chromeJS.kind, PermissionItem::Kind::chromeJS);
-        QCOMPARE(ScriptedPlayerControl().probe(chromeJS, 3.0), status);
+        const PermissionItem browserJavaScript = PermissionItem::all().at(3);
+        QCOMPARE(browserJavaScript.kind, PermissionItem::Kind::browserJavaScript);
+        QCOMPARE(ScriptedPlayerControl().probe(browserJavaScript, 3.0), status);
         QCOMPARE(m_engine->ranSources(), QStringList{PermissionProbes::chromeJavaScriptProbe()});
     }
 

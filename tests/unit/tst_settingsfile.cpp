@@ -43,13 +43,13 @@ private:
     QString m_path;
 
     std::unique_ptr<AppSettings> openStore() const {
-        return std::make_unique<AppSettings>(std::make_unique<UserDefaults>(
+        return std::make_unique<AppSettings>(std::make_unique<SettingsStore>(
             std::make_unique<QSettings>(m_path, QSettings::IniFormat)));
     }
 
     // A state with every field away from its default.
     void setKnownState(AppSettings& settings) const {
-        settings.setEnabledApps({MediaApp::chromeYouTube, MediaApp::spotify, MediaApp::appleMusic,
+        settings.setEnabledApps({MediaApp::chromiumYouTube, MediaApp::spotify, MediaApp::appleMusic,
                                  MediaApp::safariYouTube});
         settings.setDisabledApps({MediaApp::safariYouTube, MediaApp::appleMusic});
         settings.setSeekActions({
@@ -136,7 +136,7 @@ private slots:
         QCOMPARE(calls, 1);
         QCOMPARE(settings->enabledApps(),
                  (QList<MediaApp>{MediaApp::safariYouTube, MediaApp::spotify, MediaApp::appleMusic,
-                                  MediaApp::chromeYouTube}));
+                                  MediaApp::chromiumYouTube}));
         QCOMPARE(settings->disabledApps(), MediaAppSet{MediaApp::spotify});
         QCOMPARE(settings->seekActions().size(), 1);
         QCOMPARE(settings->seekActions().first().seconds, 15.0);
@@ -241,53 +241,54 @@ private slots:
         }
         auto restarted = openStore();
         QCOMPARE(restarted->enabledApps(),
-                 (QList<MediaApp>{MediaApp::spotify, MediaApp::appleMusic, MediaApp::chromeYouTube,
-                                  MediaApp::safariYouTube}));
+                 (QList<MediaApp>{MediaApp::spotify, MediaApp::appleMusic,
+                                  MediaApp::chromiumYouTube, MediaApp::safariYouTube}));
     }
 
     // A file written on a Mac names Apple Music and Safari, which no Linux player stands for.
     // It imports on Linux as it is, shows and tries only the apps Linux offers, and exports and
     // imports again unchanged.
     void aMacFileImportsWhereItsAppsAreNotOfferedAndGoesBackUnchanged() {
-        const QList<MediaApp> linuxApps{MediaApp::spotify, MediaApp::chromeYouTube,
+        const QList<MediaApp> linuxApps{MediaApp::spotify, MediaApp::chromiumYouTube,
                                         MediaApp::firefox, MediaApp::otherPlayers};
         const QByteArray macFile =
             readFile(QStringLiteral(SCRUBLINE_TEST_DATA_DIR "/settings-export.json"));
         QVERIFY(macFile.contains("\"appleMusic\"") && macFile.contains("\"safariYouTube\""));
         QByteArray exported;
         {
-            AppSettings settings(std::make_unique<UserDefaults>(
+            AppSettings settings(std::make_unique<SettingsStore>(
                                      std::make_unique<QSettings>(m_path, QSettings::IniFormat)),
                                  linuxApps);
             QCOMPARE(settings.enabledApps(), linuxApps);
             QVERIFY(settings.importSettings(macFile));
             QCOMPARE(settings.enabledApps(),
-                     (QList<MediaApp>{MediaApp::chromeYouTube, MediaApp::spotify,
+                     (QList<MediaApp>{MediaApp::chromiumYouTube, MediaApp::spotify,
                                       MediaApp::appleMusic, MediaApp::safariYouTube}));
             QCOMPARE(settings.activeApps(),
-                     (QList<MediaApp>{MediaApp::chromeYouTube, MediaApp::spotify}));
+                     (QList<MediaApp>{MediaApp::chromiumYouTube, MediaApp::spotify}));
             exported = *settings.exportSettings();
             QCOMPARE(exported, macFile);
             QVERIFY(settings.importSettings(exported));
             QCOMPARE(*settings.exportSettings(), macFile);
         }
         // At the next start the apps Linux offers that the file left out are appended.
-        AppSettings restarted(std::make_unique<UserDefaults>(
+        AppSettings restarted(std::make_unique<SettingsStore>(
                                   std::make_unique<QSettings>(m_path, QSettings::IniFormat)),
                               linuxApps);
         QCOMPARE(
             restarted.enabledApps(),
-            (QList<MediaApp>{MediaApp::chromeYouTube, MediaApp::spotify, MediaApp::appleMusic,
+            (QList<MediaApp>{MediaApp::chromiumYouTube, MediaApp::spotify, MediaApp::appleMusic,
                              MediaApp::safariYouTube, MediaApp::firefox, MediaApp::otherPlayers}));
         QCOMPARE(restarted.activeApps(),
-                 (QList<MediaApp>{MediaApp::chromeYouTube, MediaApp::spotify, MediaApp::firefox,
+                 (QList<MediaApp>{MediaApp::chromiumYouTube, MediaApp::spotify, MediaApp::firefox,
                                   MediaApp::otherPlayers}));
         // Back on a Mac, the file read from there is taken with the Linux apps it now names.
         const QByteArray fromLinux = *restarted.exportSettings();
         auto mac = openStore();
         QVERIFY(mac->importSettings(fromLinux));
         QCOMPARE(mac->enabledApps(), restarted.enabledApps());
-        QCOMPARE(mac->activeApps(), (QList<MediaApp>{MediaApp::chromeYouTube, MediaApp::spotify}));
+        QCOMPARE(mac->activeApps(),
+                 (QList<MediaApp>{MediaApp::chromiumYouTube, MediaApp::spotify}));
         QCOMPARE(*mac->exportSettings(), fromLinux);
     }
 

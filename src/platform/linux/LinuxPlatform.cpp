@@ -33,7 +33,7 @@ MprisPlayerRegistry& sessionPlayers() {
 
 namespace Platform {
 
-std::unique_ptr<QSettings> openUserDefaults() {
+std::unique_ptr<QSettings> openSettingsStore() {
     const QString path = QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) +
                          QStringLiteral("/Scrubline/Scrubline.conf");
     return openIniSettings(path);
@@ -55,7 +55,8 @@ std::unique_ptr<LoginItem> createLoginItem() {
 
 QList<MediaApp> mediaApps() {
     // Apple Music and Safari do not run here; every MPRIS player stands for one of these.
-    return {MediaApp::spotify, MediaApp::chromeYouTube, MediaApp::firefox, MediaApp::otherPlayers};
+    return {MediaApp::spotify, MediaApp::chromiumYouTube, MediaApp::firefox,
+            MediaApp::otherPlayers};
 }
 
 MediaApp::BrowserNaming browserNaming() {

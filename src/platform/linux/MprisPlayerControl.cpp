@@ -210,7 +210,7 @@ PermissionStatus MprisPlayerControl::probe(const PermissionItem& item, double ti
         return MprisClient::readState(m_registry.bus(), players.constFirst(), milliseconds(timeout))
                    ? PermissionStatus::granted
                    : PermissionStatus::denied;
-    case PermissionItem::Kind::chromeJS:
+    case PermissionItem::Kind::browserJavaScript:
         return PermissionStatus::granted;
     case PermissionItem::Kind::accessibility:
         break;

@@ -101,7 +101,7 @@ std::optional<MediaApp> MprisPlayerRegistry::classify(const QString& busName,
     }
     if (hasChromiumName(player) &&
         chromeExecutables.contains(QFileInfo(ownerExecutable).fileName())) {
-        return MediaApp::chromeYouTube;
+        return MediaApp::chromiumYouTube;
     }
     return MediaApp::otherPlayers;
 }
@@ -302,8 +302,8 @@ void MprisPlayerRegistry::sentPosition(const QString& busName, qint64 positionUs
 MprisClient::Stepping MprisPlayerRegistry::steppingOf(const QString& busName) const {
     QMutexLocker lock(&m_mutex);
     const auto found = m_players.constFind(busName);
-    const bool browser = found != m_players.cend() &&
-                         (found->app == MediaApp::chromeYouTube || found->app == MediaApp::firefox);
+    const bool browser = found != m_players.cend() && (found->app == MediaApp::chromiumYouTube ||
+                                                       found->app == MediaApp::firefox);
     return browser ? MprisClient::Stepping::toPosition : MprisClient::Stepping::relative;
 }
 

@@ -13,7 +13,7 @@
 
 namespace Platform {
 
-std::unique_ptr<QSettings> openUserDefaults() {
+std::unique_ptr<QSettings> openSettingsStore() {
     // The organisation domain and application name make the defaults domain com.scrubline.app.
     return std::make_unique<QSettings>(QSettings::NativeFormat, QSettings::UserScope,
                                        QStringLiteral("scrubline.com"), QStringLiteral("app"));
