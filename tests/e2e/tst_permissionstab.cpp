@@ -119,7 +119,7 @@ private slots:
             names << row->findChild<QLabel*>(QStringLiteral("rowTitle"))->text();
         }
         QCOMPARE(rows, (QStringList{QStringLiteral("automation-spotify"),
-                                    QStringLiteral("automation-chromiumYouTube"),
+                                    QStringLiteral("automation-chromeYouTube"),
                                     QStringLiteral("automation-firefox"),
                                     QStringLiteral("automation-otherPlayers")}));
         // The Chrome app is every Chromium-based browser, whatever page plays.

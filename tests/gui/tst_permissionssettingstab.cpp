@@ -312,7 +312,7 @@ private slots:
                                          MediaApp::firefox, MediaApp::otherPlayers},
                                         QStringLiteral("MPRIS over D-Bus")));
         waitForCheck();
-        QCOMPARE(row(QStringLiteral("automation-chromiumYouTube"))
+        QCOMPARE(row(QStringLiteral("automation-chromeYouTube"))
                      ->findChild<QLabel*>(QStringLiteral("rowTitle"))
                      ->text(),
                  QStringLiteral("Chrome"));
