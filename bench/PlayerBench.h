@@ -15,7 +15,7 @@ namespace PlayerBench {
 
 // Back to the middle of the track, where steps of 10 s either way stay clear of both ends.
 inline void recentre(const QString& service) {
-    const QDBusConnection bus = QDBusConnection::sessionBus();
+    const PlayerBus bus = PlayerBus::session();
     const auto state = MprisClient::readState(bus, service, 3000);
     if (!state || !state->positionUs || !state->lengthUs) {
         std::fprintf(stderr, "bench: cannot read %s\n", qPrintable(service));

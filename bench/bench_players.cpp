@@ -116,7 +116,7 @@ Figures playerctl(const QString& service, int count) {
 // Measures one player that is playing now, alone of its app on the bus, against the targets:
 // at most `roundTrips` calls per trial, and at least ten times faster than playerctl.
 void measure(const char* kind, const QString& service, MediaApp app, int roundTrips) {
-    MprisPlayerRegistry registry(bus());
+    MprisPlayerRegistry registry(PlayerBus::session());
     MprisPlayerControl control(registry);
     QTest::qWait(500);
     const QString unique = bus().interface()->serviceOwner(service).value();

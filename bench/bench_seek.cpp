@@ -90,7 +90,7 @@ Figures qtRoundTrips(const QString& service, int count) {
 // straight through libdbus, as MprisClient reads it.
 Figures directReads(const QString& service, int count) {
     return paced(count, [&service](int) {
-        if (!MprisClient::readState(QDBusConnection::sessionBus(), service, 3000)) {
+        if (!MprisClient::readState(PlayerBus::session(), service, 3000)) {
             std::fprintf(stderr, "read failed\n");
         }
     });
@@ -132,8 +132,8 @@ Figures trials(MediaController& controller, const MprisPlayerRegistry& registry,
                const QString& player, int count, int* quick) {
     return paced(count, [&](int i) {
         // A browser is moved to a position, a native player by a step: either way, no read.
-        if (registry.canSeekRelatively(player, stepUs(i)) ||
-            registry.targetWithoutRead(player, stepUs(i))) {
+        if (registry.states().canSeekRelatively(player, stepUs(i)) ||
+            registry.states().targetWithoutRead(player, stepUs(i))) {
             ++*quick;
         }
         QEventLoop loop;
@@ -171,13 +171,13 @@ Figures controlCalls(PlayerControl& control, int count) {
 // they do for a user in the middle of something. Each round starts there, so the video, which
 // plays on meanwhile, never reaches its end.
 void recentre(const QString& service) {
-    const auto state = MprisClient::readState(QDBusConnection::sessionBus(), service, 3000);
+    const auto state = MprisClient::readState(PlayerBus::session(), service, 3000);
     if (!state || !state->positionUs || !state->lengthUs) {
         std::fprintf(stderr, "bench: cannot read the player\n");
         return;
     }
     const double middle = static_cast<double>(*state->lengthUs) / 2e6 - 10;
-    MprisClient::seekFrom(QDBusConnection::sessionBus(), service, *state,
+    MprisClient::seekFrom(PlayerBus::session(), service, *state,
                           middle - static_cast<double>(*state->positionUs) / 1e6, 3000);
     QTest::qWait(1000);
 }
@@ -206,16 +206,16 @@ int main(int argc, char** argv) {
     QTemporaryDir home;
     AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
         home.filePath(QStringLiteral("settings.conf")), QSettings::IniFormat)));
-    MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+    MprisPlayerRegistry registry(PlayerBus::session());
     auto control = std::make_shared<MprisPlayerControl>(registry);
     MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
     MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
-                               status);
+                               status, QString());
     auto instant = std::make_shared<FakePlayers>();
     instant->setSeekAnswer(MediaApp::chromiumYouTube, {SeekResult::seeked});
     MediaStatus instantStatus(instant, settings, [] { return QList<MediaApp>(); });
     MediaController instantController(instant, std::make_unique<MprisRunningApps>(registry),
-                                      settings, instantStatus);
+                                      settings, instantStatus, QString());
     std::printf("load average at the start: %s\n", loadAverage().constData());
     QTest::qWait(500);
     int quick = 0;

@@ -24,7 +24,17 @@ MediaController::Served run(double seconds) {
     MediaController* controller = nullptr;
     MediaStatus status(players, settings,
                        [&controller] { return controller->runningActiveApps(); });
-    MediaController mediaController(players, Platform::createRunningApps(), settings, status);
+    std::unique_ptr<RunningApps> running = Platform::createRunningApps();
+    // The players that run already are found without waiting on the bus: they are all known
+    // before the one request is tried.
+    if (!running->isSettled()) {
+        QEventLoop settling;
+        QObject::connect(running.get(), &RunningApps::settled, &settling, &QEventLoop::quit);
+        settling.exec();
+    }
+    MediaController mediaController(
+        players, std::move(running), settings, status,
+        Platform::createDesktopIntegration()->texts().permissionDeniedStatus);
     controller = &mediaController;
 
     MediaController::Served served;

@@ -60,8 +60,9 @@ ScrublineApp::ScrublineApp(QObject* parent)
     m_players = Platform::createPlayerControl();
     m_mediaStatus = std::make_unique<MediaStatus>(
         m_players, *m_settings, [this] { return m_mediaController->runningActiveApps(); });
-    m_mediaController = std::make_unique<MediaController>(m_players, Platform::createRunningApps(),
-                                                          *m_settings, *m_mediaStatus);
+    m_mediaController = std::make_unique<MediaController>(
+        m_players, Platform::createRunningApps(), *m_settings, *m_mediaStatus,
+        m_desktop->texts().permissionDeniedStatus);
     connect(m_mediaController.get(), &MediaController::alertRequested, this, &AlertBox::show);
 
     // 4. The views.

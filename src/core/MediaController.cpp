@@ -14,14 +14,16 @@
 
 MediaController::MediaController(std::shared_ptr<PlayerControl> players,
                                  std::unique_ptr<RunningApps> running, AppSettings& settings,
-                                 MediaStatus& status, QObject* parent)
+                                 MediaStatus& status, QString permissionDeniedStatus,
+                                 QObject* parent)
     : QObject(parent)
     , m_players(std::move(players))
     , m_runningApps(std::move(running))
     , m_settings(settings)
     , m_status(status)
+    , m_permissionDeniedStatus(std::move(permissionDeniedStatus))
     , m_seekDispatchQueue(std::make_unique<SerialQueue>(QStringLiteral("com.scrubline.seek"))) {
-    m_runningProcessNames = m_runningApps->runningNames();
+    m_running = m_runningApps->runningApps();
     connect(m_runningApps.get(), &RunningApps::launched, this, &MediaController::appDidLaunch);
     connect(m_runningApps.get(), &RunningApps::terminated, this, &MediaController::appDidTerminate);
 }
@@ -87,7 +89,7 @@ void MediaController::scheduleNextSeek() {
 QList<MediaApp> MediaController::runningActiveApps() const {
     QList<MediaApp> candidates;
     for (const MediaApp app : m_settings.activeApps()) {
-        if (m_runningProcessNames.contains(app.processName())) {
+        if (m_running.contains(app)) {
             candidates << app;
         }
     }
@@ -186,8 +188,7 @@ void MediaController::finishSeek(double seconds, const QElapsedTimer& clock, con
         const MediaApp app = outcome->app;
         switch (outcome->result) {
         case SeekResult::permissionDenied:
-            told.line = QStringLiteral("Grant ") + app.displayName() +
-                        QStringLiteral(" permission in System Settings > Privacy > Automation");
+            told.line = m_permissionDeniedStatus.arg(app.displayName());
             m_status.showStatus(told.line);
             break;
         case SeekResult::error:
@@ -223,13 +224,13 @@ void MediaController::finishSeek(double seconds, const QElapsedTimer& clock, con
     scheduleNextSeek();
 }
 
-void MediaController::appDidLaunch(const QString& name) {
-    m_runningProcessNames.insert(name);
+void MediaController::appDidLaunch(MediaApp app) {
+    m_running.insert(app);
 }
 
-void MediaController::appDidTerminate(const QString& name) {
-    m_runningProcessNames.remove(name);
-    if (m_lastSuccessfulApp && m_lastSuccessfulApp->processName() == name) {
+void MediaController::appDidTerminate(MediaApp app) {
+    m_running.remove(app);
+    if (m_lastSuccessfulApp == app) {
         m_lastSuccessfulApp.reset();
     }
 }

@@ -30,8 +30,11 @@ class MediaController : public QObject {
     Q_OBJECT
 
 public:
+    // `permissionDeniedStatus`: the platform's words for a player that waits for the user's
+    // permission, "%1" standing for the app's name.
     MediaController(std::shared_ptr<PlayerControl> players, std::unique_ptr<RunningApps> running,
-                    AppSettings& settings, MediaStatus& status, QObject* parent = nullptr);
+                    AppSettings& settings, MediaStatus& status, QString permissionDeniedStatus,
+                    QObject* parent = nullptr);
     // Waits for a trial in flight, which a player's time-out bounds.
     ~MediaController() override;
 
@@ -58,8 +61,8 @@ public:
 
     // The app tried first by the next request.
     std::optional<MediaApp> lastSuccessfulApp() const { return m_lastSuccessfulApp; }
-    QSet<QString> runningProcessNames() const { return m_runningProcessNames; }
-    // The enabled apps, in the user's order, whose process runs now.
+    QSet<MediaApp> runningApps() const { return m_running; }
+    // The enabled apps, in the user's order, that run now.
     QList<MediaApp> runningActiveApps() const;
 
 signals:
@@ -79,8 +82,8 @@ private:
         QList<UserAlert> alerts;
     };
 
-    void appDidLaunch(const QString& name);
-    void appDidTerminate(const QString& name);
+    void appDidLaunch(MediaApp app);
+    void appDidTerminate(MediaApp app);
 
     struct Request {
         double seconds = 0;
@@ -100,8 +103,9 @@ private:
     std::unique_ptr<RunningApps> m_runningApps;
     AppSettings& m_settings;
     MediaStatus& m_status;
+    QString m_permissionDeniedStatus;
 
-    QSet<QString> m_runningProcessNames;
+    QSet<MediaApp> m_running;
     std::optional<MediaApp> m_lastSuccessfulApp;
 
     std::deque<Request> m_seekQueue;

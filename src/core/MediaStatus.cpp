@@ -126,12 +126,12 @@ void MediaStatus::pollNowPlaying() {
 }
 
 std::optional<NowPlaying> MediaStatus::queryNowPlaying(PlayerControl& players, MediaApp app) {
-    const std::optional<PlayerControl::NowPlayingAnswer> answer =
-        players.nowPlaying(app, PlayerControl::nowPlayingTimeout);
-    if (!answer || answer->text.isEmpty()) {
+    std::optional<NowPlaying> answer = players.nowPlaying(app, PlayerControl::nowPlayingTimeout);
+    if (!answer || answer->isEmpty()) {
         return std::nullopt;
     }
-    return NowPlaying::fromText(app, answer->text, answer->playerName);
+    answer->app = app;
+    return answer;
 }
 
 void MediaStatus::setNowPlaying(std::optional<NowPlaying> nowPlaying) {

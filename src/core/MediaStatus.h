@@ -1,6 +1,7 @@
 #pragma once
 
 #include "models/MediaApp.h"
+#include "models/NowPlaying.h"
 #include "models/SeekFeedback.h"
 
 #include <QList>

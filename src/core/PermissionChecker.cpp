@@ -52,10 +52,10 @@ void PermissionChecker::checkAll(bool forceRefresh) {
     }
     setChecking(true);
 
-    const QSet<QString> running = m_runningApps->runningNames();
+    const QSet<MediaApp> running = m_runningApps->runningApps();
     QList<PermissionItem> probes;
     for (const PermissionItem& item : m_items) {
-        if (!running.contains(item.processName)) {
+        if (!item.app || !running.contains(*item.app)) {
             m_statuses.insert(item.id, PermissionStatus::appNotRunning);
         } else {
             m_statuses.insert(item.id, PermissionStatus::checking);

@@ -5,6 +5,8 @@
 #include <QList>
 #include <QString>
 
+#include <optional>
+
 // What is known of one permission.
 enum class PermissionStatus { unknown, granted, denied, appNotRunning, checking };
 
@@ -18,6 +20,8 @@ struct PermissionItem {
     QString processName; // the running application's name, also the one the probe addresses
     QString systemImage;
     Kind kind = Kind::automation;
+    // The media app the permission is about; none for one about the keyboard.
+    std::optional<MediaApp> app{};
 
     // The permissions that are probed, in the order they are shown and probed.
     static const QList<PermissionItem>& all();

@@ -41,22 +41,3 @@ struct SeekFeedback {
 
     friend bool operator==(const SeekFeedback&, const SeekFeedback&) = default;
 };
-
-// What a player is playing.
-struct NowPlaying {
-    QString title;
-    QString artist; // may be empty
-    MediaApp app = MediaApp::spotify;
-    // The player's own name, where the app stands for players of many kinds; else empty.
-    QString playerName{};
-
-    QString shownName() const { return playerName.isEmpty() ? app.displayName() : playerName; }
-
-    // Splits a player's "title - artist" answer at the first " - ". When that leaves anything
-    // but two non-empty pieces, the whole text is the title and the artist is empty. Browser
-    // titles take the same rule, so "Song - Band" shows as title "Song", artist "Band".
-    static NowPlaying fromText(MediaApp app, const QString& text,
-                               const QString& playerName = QString());
-
-    friend bool operator==(const NowPlaying&, const NowPlaying&) = default;
-};

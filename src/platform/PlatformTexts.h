@@ -32,4 +32,7 @@ struct PlatformTexts {
     QString chromeDeniedHint;
     QString chromeFootnote;
     QString openSystemSettings;
+    // The status line when a player refuses to be controlled until the user allows it; "%1"
+    // stands for the app's name.
+    QString permissionDeniedStatus;
 };

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "models/MediaApp.h"
+#include "models/NowPlaying.h"
 #include "models/PermissionItem.h"
 #include "models/SeekResult.h"
 #include "models/UserAlert.h"
@@ -25,15 +26,6 @@ public:
         friend bool operator==(const SeekAnswer&, const SeekAnswer&) = default;
     };
 
-    struct NowPlayingAnswer {
-        QString text;
-        // The playing player's own name, where the app stands for players of many kinds;
-        // empty where the app's name says which player it is.
-        QString playerName{};
-
-        friend bool operator==(const NowPlayingAnswer&, const NowPlayingAnswer&) = default;
-    };
-
     // How long callers wait for a seek, a play/pause or a permission probe...
     static constexpr double actionTimeout = 3.0;
     // ...and for a now-playing query, which nobody waits on.
@@ -45,9 +37,9 @@ public:
     virtual SeekAnswer seekIfPlaying(MediaApp app, double seconds, double timeout) = 0;
     // Toggles play/pause.
     virtual SeekResult playPause(MediaApp app, double timeout) = 0;
-    // "title - artist" (or a video's title) of what the app is playing; absent, or with empty
-    // text, when it plays nothing or cannot tell.
-    virtual std::optional<NowPlayingAnswer> nowPlaying(MediaApp app, double timeout) = 0;
+    // What the app is playing, its player named where the app stands for players of many
+    // kinds; absent, or with an empty title, when it plays nothing or cannot tell.
+    virtual std::optional<NowPlaying> nowPlaying(MediaApp app, double timeout) = 0;
     // Whether the permission is in place. Never answers appNotRunning or checking.
     virtual PermissionStatus probe(const PermissionItem& item, double timeout) = 0;
     // Prepares whatever a seek by this many seconds will need, so the first press is fast.

@@ -1,20 +1,27 @@
 #pragma once
 
+#include "models/MediaApp.h"
+
 #include <QObject>
 #include <QSet>
-#include <QString>
 
-// The applications running now, by the name the user sees, with word of each that starts or
-// ends. Signals arrive on the GUI thread.
+// The media apps running now, with word of each that starts or ends. Each platform tells on
+// its own side which of its programs or players stands for which app. Signals arrive on the GUI
+// thread.
 class RunningApps : public QObject {
     Q_OBJECT
 
 public:
     using QObject::QObject;
 
-    virtual QSet<QString> runningNames() const = 0;
+    virtual QSet<MediaApp> runningApps() const = 0;
+    // Whether what runs already when this began to look has all been reported; until then an
+    // app may still be launched that ran all along.
+    virtual bool isSettled() const { return true; }
 
 signals:
-    void launched(const QString& name);
-    void terminated(const QString& name);
+    void launched(MediaApp app);
+    void terminated(MediaApp app);
+    // Everything that ran already has been reported.
+    void settled();
 };

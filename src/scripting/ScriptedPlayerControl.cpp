@@ -5,6 +5,7 @@
 #include "NativeMediaAppController.h"
 #include "PermissionProbes.h"
 #include "SafariYouTubeController.h"
+#include "ScriptNowPlaying.h"
 
 namespace {
 
@@ -89,8 +90,7 @@ SeekResult ScriptedPlayerControl::playPause(MediaApp app, double timeout) {
     return SeekResult::error;
 }
 
-std::optional<PlayerControl::NowPlayingAnswer> ScriptedPlayerControl::nowPlaying(MediaApp app,
-                                                                                 double timeout) {
+std::optional<NowPlaying> ScriptedPlayerControl::nowPlaying(MediaApp app, double timeout) {
     if (nowPlayingScript(app).isEmpty()) {
         return std::nullopt;
     }
@@ -98,7 +98,9 @@ std::optional<PlayerControl::NowPlayingAnswer> ScriptedPlayerControl::nowPlaying
     if (!result.isSuccess() || !result.text()) {
         return std::nullopt;
     }
-    return NowPlayingAnswer{*result.text()};
+    const bool video = app == MediaApp::chromiumYouTube || app == MediaApp::safariYouTube;
+    return video ? ScriptNowPlaying::fromVideoTitle(app, *result.text())
+                 : ScriptNowPlaying::fromTrackAnswer(app, *result.text());
 }
 
 PermissionStatus ScriptedPlayerControl::probe(const PermissionItem& item, double timeout) {

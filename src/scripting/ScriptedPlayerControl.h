@@ -8,7 +8,7 @@ class ScriptedPlayerControl : public PlayerControl {
 public:
     SeekAnswer seekIfPlaying(MediaApp app, double seconds, double timeout) override;
     SeekResult playPause(MediaApp app, double timeout) override;
-    std::optional<NowPlayingAnswer> nowPlaying(MediaApp app, double timeout) override;
+    std::optional<NowPlaying> nowPlaying(MediaApp app, double timeout) override;
     PermissionStatus probe(const PermissionItem& item, double timeout) override;
     // Keeps the seek scripts of all four apps for this step.
     void warmSeek(double seconds) override;

@@ -33,7 +33,7 @@ private:
     QStringList m_statuses;   // each change the browser announced: its status, else its names
 
     double position() {
-        const auto state = MprisClient::readState(bus(), m_page->busName(), 3000);
+        const auto state = MprisClient::readState(PlayerBus::session(), m_page->busName(), 3000);
         return state && state->positionUs ? static_cast<double>(*state->positionUs) / 1e6 : -1;
     }
 
@@ -85,7 +85,7 @@ private slots:
         QString problem;
         QVERIFY2(m_page->start(&problem), qPrintable(problem));
         QVERIFY2(m_page->waitUntilPlaying(), "Chromium published no playing player");
-        m_registry = std::make_unique<MprisPlayerRegistry>(bus());
+        m_registry = std::make_unique<MprisPlayerRegistry>(PlayerBus::session());
         m_control = std::make_unique<MprisPlayerControl>(*m_registry);
         QTRY_COMPARE(m_registry->playersOf(MediaApp::chromiumYouTube),
                      QStringList{m_page->busName()});
@@ -129,7 +129,8 @@ private slots:
         QTest::qWait(1500);
         qInfo("The browser said after our seek: %s", qPrintable(m_statuses.join(u',')));
         QTRY_VERIFY_WITH_TIMEOUT(
-            m_registry->targetWithoutRead(m_page->busName(), -5'000'000).has_value(), 5000);
+            m_registry->states().targetWithoutRead(m_page->busName(), -5'000'000).has_value(),
+            5000);
         const double start = position();
         QElapsedTimer clock;
         clock.start();
@@ -160,21 +161,23 @@ private slots:
 
     void togglesPlayPause() {
         QCOMPARE(m_control->playPause(MediaApp::chromiumYouTube, 3.0), SeekResult::seeked);
-        QTRY_COMPARE(MprisClient::readState(bus(), m_page->busName(), 3000)->playbackStatus,
-                     QStringLiteral("Paused"));
+        QTRY_COMPARE(
+            MprisClient::readState(PlayerBus::session(), m_page->busName(), 3000)->playbackStatus,
+            QStringLiteral("Paused"));
         QCOMPARE(m_control->seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::notPlaying);
-        QCOMPARE(m_control->nowPlaying(MediaApp::chromiumYouTube, 2.0),
-                 std::optional(PlayerControl::NowPlayingAnswer{}));
+        QCOMPARE(m_control->nowPlaying(MediaApp::chromiumYouTube, 2.0), std::nullopt);
         QCOMPARE(m_control->playPause(MediaApp::chromiumYouTube, 3.0), SeekResult::seeked);
-        QTRY_VERIFY(MprisClient::readState(bus(), m_page->busName(), 3000)->isPlaying());
+        QTRY_VERIFY(
+            MprisClient::readState(PlayerBus::session(), m_page->busName(), 3000)->isPlaying());
     }
 
     void tellsWhatIsPlaying() {
         // Named by the app, whichever browser of the family it is.
         QCOMPARE(m_control->nowPlaying(MediaApp::chromiumYouTube, 2.0),
-                 std::optional(PlayerControl::NowPlayingAnswer{QStringLiteral("%1 - %2").arg(
-                     QLatin1String(BrowserPage::title), QLatin1String(BrowserPage::artist))}));
+                 std::optional(NowPlaying{QLatin1String(BrowserPage::title),
+                                          {QLatin1String(BrowserPage::artist)},
+                                          MediaApp::chromiumYouTube}));
     }
 
     void probesAnswer() {
@@ -197,12 +200,12 @@ private slots:
 
     void isRunningUntilTheBrowserQuits() {
         MprisRunningApps running(*m_registry);
-        QCOMPARE(running.runningNames(), QSet<QString>{QStringLiteral("Google Chrome")});
+        QCOMPARE(running.runningApps(), QSet<MediaApp>{MediaApp::chromiumYouTube});
         QSignalSpy terminated(&running, &RunningApps::terminated);
         m_page->quit();
         QTRY_COMPARE_WITH_TIMEOUT(terminated.size(), 1, 20000);
-        QCOMPARE(terminated[0][0].toString(), QStringLiteral("Google Chrome"));
-        QVERIFY(running.runningNames().isEmpty());
+        QCOMPARE(terminated[0][0], QVariant::fromValue(MediaApp(MediaApp::chromiumYouTube)));
+        QVERIFY(running.runningApps().isEmpty());
     }
 
 public slots:

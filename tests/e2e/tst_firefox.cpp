@@ -15,13 +15,7 @@
 
 #include <cmath>
 
-namespace {
-
-QDBusConnection bus() {
-    return QDBusConnection::sessionBus();
-}
-
-} // namespace
+namespace {} // namespace
 
 class TestFirefox : public QObject {
     Q_OBJECT
@@ -32,7 +26,7 @@ private:
     std::unique_ptr<MprisPlayerControl> m_control;
 
     std::optional<MprisClient::State> state() {
-        return MprisClient::readState(bus(), m_page->busName(), 3000);
+        return MprisClient::readState(PlayerBus::session(), m_page->busName(), 3000);
     }
 
 private slots:
@@ -42,7 +36,7 @@ private slots:
         QString problem;
         QVERIFY2(m_page->start(&problem), qPrintable(problem));
         QVERIFY2(m_page->waitUntilPlaying(), "Firefox published no playing player");
-        m_registry = std::make_unique<MprisPlayerRegistry>(bus());
+        m_registry = std::make_unique<MprisPlayerRegistry>(PlayerBus::session());
         m_control = std::make_unique<MprisPlayerControl>(*m_registry);
         QTRY_COMPARE(m_registry->playersOf(MediaApp::firefox), QStringList{m_page->busName()});
     }
@@ -55,7 +49,7 @@ private slots:
 
     void isFirefoxAndSaysWholeSeconds() {
         MprisRunningApps running(*m_registry);
-        QCOMPARE(running.runningNames(), QSet<QString>{QStringLiteral("Firefox")});
+        QCOMPARE(running.runningApps(), QSet<MediaApp>{MediaApp::firefox});
         QVERIFY(m_registry->playersOf(MediaApp::chromiumYouTube).isEmpty());
         QVERIFY(m_registry->playersOf(MediaApp::otherPlayers).isEmpty());
         QTRY_VERIFY_WITH_TIMEOUT(state()->positionUs.value_or(0) > 1'000'000, 20000);

@@ -28,10 +28,6 @@ const QString playPause = QStringLiteral("ctrl+alt+super+space");
 constexpr std::uint32_t hyper =
     CarbonModifier::control | CarbonModifier::option | CarbonModifier::command;
 
-QDBusConnection bus() {
-    return QDBusConnection::sessionBus();
-}
-
 void run(const QString& program, const QStringList& arguments) {
     QProcess tool;
     tool.start(program, arguments);
@@ -56,11 +52,11 @@ public:
     Program()
         : m_settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
               m_home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)))
-        , m_registry(bus())
+        , m_registry(PlayerBus::session())
         , m_control(std::make_shared<MprisPlayerControl>(m_registry))
         , m_status(m_control, m_settings, [] { return QList<MediaApp>(); })
         , m_controller(m_control, std::make_unique<MprisRunningApps>(m_registry), m_settings,
-                       m_status) {
+                       m_status, QString()) {
         QList<SeekAction> actions = SeekAction::defaults();
         actions.append(SeekAction(SeekAction::Direction::playPause, 0, 49, hyper));
         m_settings.setSeekActions(actions);
@@ -111,7 +107,7 @@ private:
     }
 
     double position() {
-        const auto state = MprisClient::readState(bus(), busName, 3000);
+        const auto state = MprisClient::readState(PlayerBus::session(), busName, 3000);
         return state && state->positionUs ? static_cast<double>(*state->positionUs) / 1e6 : -1;
     }
 

@@ -105,7 +105,7 @@ private:
     int m_seeked = 0;
 
     double position() {
-        const auto state = MprisClient::readState(bus(), m_page->busName(), 3000);
+        const auto state = MprisClient::readState(PlayerBus::session(), m_page->busName(), 3000);
         return state && state->positionUs ? static_cast<double>(*state->positionUs) / 1e6 : -1;
     }
 

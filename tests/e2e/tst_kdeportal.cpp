@@ -171,7 +171,7 @@ int backendRequests() {
 
 // Where mpv is in its track, in seconds; negative when it does not say.
 double position() {
-    const auto state = MprisClient::readState(bus(), mpvName, 3000);
+    const auto state = MprisClient::readState(PlayerBus::session(), mpvName, 3000);
     return state && state->positionUs ? static_cast<double>(*state->positionUs) / 1e6 : -1;
 }
 

@@ -14,13 +14,9 @@ namespace {
 const QString mpvName = QStringLiteral("org.mpris.MediaPlayer2.mpv");
 const QString spotifyName = QStringLiteral("org.mpris.MediaPlayer2.spotify");
 
-QDBusConnection bus() {
-    return QDBusConnection::sessionBus();
-}
-
 // Seconds, from the player's microseconds.
 double positionOf(const QString& service) {
-    const auto state = MprisClient::readState(bus(), service, 3000);
+    const auto state = MprisClient::readState(PlayerBus::session(), service, 3000);
     return state && state->positionUs ? static_cast<double>(*state->positionUs) / 1e6 : -1;
 }
 
@@ -55,14 +51,16 @@ private slots:
 
     void readsWhatMpvPlays() {
         startMpv();
-        const auto state = MprisClient::readState(bus(), mpvName, 3000);
+        const auto state = MprisClient::readState(PlayerBus::session(), mpvName, 3000);
         QVERIFY(state.has_value());
         QVERIFY(state->isPlaying());
         QCOMPARE(state->lengthUs, std::optional<qint64>(600'000'000));
         QVERIFY(state->trackId.has_value());
         QVERIFY(state->positionUs.has_value());
         QVERIFY(state->title.startsWith(QStringLiteral("tone-600")));
-        QCOMPARE(MprisClient::nowPlayingText(*state), state->title); // no artist: just the title
+        const NowPlaying playing = MprisClient::nowPlaying(*state);
+        QCOMPARE(playing.title, state->title);
+        QCOMPARE(playing.artists, QStringList()); // no artist: just the title
     }
 
     void seeksForwardAndBack() {
@@ -70,14 +68,16 @@ private slots:
         QElapsedTimer clock;
         const double before = positionOf(mpvName);
         clock.start();
-        QCOMPARE(MprisClient::seekIfPlaying(bus(), mpvName, 10, 3000), SeekResult::seeked);
+        QCOMPARE(MprisClient::seekIfPlaying(PlayerBus::session(), mpvName, 10, 3000),
+                 SeekResult::seeked);
         // Moved by the step, plus whatever time passed while it played on.
         QTRY_VERIFY(positionOf(mpvName) >= before + 9.5);
         const double ahead = positionOf(mpvName);
         QVERIFY2(ahead <= before + 10.5 + clock.elapsed() / 1000.0,
                  qPrintable(QString::number(ahead)));
 
-        QCOMPARE(MprisClient::seekIfPlaying(bus(), mpvName, -5, 3000), SeekResult::seeked);
+        QCOMPARE(MprisClient::seekIfPlaying(PlayerBus::session(), mpvName, -5, 3000),
+                 SeekResult::seeked);
         QTRY_VERIFY(positionOf(mpvName) <= ahead - 4.5 + clock.elapsed() / 1000.0);
     }
 
@@ -85,24 +85,27 @@ private slots:
         startMpv();
         QElapsedTimer clock;
         clock.start();
-        QCOMPARE(MprisClient::seekIfPlaying(bus(), mpvName, -100, 3000), SeekResult::seeked);
+        QCOMPARE(MprisClient::seekIfPlaying(PlayerBus::session(), mpvName, -100, 3000),
+                 SeekResult::seeked);
         QTRY_VERIFY(positionOf(mpvName) <= 0.5 + clock.elapsed() / 1000.0);
         QVERIFY(positionOf(mpvName) >= 0);
     }
 
     void aPausedPlayerIsLeftAlone() {
         startMpv();
-        QCOMPARE(MprisClient::playPause(bus(), mpvName, 3000), SeekResult::seeked);
-        QTRY_COMPARE(MprisClient::readState(bus(), mpvName, 3000)->playbackStatus,
+        QCOMPARE(MprisClient::playPause(PlayerBus::session(), mpvName, 3000), SeekResult::seeked);
+        QTRY_COMPARE(MprisClient::readState(PlayerBus::session(), mpvName, 3000)->playbackStatus,
                      QStringLiteral("Paused"));
         const double paused = positionOf(mpvName);
-        QCOMPARE(MprisClient::seekIfPlaying(bus(), mpvName, 30, 3000), SeekResult::notPlaying);
+        QCOMPARE(MprisClient::seekIfPlaying(PlayerBus::session(), mpvName, 30, 3000),
+                 SeekResult::notPlaying);
         QTest::qWait(200);
         QCOMPARE(positionOf(mpvName), paused);
-        QCOMPARE(MprisClient::nowPlayingText(*MprisClient::readState(bus(), mpvName, 3000)),
-                 QString());
-        QCOMPARE(MprisClient::playPause(bus(), mpvName, 3000), SeekResult::seeked);
-        QTRY_VERIFY(MprisClient::readState(bus(), mpvName, 3000)->isPlaying());
+        QVERIFY(
+            MprisClient::nowPlaying(*MprisClient::readState(PlayerBus::session(), mpvName, 3000))
+                .isEmpty());
+        QCOMPARE(MprisClient::playPause(PlayerBus::session(), mpvName, 3000), SeekResult::seeked);
+        QTRY_VERIFY(MprisClient::readState(PlayerBus::session(), mpvName, 3000)->isPlaying());
     }
 
     void aStoppedProcessTimesOut() {
@@ -110,15 +113,17 @@ private slots:
         m_mpv->stop();
         QElapsedTimer clock;
         clock.start();
-        QCOMPARE(MprisClient::seekIfPlaying(bus(), mpvName, 10, 500), SeekResult::error);
+        QCOMPARE(MprisClient::seekIfPlaying(PlayerBus::session(), mpvName, 10, 500),
+                 SeekResult::error);
         QVERIFY(clock.elapsed() >= 450);
-        QCOMPARE(MprisClient::playPause(bus(), mpvName, 300), SeekResult::error);
+        QCOMPARE(MprisClient::playPause(PlayerBus::session(), mpvName, 300), SeekResult::error);
         clock.restart();
-        QCOMPARE(MprisClient::seekRelative(bus(), mpvName, 1'000'000, 400), SeekResult::error);
+        QCOMPARE(MprisClient::seekRelative(PlayerBus::session(), mpvName, 1'000'000, 400),
+                 SeekResult::error);
         QVERIFY(clock.elapsed() >= 350);
-        QVERIFY(!MprisClient::readState(bus(), mpvName, 300).has_value());
+        QVERIFY(!MprisClient::readState(PlayerBus::session(), mpvName, 300).has_value());
         m_mpv->resume();
-        QTRY_VERIFY(MprisClient::readState(bus(), mpvName, 3000).has_value());
+        QTRY_VERIFY(MprisClient::readState(PlayerBus::session(), mpvName, 3000).has_value());
     }
 
     void aPlayerThatQuitsMidCallIsAnError() {
@@ -129,7 +134,7 @@ private slots:
         std::thread caller([&result, &took] {
             QElapsedTimer clock;
             clock.start();
-            result = MprisClient::seekIfPlaying(bus(), mpvName, 10, 20000);
+            result = MprisClient::seekIfPlaying(PlayerBus::session(), mpvName, 10, 20000);
             took = clock.elapsed();
         });
         QTest::qWait(300);
@@ -137,7 +142,8 @@ private slots:
         caller.join();
         QCOMPARE(result, SeekResult::error);
         QVERIFY2(took < 15000, qPrintable(QString::number(took))); // not the whole time-out
-        QCOMPARE(MprisClient::seekIfPlaying(bus(), mpvName, 10, 3000), SeekResult::error);
+        QCOMPARE(MprisClient::seekIfPlaying(PlayerBus::session(), mpvName, 10, 3000),
+                 SeekResult::error);
     }
 
     // Spotify's track id comes as a string and its length typed t; the position is read at
@@ -147,15 +153,19 @@ private slots:
             {QStringLiteral("--track"), QStringLiteral("/com/spotify/track/4uLU6hMCjMI75M1A2tKUQC"),
              QStringLiteral("--position"), QStringLiteral("30"), QStringLiteral("--length"),
              QStringLiteral("240"), QStringLiteral("--paused")});
-        const auto state = MprisClient::readState(bus(), spotifyName, 3000);
+        const auto state = MprisClient::readState(PlayerBus::session(), spotifyName, 3000);
         QVERIFY(state.has_value());
         QCOMPARE(state->lengthUs, std::optional<qint64>(240'000'000));
         QCOMPARE(state->trackId, std::optional<QString>(
                                      QStringLiteral("/com/spotify/track/4uLU6hMCjMI75M1A2tKUQC")));
-        QCOMPARE(MprisClient::seekIfPlaying(bus(), spotifyName, -10, 3000), SeekResult::notPlaying);
-        QCOMPARE(MprisClient::playPause(bus(), spotifyName, 3000), SeekResult::seeked);
-        QCOMPARE(MprisClient::seekIfPlaying(bus(), spotifyName, -40, 3000), SeekResult::seeked);
-        QCOMPARE(MprisClient::seekIfPlaying(bus(), spotifyName, 300, 3000), SeekResult::seeked);
+        QCOMPARE(MprisClient::seekIfPlaying(PlayerBus::session(), spotifyName, -10, 3000),
+                 SeekResult::notPlaying);
+        QCOMPARE(MprisClient::playPause(PlayerBus::session(), spotifyName, 3000),
+                 SeekResult::seeked);
+        QCOMPARE(MprisClient::seekIfPlaying(PlayerBus::session(), spotifyName, -40, 3000),
+                 SeekResult::seeked);
+        QCOMPARE(MprisClient::seekIfPlaying(PlayerBus::session(), spotifyName, 300, 3000),
+                 SeekResult::seeked);
         QStringList sets;
         for (const QString& call : spotify->calls()) {
             if (call.startsWith(QStringLiteral("SetPosition"))) {
@@ -172,13 +182,15 @@ private slots:
     void aTrackIdThatIsNoPathSeeksRelatively() {
         auto spotify = startSpotify({QStringLiteral("--track"), QStringLiteral("spotify:track:x"),
                                      QStringLiteral("--position"), QStringLiteral("30")});
-        QCOMPARE(MprisClient::seekIfPlaying(bus(), spotifyName, -2.5, 3000), SeekResult::seeked);
+        QCOMPARE(MprisClient::seekIfPlaying(PlayerBus::session(), spotifyName, -2.5, 3000),
+                 SeekResult::seeked);
         QVERIFY(spotify->calls().contains(QStringLiteral("Seek -2500000")));
     }
 
     void anUnknownLengthSeeksRelatively() {
         auto spotify = startSpotify({QStringLiteral("--length"), QStringLiteral("0")});
-        QCOMPARE(MprisClient::seekIfPlaying(bus(), spotifyName, 15, 3000), SeekResult::seeked);
+        QCOMPARE(MprisClient::seekIfPlaying(PlayerBus::session(), spotifyName, 15, 3000),
+                 SeekResult::seeked);
         QVERIFY(spotify->calls().contains(QStringLiteral("Seek 15000000")));
     }
 
@@ -186,15 +198,19 @@ private slots:
         auto spotify = startSpotify({QStringLiteral("--title"), QStringLiteral("Intro - Live"),
                                      QStringLiteral("--artist"), QStringLiteral("Band"),
                                      QStringLiteral("--artist"), QStringLiteral("Guest")});
-        const auto state = MprisClient::readState(bus(), spotifyName, 3000);
-        QCOMPARE(MprisClient::nowPlayingText(*state), QStringLiteral("Intro - Live - Band, Guest"));
+        const auto state = MprisClient::readState(PlayerBus::session(), spotifyName, 3000);
+        // The title whole and the artists apart, as the player says them.
+        const NowPlaying playing = MprisClient::nowPlaying(*state);
+        QCOMPARE(playing.title, QStringLiteral("Intro - Live"));
+        QCOMPARE(playing.artists, QStringList({QStringLiteral("Band"), QStringLiteral("Guest")}));
     }
 
     void aPlayerThatNeverAnswersIsAnError() {
         auto silent = startSpotify({QStringLiteral("--silent")});
         QElapsedTimer clock;
         clock.start();
-        QCOMPARE(MprisClient::seekIfPlaying(bus(), spotifyName, 10, 400), SeekResult::error);
+        QCOMPARE(MprisClient::seekIfPlaying(PlayerBus::session(), spotifyName, 10, 400),
+                 SeekResult::error);
         QVERIFY(clock.elapsed() >= 350);
     }
 
@@ -205,21 +221,24 @@ private slots:
             QDBusConnection::connectToBus(QDBusConnection::SessionBus, QStringLiteral("other"));
         QVERIFY(other.isConnected());
         const double before = positionOf(mpvName);
-        QCOMPARE(MprisClient::seekRelative(other, mpvName, 20'000'000, 3000), SeekResult::seeked);
+        QCOMPARE(MprisClient::seekRelative(PlayerBus::through(other), mpvName, 20'000'000, 3000),
+                 SeekResult::seeked);
         QTRY_VERIFY(positionOf(mpvName) >= before + 19.5);
-        QCOMPARE(MprisClient::playPause(other, mpvName, 3000), SeekResult::seeked);
-        QTRY_VERIFY(!MprisClient::readState(bus(), mpvName, 3000)->isPlaying());
-        QCOMPARE(MprisClient::seekRelative(other, QStringLiteral("org.mpris.MediaPlayer2.none"), 1,
-                                           3000),
+        QCOMPARE(MprisClient::playPause(PlayerBus::through(other), mpvName, 3000),
+                 SeekResult::seeked);
+        QTRY_VERIFY(!MprisClient::readState(PlayerBus::session(), mpvName, 3000)->isPlaying());
+        QCOMPARE(MprisClient::seekRelative(PlayerBus::through(other),
+                                           QStringLiteral("org.mpris.MediaPlayer2.none"), 1, 3000),
                  SeekResult::error);
         QDBusConnection::disconnectFromBus(QStringLiteral("other"));
     }
 
     void noSuchPlayerIsAnError() {
-        QCOMPARE(MprisClient::seekIfPlaying(bus(), QStringLiteral("org.mpris.MediaPlayer2.none"),
-                                            10, 3000),
+        QCOMPARE(MprisClient::seekIfPlaying(
+                     PlayerBus::session(), QStringLiteral("org.mpris.MediaPlayer2.none"), 10, 3000),
                  SeekResult::error);
-        QCOMPARE(MprisClient::playPause(bus(), QStringLiteral("org.mpris.MediaPlayer2.none"), 3000),
+        QCOMPARE(MprisClient::playPause(PlayerBus::session(),
+                                        QStringLiteral("org.mpris.MediaPlayer2.none"), 3000),
                  SeekResult::error);
     }
 };

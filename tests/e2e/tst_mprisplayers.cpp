@@ -5,15 +5,18 @@
 #include "platform/linux/MprisPlayerControl.h"
 #include "platform/linux/MprisPlayerRegistry.h"
 #include "platform/linux/MprisRunningApps.h"
+#include "platform/linux/OwnerProgramLookup.h"
 #include "settings/AppSettings.h"
 #include "settings/SettingsStore.h"
 #include "support/PlayerProcess.h"
 #include "support/TempHome.h"
 
 #include <QDBusConnection>
+#include <QDBusServiceWatcher>
 #include <QElapsedTimer>
 #include <QSettings>
 #include <QSignalSpy>
+#include <QTimer>
 #include <QtTest>
 
 namespace {
@@ -88,74 +91,17 @@ private slots:
         m_statuses << changed.value(QStringLiteral("PlaybackStatus")).toString();
     }
 
-    void classification_data() {
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("program");
-        QTest::addColumn<int>("app"); // -1: not a media app
-        QTest::newRow("spotify") << "org.mpris.MediaPlayer2.spotify"
-                                 << "/usr/bin/spotify" << 0;
-        QTest::newRow("spotify instance") << "org.mpris.MediaPlayer2.spotify.instance7"
-                                          << "" << 0;
-        QTest::newRow("chromium") << "org.mpris.MediaPlayer2.chromium.instance42"
-                                  << "/usr/lib/chromium/chromium" << 2;
-        QTest::newRow("chrome") << "org.mpris.MediaPlayer2.chrome.instance42"
-                                << "/opt/google/chrome/chrome" << 2;
-        const int other = MediaApp::otherPlayers;
-        QTest::newRow("electron app") << "org.mpris.MediaPlayer2.chromium.instance42"
-                                      << "/usr/lib/slack/slack" << other;
-        QTest::newRow("brave") << "org.mpris.MediaPlayer2.brave.instance42"
-                               << "/opt/brave.com/brave/brave" << 2;
-        QTest::newRow("brave under chromium's name") << "org.mpris.MediaPlayer2.chromium.instance42"
-                                                     << "/opt/brave.com/brave/brave" << 2;
-        QTest::newRow("edge") << "org.mpris.MediaPlayer2.edge.instance42"
-                              << "/opt/microsoft/msedge/msedge" << 2;
-        QTest::newRow("vivaldi") << "org.mpris.MediaPlayer2.vivaldi.instance42"
-                                 << "/opt/vivaldi/vivaldi-bin" << 2;
-        QTest::newRow("opera") << "org.mpris.MediaPlayer2.opera"
-                               << "/usr/lib/x86_64-linux-gnu/opera/opera" << 2;
-        QTest::newRow("electron app as edge") << "org.mpris.MediaPlayer2.edge.instance42"
-                                              << "/usr/share/code/code" << other;
-        QTest::newRow("unknown owner") << "org.mpris.MediaPlayer2.chromium.instance42"
-                                       << "" << other;
-        QTest::newRow("firefox") << "org.mpris.MediaPlayer2.firefox.instance_1_84"
-                                 << "" << int(MediaApp::firefox);
-        QTest::newRow("older firefox") << "org.mpris.MediaPlayer2.firefox.instance1234"
-                                       << "" << int(MediaApp::firefox);
-        QTest::newRow("not firefox's name") << "org.mpris.MediaPlayer2.firefoxish"
-                                            << "" << other;
-        QTest::newRow("mpv") << "org.mpris.MediaPlayer2.mpv"
-                             << "/usr/bin/mpv" << other;
-        QTest::newRow("vlc") << "org.mpris.MediaPlayer2.vlc"
-                             << "/usr/bin/vlc" << other;
-        QTest::newRow("spotifyd-like") << "org.mpris.MediaPlayer2.spotifyd"
-                                       << "" << other;
-        QTest::newRow("no player's name") << "org.mpris.MediaPlayer2."
-                                          << "" << -1;
-        QTest::newRow("not mpris") << "org.example.spotify"
-                                   << "" << -1;
-    }
-    void classification() {
-        QFETCH(QString, name);
-        QFETCH(QString, program);
-        QFETCH(int, app);
-        const std::optional<MediaApp> found = MprisPlayerRegistry::classify(name, program);
-        QCOMPARE(found.has_value(), app >= 0);
-        if (found) {
-            QCOMPARE(static_cast<int>(found->value()), app);
-        }
-    }
-
     void playersAreFollowedAsTheyComeAndGo() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisRunningApps running(registry);
         QSignalSpy launched(&running, &RunningApps::launched);
         QSignalSpy terminated(&running, &RunningApps::terminated);
-        QVERIFY(running.runningNames().isEmpty());
+        QVERIFY(running.runningApps().isEmpty());
 
         auto spotify = player(QStringLiteral("spotify"), QString(), {QStringLiteral("--spotify")});
         QTRY_COMPARE(launched.size(), 1);
-        QCOMPARE(launched[0][0].toString(), QStringLiteral("Spotify"));
-        QCOMPARE(running.runningNames(), QSet<QString>{QStringLiteral("Spotify")});
+        QCOMPARE(launched[0][0], QVariant::fromValue(MediaApp(MediaApp::spotify)));
+        QCOMPARE(running.runningApps(), QSet<MediaApp>{MediaApp::spotify});
         QCOMPARE(registry.playersOf(MediaApp::spotify), QStringList{prefix + "spotify"});
 
         // Every other player, an Electron app under Chromium's name too, is one of the others.
@@ -163,30 +109,80 @@ private slots:
         auto electron = player(chromium(1), QStringLiteral("slack"));
         QTRY_COMPARE(registry.playersOf(MediaApp::otherPlayers).size(), 2);
         QCOMPARE(launched.size(), 2);
-        QCOMPARE(launched[1][0].toString(), QStringLiteral("Other players"));
+        QCOMPARE(launched[1][0], QVariant::fromValue(MediaApp(MediaApp::otherPlayers)));
 
         spotify->kill();
         QTRY_COMPARE(terminated.size(), 1);
-        QCOMPARE(terminated[0][0].toString(), QStringLiteral("Spotify"));
+        QCOMPARE(terminated[0][0], QVariant::fromValue(MediaApp(MediaApp::spotify)));
         mpvLike->kill();
         electron->kill();
         QTRY_COMPARE(terminated.size(), 2);
-        QCOMPARE(terminated[1][0].toString(), QStringLiteral("Other players"));
-        QVERIFY(running.runningNames().isEmpty());
+        QCOMPARE(terminated[1][0], QVariant::fromValue(MediaApp(MediaApp::otherPlayers)));
+        QVERIFY(running.runningApps().isEmpty());
     }
 
     void playersAlreadyThereAreFound() {
         auto spotify = player(QStringLiteral("spotify"), QString());
         auto browser = player(chromium(2), QStringLiteral("chromium"));
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisRunningApps running(registry);
-        QCOMPARE(running.runningNames(),
-                 QSet<QString>({QStringLiteral("Spotify"), QStringLiteral("Google Chrome")}));
+        // Chromium's player is known once its owner's program is: the bus is not waited for.
+        QSignalSpy settled(&running, &RunningApps::settled);
+        QVERIFY(running.isSettled() || settled.wait(5000));
+        QCOMPARE(running.runningApps(),
+                 QSet<MediaApp>({MediaApp::spotify, MediaApp::chromiumYouTube}));
+    }
+
+    // The program owning a player is asked for without waiting: the GUI thread goes on while
+    // the answer is out, and the player is classified once it comes. One gone meanwhile is
+    // never reported.
+    void theOwnersProgramIsNotWaitedFor() {
+        QList<std::function<void()>> held; // the bus daemon's answers, given when the test says
+        const OwnerProgramLookup askingBus = OwnerProgram::askingBus(QDBusConnection::sessionBus());
+        const OwnerProgramLookup holding = [&](const QString& uniqueName, QObject* context,
+                                               std::function<void(const QString&)> answer) {
+            askingBus(uniqueName, context, [&held, answer](const QString& program) {
+                held << [answer, program] {
+                    answer(program);
+                };
+            });
+        };
+        MprisPlayerRegistry registry(PlayerBus::session(), holding);
+        MprisRunningApps running(registry);
+        QSignalSpy settled(&running, &RunningApps::settled);
+        QVERIFY(running.isSettled() || settled.wait(5000));
+        QSignalSpy launched(&running, &RunningApps::launched);
+        QDBusServiceWatcher goneWatch(prefix + chromium(12), QDBusConnection::sessionBus(),
+                                      QDBusServiceWatcher::WatchForUnregistration);
+        QSignalSpy gone(&goneWatch, &QDBusServiceWatcher::serviceUnregistered);
+
+        auto browser = player(chromium(11), QStringLiteral("chromium"));
+        auto goneBrowser = player(chromium(12), QStringLiteral("chromium"));
+        QTRY_COMPARE(held.size(), 2);
+        // The answers are out, and the GUI thread is free: a timer of its own fires.
+        QTimer tick;
+        tick.setInterval(5);
+        QSignalSpy ticks(&tick, &QTimer::timeout);
+        tick.start();
+        QTRY_VERIFY(ticks.size() >= 3);
+        QVERIFY(launched.isEmpty());
+        QVERIFY(registry.playersOf(MediaApp::chromiumYouTube).isEmpty());
+
+        // Heard by the registry first, which followed the bus before this watch did.
+        goneBrowser->kill();
+        QVERIFY(gone.wait(5000));
+        for (const auto& answer : held) {
+            answer();
+        }
+        QTRY_COMPARE(launched.size(), 1);
+        QCOMPARE(launched[0][0], QVariant::fromValue(MediaApp(MediaApp::chromiumYouTube)));
+        QCOMPARE(registry.playersOf(MediaApp::chromiumYouTube), QStringList{prefix + chromium(11)});
+        QCOMPARE(running.runningApps(), QSet<MediaApp>{MediaApp::chromiumYouTube});
     }
 
     // Chrome stays running until its last player goes.
     void twoChromeFamilyBrowsers() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisRunningApps running(registry);
         QSignalSpy launched(&running, &RunningApps::launched);
         QSignalSpy terminated(&running, &RunningApps::terminated);
@@ -197,16 +193,16 @@ private slots:
         first->kill();
         QTRY_COMPARE(registry.playersOf(MediaApp::chromiumYouTube).size(), 1);
         QCOMPARE(terminated.size(), 0);
-        QCOMPARE(running.runningNames(), QSet<QString>{QStringLiteral("Google Chrome")});
+        QCOMPARE(running.runningApps(), QSet<MediaApp>{MediaApp::chromiumYouTube});
         second->kill();
         QTRY_COMPARE(terminated.size(), 1);
-        QCOMPARE(terminated[0][0].toString(), QStringLiteral("Google Chrome"));
+        QCOMPARE(terminated[0][0], QVariant::fromValue(MediaApp(MediaApp::chromiumYouTube)));
     }
 
     // Of two browsers, the one that plays is sought; play/pause goes to the most recently
     // active when none plays.
     void thePlayingPlayerIsActedOn() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         auto paused = player(chromium(5), QStringLiteral("chromium"), {QStringLiteral("--paused")});
         auto playing = player(chromium(6), QStringLiteral("chromium"));
@@ -232,7 +228,7 @@ private slots:
     // Once a native player's state is known and kept up to date by its signals, a seek well
     // inside the track is one relative Seek, with no read before it.
     void aKnownPlayerIsSeekedInOneCall() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         auto native = player(QStringLiteral("vlc"), QString(),
                              {QStringLiteral("--position"), QStringLiteral("100"),
@@ -241,10 +237,10 @@ private slots:
         const QString name = prefix + QStringLiteral("vlc");
         QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 10, 3.0).result, SeekResult::seeked);
         // Until the player has announced our seek, the position is unsure.
-        QVERIFY(!registry.canSeekRelatively(name, -5'000'000));
-        QTRY_VERIFY(registry.canSeekRelatively(name, -5'000'000));
+        QVERIFY(!registry.states().canSeekRelatively(name, -5'000'000));
+        QTRY_VERIFY(registry.states().canSeekRelatively(name, -5'000'000));
         QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, -5, 3.0).result, SeekResult::seeked);
-        QTRY_VERIFY(registry.canSeekRelatively(name, 2'500'000));
+        QTRY_VERIFY(registry.states().canSeekRelatively(name, 2'500'000));
         QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 2.5, 3.0).result,
                  SeekResult::seeked);
         QCOMPARE(native->calls(),
@@ -256,7 +252,7 @@ private slots:
     // A browser is moved to positions, never by a relative Seek, which its page may take as a
     // skip of its own size. After the first read it is where we last put it.
     void aBrowserIsSetToPositions() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         auto browser = player(chromium(9), QStringLiteral("chromium"),
                               {QStringLiteral("--position"), QStringLiteral("100"),
@@ -287,7 +283,7 @@ private slots:
 
     // A press right after another, before the player has announced the first, reads first.
     void aQuickSecondPressReadsFirst() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         auto native = player(QStringLiteral("vlc"), QString(),
                              {QStringLiteral("--position"), QStringLiteral("100")});
@@ -300,7 +296,7 @@ private slots:
 
     // Spotify never announces its position, so every seek of it reads the position first.
     void spotifyIsAlwaysReadFirst() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         auto spotify = player(
             QStringLiteral("spotify"), QString(),
@@ -309,7 +305,8 @@ private slots:
         for (int press = 0; press < 3; ++press) {
             QCOMPARE(control.seekIfPlaying(MediaApp::spotify, 10, 3.0).result, SeekResult::seeked);
             QTest::qWait(100); // time for any signal to be handled
-            QVERIFY(!registry.canSeekRelatively(prefix + QStringLiteral("spotify"), 10'000'000));
+            QVERIFY(!registry.states().canSeekRelatively(prefix + QStringLiteral("spotify"),
+                                                         10'000'000));
         }
         QCOMPARE(spotify->calls().filter(QStringLiteral("GetAll")).size(), 3);
         QCOMPARE(spotify->calls().filter(QStringLiteral("Seek 10000000")).size(), 3);
@@ -317,7 +314,7 @@ private slots:
 
     // Near an end, a native player is read and the target kept inside the track.
     void nearTheEndTheTargetIsClamped() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         auto native = player(QStringLiteral("vlc"), QString(),
                              {QStringLiteral("--position"), QStringLiteral("230"),
@@ -326,11 +323,11 @@ private slots:
         const QString name = prefix + QStringLiteral("vlc");
         QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, -1, 3.0).result, SeekResult::seeked);
         // Known and announced, so a small step would go by the quick way; these do not.
-        QTRY_VERIFY(registry.canSeekRelatively(name, -1'000'000));
-        QVERIFY(!registry.canSeekRelatively(name, 30'000'000));
+        QTRY_VERIFY(registry.states().canSeekRelatively(name, -1'000'000));
+        QVERIFY(!registry.states().canSeekRelatively(name, 30'000'000));
         QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 30, 3.0).result, SeekResult::seeked);
-        QTRY_VERIFY(registry.canSeekRelatively(name, -10'000'000));
-        QVERIFY(!registry.canSeekRelatively(name, -300'000'000));
+        QTRY_VERIFY(registry.states().canSeekRelatively(name, -10'000'000));
+        QVERIFY(!registry.states().canSeekRelatively(name, -300'000'000));
         QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, -300, 3.0).result,
                  SeekResult::seeked);
         const QStringList calls = native->calls();
@@ -342,7 +339,7 @@ private slots:
 
     // A browser's target is kept inside the track as well, with no read after the first.
     void aBrowserTargetIsClamped() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         auto browser = player(chromium(10), QStringLiteral("chromium"),
                               {QStringLiteral("--position"), QStringLiteral("230"),
@@ -362,7 +359,7 @@ private slots:
     // seek, so the step goes relatively from wherever the player is, unless it could cross the
     // end, where the clamped move wins.
     void aPressWhileOurSeekIsUnannouncedKeepsTheClamps() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         auto native = player(QStringLiteral("vlc"), QString(),
                              {QStringLiteral("--position"), QStringLiteral("100"),
@@ -370,11 +367,11 @@ private slots:
         QTRY_COMPARE(registry.playersOf(MediaApp::otherPlayers).size(), 1);
         const QString name = prefix + QStringLiteral("vlc");
         QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 10, 3.0).result, SeekResult::seeked);
-        QTRY_VERIFY(registry.canSeekRelatively(name, 10'000'000));
+        QTRY_VERIFY(registry.states().canSeekRelatively(name, 10'000'000));
         // No events are taken in between, so each press after the first finds its
         // predecessor unannounced.
         QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 10, 3.0).result, SeekResult::seeked);
-        QVERIFY(registry.isSeekInFlight(name));
+        QVERIFY(registry.states().isSeekInFlight(name));
         QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 10, 3.0).result, SeekResult::seeked);
         QCOMPARE(control.seekIfPlaying(MediaApp::otherPlayers, 200, 3.0).result,
                  SeekResult::seeked);
@@ -392,7 +389,7 @@ private slots:
     // same track again. A press in that moment still moves it, with no read, from where it
     // was, and so does a press after it: the position is kept across.
     void theMomentAfterOurSeekIsHeldOver() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         auto browser = player(chromium(13), QStringLiteral("chromium"),
                               {QStringLiteral("--position"), QStringLiteral("100"),
@@ -404,12 +401,12 @@ private slots:
                  SeekResult::seeked);
         QVERIFY(heard(1));
         QCOMPARE(m_statuses, QStringList{QStringLiteral("Stopped")});
-        QVERIFY(registry.targetWithoutRead(name, -5'000'000).has_value());
+        QVERIFY(registry.states().targetWithoutRead(name, -5'000'000).has_value());
         QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, -5, 3.0).result,
                  SeekResult::seeked);
         QVERIFY(heard(2));
         QCOMPARE(m_statuses.last(), QStringLiteral("Playing"));
-        QTRY_VERIFY(registry.targetWithoutRead(name, 2'500'000).has_value());
+        QTRY_VERIFY(registry.states().targetWithoutRead(name, 2'500'000).has_value());
         QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 2.5, 3.0).result,
                  SeekResult::seeked);
         const QStringList calls = browser->calls();
@@ -421,7 +418,7 @@ private slots:
     // Players' ways with their track ids: typed s, or none at all. A native player needs none
     // for a step; at the end it is put there exactly where its id is a path, else moved there.
     void trackIdsTypedSOrMissing() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         auto typedS = player(QStringLiteral("rhythmbox"), QString(),
                              {QStringLiteral("--track-string"), QStringLiteral("--position"),
@@ -450,7 +447,7 @@ private slots:
 
     // A browser without a track id is still set to a position: it ignores the id.
     void aBrowserWithoutATrackIdIsSetToAPosition() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         auto browser = player(
             chromium(20), QStringLiteral("chromium"),
@@ -468,7 +465,7 @@ private slots:
     // A player that says it cannot seek, without ever announcing it, is sent no seek and
     // reported as failed, press after press: it is read anew every time.
     void aPlayerThatCannotSeekIsSentNone() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         auto live = player(
             QStringLiteral("radio"), QString(),
@@ -494,7 +491,7 @@ private slots:
 
     // A Position typed i is still a position: a step past the end is clamped from it.
     void aPositionTypedI() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         auto native = player(QStringLiteral("careless"), QString(),
                              {QStringLiteral("--position-int"), QStringLiteral("--position"),
@@ -509,7 +506,7 @@ private slots:
     // The first step goes from the middle of the second read; each later one from where the
     // last one was sent plus the time since, to the microsecond, not on a whole second.
     void wholeSecondPositionsAreNotTakenForExact() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         auto browser = player(firefox(22), QString(),
                               {QStringLiteral("--whole-seconds"), QStringLiteral("--position"),
@@ -551,7 +548,7 @@ private slots:
     // Of two players of one app, the playing one is sought; of two that play, the one that
     // started playing last.
     void ofTwoOtherPlayersThePlayingOneIsSought() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         auto playing = player(QStringLiteral("mpv"), QString(),
                               {QStringLiteral("--position"), QStringLiteral("100")});
@@ -577,7 +574,7 @@ private slots:
 
     // Paused by the user right after our seek, in that moment: it is not moved.
     void aPauseRightAfterOurSeekIsHeeded() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         auto browser = player(chromium(14), QStringLiteral("chromium"),
                               {QStringLiteral("--position"), QStringLiteral("100"),
@@ -591,7 +588,7 @@ private slots:
         command(name, QStringLiteral("Pause"));
         QVERIFY(heard(2));
         QCOMPARE(m_statuses, (QStringList{QStringLiteral("Stopped"), QStringLiteral("Paused")}));
-        QVERIFY(!registry.canSeekRelatively(name, 10'000'000));
+        QVERIFY(!registry.states().canSeekRelatively(name, 10'000'000));
         QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::notPlaying);
         QCOMPARE(browser->calls().filter(QStringLiteral("Seek ")).size(), 0);
@@ -600,7 +597,7 @@ private slots:
 
     // A player that stops of itself, long after our last seek, has stopped: nothing is held.
     void aStopNotAfterOurSeekIsHeeded() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         auto browser = player(chromium(15), QStringLiteral("chromium"),
                               {QStringLiteral("--position"), QStringLiteral("100"),
@@ -609,13 +606,13 @@ private slots:
         const QString name = prefix + chromium(15);
         QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::seeked);
-        QTRY_VERIFY(registry.canSeekRelatively(name, 10'000'000));
-        QTest::qWait(static_cast<int>(MprisPlayerRegistry::seekFlickerNs / 1'000'000) + 200);
+        QTRY_VERIFY(registry.states().canSeekRelatively(name, 10'000'000));
+        QTest::qWait(static_cast<int>(MprisPlayerStates::seekFlickerNs / 1'000'000) + 200);
         follow(name);
         command(name, QStringLiteral("Stop"));
         QVERIFY(heard(1));
         QCOMPARE(m_statuses, QStringList{QStringLiteral("Stopped")});
-        QVERIFY(!registry.canSeekRelatively(name, 10'000'000));
+        QVERIFY(!registry.states().canSeekRelatively(name, 10'000'000));
         QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::notPlaying);
         QCOMPARE(browser->calls().filter(QStringLiteral("Seek ")).size(), 0);
@@ -624,7 +621,7 @@ private slots:
 
     // A moment that does not end in time is no longer held: the player is read and has stopped.
     void aLongStopAfterOurSeekIsHeeded() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         auto browser = player(chromium(16), QStringLiteral("chromium"),
                               {QStringLiteral("--position"), QStringLiteral("100"),
@@ -635,8 +632,8 @@ private slots:
         QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::seeked);
         QVERIFY(heard(1));
-        QVERIFY(registry.canSeekRelatively(name, 10'000'000));
-        QTRY_VERIFY_WITH_TIMEOUT(!registry.canSeekRelatively(name, 10'000'000), 5000);
+        QVERIFY(registry.states().canSeekRelatively(name, 10'000'000));
+        QTRY_VERIFY_WITH_TIMEOUT(!registry.states().canSeekRelatively(name, 10'000'000), 5000);
         QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::notPlaying);
         QCOMPARE(browser->calls().filter(QStringLiteral("Seek ")).size(), 0);
@@ -646,7 +643,7 @@ private slots:
     // A pause announced a moment before a press is heeded even while the registry, busy on
     // this thread, has not taken it in yet: the seek hears it on its own connection.
     void aPauseNotYetTakenInIsHeeded() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         auto browser = player(chromium(17), QStringLiteral("chromium"),
                               {QStringLiteral("--position"), QStringLiteral("100")});
@@ -654,11 +651,11 @@ private slots:
         const QString name = prefix + chromium(17);
         QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::seeked);
-        QTRY_VERIFY(registry.canSeekRelatively(name, 10'000'000));
+        QTRY_VERIFY(registry.states().canSeekRelatively(name, 10'000'000));
         // No event is handled from here on, so the registry still believes it playing.
         command(name, QStringLiteral("Pause"));
         QThread::msleep(200);
-        QVERIFY(registry.canSeekRelatively(name, 10'000'000));
+        QVERIFY(registry.states().canSeekRelatively(name, 10'000'000));
         QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::notPlaying);
         QCOMPARE(browser->calls().filter(QStringLiteral("Seek ")).size(), 0);
@@ -667,7 +664,7 @@ private slots:
 
     // A pause the player announces is heeded: the next request reads and leaves it alone.
     void anAnnouncedPauseIsHeeded() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         auto browser = player(chromium(11), QStringLiteral("chromium"),
                               {QStringLiteral("--position"), QStringLiteral("100")});
@@ -675,9 +672,9 @@ private slots:
         QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::seeked);
         const QString name = prefix + chromium(11);
-        QTRY_VERIFY(registry.canSeekRelatively(name, 10'000'000));
+        QTRY_VERIFY(registry.states().canSeekRelatively(name, 10'000'000));
         QCOMPARE(control.playPause(MediaApp::chromiumYouTube, 3.0), SeekResult::seeked);
-        QTRY_VERIFY(!registry.canSeekRelatively(name, 10'000'000));
+        QTRY_VERIFY(!registry.states().canSeekRelatively(name, 10'000'000));
         QCOMPARE(control.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0).result,
                  SeekResult::notPlaying);
         QCOMPARE(browser->calls().filter(QStringLiteral("Seek ")).size(), 0);
@@ -685,31 +682,31 @@ private slots:
     }
 
     void nothingPlayingIsNotPlaying() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         QCOMPARE(control.seekIfPlaying(MediaApp::spotify, 10, 3.0).result, SeekResult::notPlaying);
         auto paused = player(QStringLiteral("spotify"), QString(), {QStringLiteral("--paused")});
         QTRY_COMPARE(registry.playersOf(MediaApp::spotify).size(), 1);
         QCOMPARE(control.seekIfPlaying(MediaApp::spotify, 10, 3.0).result, SeekResult::notPlaying);
-        QCOMPARE(control.nowPlaying(MediaApp::spotify, 2.0),
-                 std::optional(PlayerControl::NowPlayingAnswer{}));
+        QCOMPARE(control.nowPlaying(MediaApp::spotify, 2.0), std::nullopt);
         QCOMPARE(control.seekIfPlaying(MediaApp::spotify, 10, 3.0).alert, std::nullopt);
     }
 
     void nowPlayingOfThePlayingPlayer() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         auto spotify = player(QStringLiteral("spotify"), QString(),
                               {QStringLiteral("--title"), QStringLiteral("Intro - Live"),
                                QStringLiteral("--artist"), QStringLiteral("Band")});
         QTRY_COMPARE(registry.playersOf(MediaApp::spotify).size(), 1);
-        QCOMPARE(
-            control.nowPlaying(MediaApp::spotify, 2.0),
-            std::optional(PlayerControl::NowPlayingAnswer{QStringLiteral("Intro - Live - Band")}));
+        // The title whole, " - " and all, and the artist apart.
+        QCOMPARE(control.nowPlaying(MediaApp::spotify, 2.0),
+                 std::optional(NowPlaying{
+                     QStringLiteral("Intro - Live"), {QStringLiteral("Band")}, MediaApp::spotify}));
     }
 
     void probes() {
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         MprisPlayerControl control(registry);
         const QList<PermissionItem>& items = PermissionItem::all();
         const PermissionItem& spotifyItem = items[0];
@@ -735,7 +732,7 @@ private slots:
     void anOtherPlayerIsNamedByItsIdentity() {
         TempHome home;
         const std::unique_ptr<AppSettings> settings = linuxSettings(home);
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         auto vlc = player(QStringLiteral("vlc"), QString(),
                           {QStringLiteral("--identity"), QStringLiteral("VLC media player"),
                            QStringLiteral("--position"), QStringLiteral("100")});
@@ -744,7 +741,7 @@ private slots:
         auto control = std::make_shared<MprisPlayerControl>(registry);
         MediaStatus status(control, *settings, [] { return QList<MediaApp>(); });
         MediaController controller(control, std::make_unique<MprisRunningApps>(registry), *settings,
-                                   status);
+                                   status, QString());
         QSignalSpy finished(&controller, &MediaController::seekFinished);
         controller.enqueueSeek(10);
         QTRY_COMPARE(finished.size(), 1);
@@ -763,7 +760,7 @@ private slots:
     void whatAnOtherPlayerPlaysIsNamedByItsIdentity() {
         TempHome home;
         const std::unique_ptr<AppSettings> settings = linuxSettings(home);
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         auto vlc = player(QStringLiteral("vlc"), QString(),
                           {QStringLiteral("--identity"), QStringLiteral("VLC media player"),
                            QStringLiteral("--title"), QStringLiteral("Intro"),
@@ -776,10 +773,13 @@ private slots:
         QTRY_COMPARE(registry.playersOf(MediaApp::spotify).size(), 1);
         auto control = std::make_shared<MprisPlayerControl>(registry);
         QCOMPARE(control->nowPlaying(MediaApp::otherPlayers, 2.0),
-                 std::optional(PlayerControl::NowPlayingAnswer{
-                     QStringLiteral("Intro - Band"), QStringLiteral("VLC media player")}));
+                 std::optional(NowPlaying{QStringLiteral("Intro"),
+                                          {QStringLiteral("Band")},
+                                          MediaApp::otherPlayers,
+                                          QStringLiteral("VLC media player")}));
         QCOMPARE(control->nowPlaying(MediaApp::spotify, 2.0),
-                 std::optional(PlayerControl::NowPlayingAnswer{QStringLiteral("Song - Band")}));
+                 std::optional(NowPlaying{
+                     QStringLiteral("Song"), {QStringLiteral("Band")}, MediaApp::spotify}));
 
         // Through the poll the panel runs while it is open.
         QList<MediaApp> candidates{MediaApp::otherPlayers};
@@ -787,10 +787,11 @@ private slots:
         QSignalSpy changed(&status, &MediaStatus::nowPlayingChanged);
         status.pollNowPlaying();
         QTRY_COMPARE(changed.size(), 1);
-        QCOMPARE(
-            status.nowPlaying(),
-            std::optional(NowPlaying{QStringLiteral("Intro"), QStringLiteral("Band"),
-                                     MediaApp::otherPlayers, QStringLiteral("VLC media player")}));
+        QCOMPARE(status.nowPlaying(),
+                 std::optional(NowPlaying{QStringLiteral("Intro"),
+                                          {QStringLiteral("Band")},
+                                          MediaApp::otherPlayers,
+                                          QStringLiteral("VLC media player")}));
         QCOMPARE(status.nowPlaying()->shownName(), QStringLiteral("VLC media player"));
         candidates = {MediaApp::spotify};
         status.pollNowPlaying();
@@ -804,13 +805,13 @@ private slots:
         TempHome home;
         AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
             home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)));
-        MprisPlayerRegistry registry(QDBusConnection::sessionBus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         auto spotify = player(QStringLiteral("spotify"), QString(), {QStringLiteral("--spotify")});
         QTRY_COMPARE(registry.runningApps().size(), 1);
         auto control = std::make_shared<MprisPlayerControl>(registry);
         MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
         MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
-                                   status);
+                                   status, QString());
         QSignalSpy finished(&controller, &MediaController::seekFinished);
         controller.enqueueSeek(-10);
         QTRY_COMPARE(finished.size(), 1);
@@ -830,11 +831,11 @@ private slots:
         QTest::ignoreMessage(QtCriticalMsg,
                              QRegularExpression(QStringLiteral(
                                  "^No D-Bus session bus, so no media player can be reached: ")));
-        MprisPlayerRegistry registry(none);
+        MprisPlayerRegistry registry(PlayerBus::through(none));
         auto control = std::make_shared<MprisPlayerControl>(registry);
         MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
         MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
-                                   status);
+                                   status, QString());
         QSignalSpy finished(&controller, &MediaController::seekFinished);
         controller.enqueueSeek(10);
         QTRY_COMPARE(finished.size(), 1);

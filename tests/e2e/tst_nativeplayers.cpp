@@ -14,10 +14,6 @@
 
 namespace {
 
-QDBusConnection bus() {
-    return QDBusConnection::sessionBus();
-}
-
 QString busNameOf(const QString& player) {
     return QStringLiteral("org.mpris.MediaPlayer2.") + player;
 }
@@ -35,7 +31,7 @@ std::unique_ptr<PlayerProcess> start(const QString& player, const QString& file,
 }
 
 std::optional<MprisClient::State> stateOf(const QString& name) {
-    return MprisClient::readState(bus(), name, 3000);
+    return MprisClient::readState(PlayerBus::session(), name, 3000);
 }
 
 double positionOf(const QString& name) {
@@ -59,7 +55,7 @@ private:
         m_player = start(player, PlayerProcess::generatedAudio(seconds, true), once);
         QVERIFY2(m_player->waitForBusName(m_name), qPrintable(player + " did not start"));
         QTRY_VERIFY_WITH_TIMEOUT(positionOf(m_name) > 0.5, 20000);
-        m_registry = std::make_unique<MprisPlayerRegistry>(bus());
+        m_registry = std::make_unique<MprisPlayerRegistry>(PlayerBus::session());
         m_control = std::make_unique<MprisPlayerControl>(*m_registry);
         QTRY_VERIFY(m_registry->playersOf(MediaApp::otherPlayers).contains(m_name));
     }

@@ -59,10 +59,9 @@ private:
 
     // Once the session's list of players has it: a player that has only just appeared is
     // not running yet as far as the program has heard.
-    static void waitUntilRunning(const QString& processName) {
+    static void waitUntilRunning(MediaApp app) {
         const auto running = Platform::createRunningApps();
-        if (!QTest::qWaitFor([&] { return running->runningNames().contains(processName); },
-                             10000)) {
+        if (!QTest::qWaitFor([&] { return running->runningApps().contains(app); }, 10000)) {
             qFatal("The player never showed as running");
         }
     }
@@ -72,7 +71,7 @@ private:
         if (!process->waitForBusName(spotifyBusName)) {
             qFatal("The player did not start");
         }
-        waitUntilRunning(QStringLiteral("Spotify"));
+        waitUntilRunning(MediaApp::spotify);
         return process;
     }
 
@@ -110,7 +109,7 @@ private slots:
     void theRowsAreThePlayersOfThisPlatform() {
         auto other = PlayerProcess::fake({QStringLiteral("--name"), QStringLiteral("vlc")});
         QVERIFY(other->waitForBusName(QStringLiteral("org.mpris.MediaPlayer2.vlc")));
-        waitUntilRunning(MediaApp(MediaApp::otherPlayers).processName());
+        waitUntilRunning(MediaApp::otherPlayers);
         openTab();
         QStringList rows;
         QStringList names;
@@ -137,7 +136,7 @@ private slots:
         player->kill();
         // Once the session has seen it go; a new tab has a new checker, with no cache.
         const auto running = Platform::createRunningApps();
-        QTRY_VERIFY(!running->runningNames().contains(QStringLiteral("Spotify")));
+        QTRY_VERIFY(!running->runningApps().contains(MediaApp::spotify));
         m_tab.reset();
         openTab();
         QCOMPARE(checkedStatusOf(spotifyItem), QStringLiteral("Not running"));

@@ -38,14 +38,14 @@ public:
     explicit PortalProgram(QDBusConnection bus)
         : m_settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
               m_home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)))
-        , m_registry(bus)
+        , m_registry(PlayerBus::through(bus))
         , m_player(PlayerProcess::fake({QStringLiteral("--name"), QStringLiteral("spotify"),
                                         QStringLiteral("--spotify"), QStringLiteral("--position"),
                                         QStringLiteral("60")}))
         , m_control(std::make_shared<MprisPlayerControl>(m_registry))
         , m_status(m_control, m_settings, [] { return QList<MediaApp>(); })
         , m_controller(m_control, std::make_unique<MprisRunningApps>(m_registry), m_settings,
-                       m_status) {
+                       m_status, QString()) {
         auto service = std::make_unique<PortalHotkeyService>(bus);
         m_service = service.get();
         m_delegate =
@@ -567,11 +567,11 @@ private slots:
         TempHome home;
         AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
             home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)));
-        MprisPlayerRegistry registry(bus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         auto control = std::make_shared<MprisPlayerControl>(registry);
         MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
         MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
-                                   status);
+                                   status, QString());
         AppDelegate delegate(std::make_unique<PortalHotkeyService>(bus()), control, settings,
                              controller);
         QSignalSpy unavailable(&delegate, &AppDelegate::hotkeysUnavailable);
@@ -599,11 +599,11 @@ private slots:
         AppSettings settings(std::make_unique<SettingsStore>(
             std::make_unique<QSettings>(file, QSettings::IniFormat)));
         QCOMPARE(settings.seekActions(), stored);
-        MprisPlayerRegistry registry(bus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         auto control = std::make_shared<MprisPlayerControl>(registry);
         MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
         MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
-                                   status);
+                                   status, QString());
         auto service = std::make_unique<PortalHotkeyService>(bus());
         QSignalSpy bound(service.get(), &PortalHotkeyService::shortcutsBound);
         AppDelegate delegate(std::move(service), control, settings, controller);
@@ -668,7 +668,7 @@ private slots:
         TempHome home;
         AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
             home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)));
-        MprisPlayerRegistry registry(bus());
+        MprisPlayerRegistry registry(PlayerBus::session());
         auto spotify = PlayerProcess::fake({QStringLiteral("--name"), QStringLiteral("spotify"),
                                             QStringLiteral("--spotify"),
                                             QStringLiteral("--position"), QStringLiteral("60")});
@@ -677,7 +677,7 @@ private slots:
         auto control = std::make_shared<MprisPlayerControl>(registry);
         MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
         MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
-                                   status);
+                                   status, QString());
         auto service = std::make_unique<PortalHotkeyService>(bus());
         PortalHotkeyService* portalService = service.get();
         QSignalSpy bound(portalService, &PortalHotkeyService::shortcutsBound);

@@ -82,7 +82,7 @@ QString focusedWindow() {
 }
 
 double spotifyPosition() {
-    const auto state = MprisClient::readState(QDBusConnection::sessionBus(), spotifyName, 3000);
+    const auto state = MprisClient::readState(PlayerBus::session(), spotifyName, 3000);
     return state && state->positionUs ? static_cast<double>(*state->positionUs) / 1e6 : -1;
 }
 

@@ -29,7 +29,6 @@ namespace {
 
 using Direction = SeekAction::Direction;
 
-const QString spotifyProcess = QStringLiteral("Spotify");
 const QString conflictText =
     QStringLiteral("Some actions share the same hotkey. Only one will trigger.");
 const QString unavailableText = QStringLiteral("In use by another program");
@@ -591,7 +590,7 @@ private slots:
     void testSubmitsTheSignedStepThroughTheQueue() {
         settings().setSeekActions({action(Direction::backward, 15, leftArrow, controlOptionCommand),
                                    action(Direction::playPause, 10, 49, controlOptionCommand)});
-        m_rig->start({spotifyProcess});
+        m_rig->start({MediaApp::spotify});
         m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
         openTab();
         connect(m_tab.get(), &HotkeysSettingsTab::seekRequested, &m_rig->controller(),

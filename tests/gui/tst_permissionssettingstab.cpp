@@ -23,8 +23,8 @@ namespace {
 
 using Status = PermissionStatus;
 
-const QString spotify = QStringLiteral("Spotify");
-const QString chrome = QStringLiteral("Google Chrome");
+const MediaApp spotify = MediaApp::spotify;
+const MediaApp chrome = MediaApp::chromiumYouTube;
 
 bool isOrange(const QColor& color) {
     return color.hslSaturation() > 150 && color.hslHue() >= 25 && color.hslHue() <= 45;
@@ -48,7 +48,7 @@ private:
     double m_now = 1000;
 
     // The tab with its own checker over the fake players, shown as the window shows a page.
-    PermissionsSettingsTab& openTab(const QSet<QString>& running, bool show = true,
+    PermissionsSettingsTab& openTab(const QSet<MediaApp>& running, bool show = true,
                                     std::optional<QList<PermissionItem>> items = std::nullopt) {
         auto apps = std::make_unique<FakeRunningApps>(running);
         m_running = apps.get();
@@ -239,7 +239,7 @@ private slots:
         const QList<PermissionItem> items =
             PermissionItem::forApps({MediaApp::spotify, MediaApp::firefox, MediaApp::otherPlayers},
                                     QStringLiteral("MPRIS over D-Bus"));
-        openTab({QStringLiteral("Firefox")}, true, items);
+        openTab({MediaApp::firefox}, true, items);
         waitForCheck();
         QStringList ids;
         for (QWidget* each : m_tab->findChildren<QWidget*>(QStringLiteral("permissionRow"))) {
@@ -307,7 +307,7 @@ private slots:
         const auto restore =
             qScopeGuard([] { MediaApp::setBrowserNaming(MediaApp::BrowserNaming::bySite); });
         m_players->setProbeStatus(QStringLiteral("automation-firefox"), Status::denied);
-        openTab({spotify, QStringLiteral("Firefox")}, true,
+        openTab({spotify, MediaApp::firefox}, true,
                 PermissionItem::forApps({MediaApp::spotify, MediaApp::chromiumYouTube,
                                          MediaApp::firefox, MediaApp::otherPlayers},
                                         QStringLiteral("MPRIS over D-Bus")));

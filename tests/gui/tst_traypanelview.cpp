@@ -20,7 +20,6 @@
 namespace {
 
 using Direction = SeekAction::Direction;
-const QString spotifyProcess = QStringLiteral("Spotify");
 const QList<MediaApp> linuxApps{MediaApp::spotify, MediaApp::chromiumYouTube, MediaApp::firefox,
                                 MediaApp::otherPlayers};
 const QString vlcName = QStringLiteral("VLC media player");
@@ -71,7 +70,7 @@ private:
     // Linux's apps, with a player of "Other players" that plays and names itself.
     void useAnOtherPlayer() {
         m_rig = std::make_unique<ControllerRig>(linuxApps);
-        m_rig->start({MediaApp(MediaApp::otherPlayers).processName()});
+        m_rig->start({MediaApp::otherPlayers});
         m_rig->players().setSeekAnswer(MediaApp::otherPlayers,
                                        {SeekResult::seeked, std::nullopt, vlcName});
         m_rig->settings().setFeedbackDuration(30);
@@ -86,7 +85,7 @@ private:
 private slots:
     void init() {
         m_rig = std::make_unique<ControllerRig>();
-        m_rig->start({spotifyProcess});
+        m_rig->start({MediaApp::spotify});
         m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
         m_rig->settings().setFeedbackDuration(30);
     }
@@ -280,7 +279,7 @@ private slots:
 
     void nowPlayingWithoutArtistShowsOnlyTheTitle() {
         completeOnboarding();
-        m_rig->players().setNowPlayingText(MediaApp::spotify, QStringLiteral("Only A Title"));
+        m_rig->players().setNowPlaying(MediaApp::spotify, QStringLiteral("Only A Title"));
         const auto view = makeView();
         view->show();
         QTRY_COMPARE(view->state(), std::optional(TrayState::nowPlaying));
@@ -291,13 +290,27 @@ private slots:
 
     void nowPlayingWithArtistShowsBoth() {
         completeOnboarding();
-        m_rig->players().setNowPlayingText(MediaApp::spotify, QStringLiteral("Song - Band"));
+        m_rig->players().setNowPlaying(MediaApp::spotify, QStringLiteral("Song"),
+                                       {QStringLiteral("Band")});
         const auto view = makeView();
         view->show();
         QTRY_COMPARE(view->state(), std::optional(TrayState::nowPlaying));
         QCOMPARE(stateText(*view), QStringLiteral("Song"));
         QCOMPARE(child<QLabel>(*view, QStringLiteral("stateDetail"))->text(),
                  QStringLiteral("Band"));
+    }
+
+    // The title is shown whole, " - " and all, and every artist under it.
+    void aTitleWithTheSeparatorAndSeveralArtists() {
+        completeOnboarding();
+        m_rig->players().setNowPlaying(MediaApp::spotify, QStringLiteral("Song - Live"),
+                                       {QStringLiteral("Band"), QStringLiteral("Guest")});
+        const auto view = makeView();
+        view->show();
+        QTRY_COMPARE(view->state(), std::optional(TrayState::nowPlaying));
+        QCOMPARE(stateText(*view), QStringLiteral("Song - Live"));
+        QCOMPARE(child<QLabel>(*view, QStringLiteral("stateDetail"))->text(),
+                 QStringLiteral("Band, Guest"));
     }
 
     // A player of "Other players" is named as it names itself wherever the panel names the
@@ -313,8 +326,8 @@ private slots:
         QCOMPARE(stateText(*view), QStringLiteral("Last: ") + vlcName);
         QCOMPARE(stateSymbol(*view), QStringLiteral("music.note.list"));
 
-        m_rig->players().setNowPlayingText(MediaApp::otherPlayers, QStringLiteral("Intro - Band"),
-                                           vlcName);
+        m_rig->players().setNowPlaying(MediaApp::otherPlayers, QStringLiteral("Intro"),
+                                       {QStringLiteral("Band")}, vlcName);
         view->show();
         QTRY_COMPARE(view->state(), std::optional(TrayState::nowPlaying));
         QCOMPARE(stateText(*view), QStringLiteral("Intro"));
@@ -322,8 +335,8 @@ private slots:
                  QStringLiteral("Band · ") + vlcName);
         QCOMPARE(stateSymbol(*view), QStringLiteral("music.note.list"));
         // Without an artist, the player's name alone is under the title.
-        m_rig->players().setNowPlayingText(MediaApp::otherPlayers, QStringLiteral("Clip.mkv"),
-                                           vlcName);
+        m_rig->players().setNowPlaying(MediaApp::otherPlayers, QStringLiteral("Clip.mkv"), {},
+                                       vlcName);
         m_rig->status().pollNowPlaying();
         QTRY_COMPARE(stateText(*view), QStringLiteral("Clip.mkv"));
         QCOMPARE(child<QLabel>(*view, QStringLiteral("stateDetail"))->text(), vlcName);
@@ -534,8 +547,8 @@ private slots:
             QCOMPARE(m_rig->seek({10}), 1);
             QTRY_VERIFY(!m_rig->status().seekFeedback().has_value());
         });
-        m_rig->players().setNowPlayingText(MediaApp::spotify,
-                                           QStringLiteral("Bohemian Rhapsody - Queen"));
+        m_rig->players().setNowPlaying(MediaApp::spotify, QStringLiteral("Bohemian Rhapsody"),
+                                       {QStringLiteral("Queen")});
         shoot(QStringLiteral("nowplaying"), [this] { m_rig->status().pollNowPlaying(); });
         shoot(QStringLiteral("notice"), [this](TrayPanelView& view) {
             m_rig->status().pollNowPlaying();
@@ -548,8 +561,8 @@ private slots:
         shoot(QStringLiteral("feedback-other"), [this] { QCOMPARE(m_rig->seek({10}), 1); });
         useAnOtherPlayer();
         setSteps(10, 10);
-        m_rig->players().setNowPlayingText(MediaApp::otherPlayers,
-                                           QStringLiteral("Clair de lune - Debussy"), vlcName);
+        m_rig->players().setNowPlaying(MediaApp::otherPlayers, QStringLiteral("Clair de lune"),
+                                       {QStringLiteral("Debussy")}, vlcName);
         shoot(QStringLiteral("nowplaying-other"), [this] { m_rig->status().pollNowPlaying(); });
     }
 };

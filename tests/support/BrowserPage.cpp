@@ -170,7 +170,7 @@ bool BrowserPage::waitUntilPlaying(int timeoutMs) {
     while (!deadline.hasExpired() && m_browser.state() == QProcess::Running) {
         const QString name = busName();
         if (!name.isEmpty()) {
-            const auto state = MprisClient::readState(QDBusConnection::sessionBus(), name, 3000);
+            const auto state = MprisClient::readState(PlayerBus::session(), name, 3000);
             if (state && state->isPlaying() && state->positionUs && *state->positionUs > 0) {
                 return true;
             }

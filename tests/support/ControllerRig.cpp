@@ -33,13 +33,14 @@ ControllerRig::~ControllerRig() {
     m_status.reset();
 }
 
-void ControllerRig::start(const QSet<QString>& running) {
+void ControllerRig::start(const QSet<MediaApp>& running) {
     auto apps = std::make_unique<FakeRunningApps>(running);
     m_running = apps.get();
     m_status = std::make_unique<MediaStatus>(m_players, *m_settings,
                                              [this] { return m_controller->runningActiveApps(); });
     m_controller =
-        std::make_unique<MediaController>(m_players, std::move(apps), *m_settings, *m_status);
+        std::make_unique<MediaController>(m_players, std::move(apps), *m_settings, *m_status,
+                                          m_desktop->texts().permissionDeniedStatus);
     QObject::connect(m_controller.get(), &MediaController::alertRequested, m_controller.get(),
                      [this](const UserAlert& alert) { m_alerts << alert; });
 }

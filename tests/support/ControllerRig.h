@@ -22,7 +22,7 @@ public:
     ~ControllerRig();
 
     // Makes the controller, with these applications running.
-    void start(const QSet<QString>& running);
+    void start(const QSet<MediaApp>& running);
 
     // Enqueues the requests and runs the event loop until all of them are served, or the time
     // is up; answers how many were served. A real event loop, not QTRY's poll-and-sleep, so

@@ -13,12 +13,12 @@ void FakePlayers::setPlayPauseResult(MediaApp app, SeekResult result) {
     m_playPauseResults.insert(app.rawValue(), result);
 }
 
-void FakePlayers::setNowPlayingText(MediaApp app, std::optional<QString> text,
-                                    const QString& playerName) {
+void FakePlayers::setNowPlaying(MediaApp app, std::optional<QString> title,
+                                const QStringList& artists, const QString& playerName) {
     std::lock_guard lock(m_mutex);
-    m_nowPlaying.insert(app.rawValue(), text ? std::optional<NowPlayingAnswer>(
-                                                   NowPlayingAnswer{std::move(*text), playerName})
-                                             : std::nullopt);
+    m_nowPlaying.insert(app.rawValue(), title ? std::optional<NowPlaying>(NowPlaying{
+                                                    std::move(*title), artists, app, playerName})
+                                              : std::nullopt);
 }
 
 void FakePlayers::setProbeStatus(const QString& id, PermissionStatus status) {
@@ -131,11 +131,10 @@ SeekResult FakePlayers::playPause(MediaApp app, double timeout) {
     return result;
 }
 
-std::optional<PlayerControl::NowPlayingAnswer> FakePlayers::nowPlaying(MediaApp app,
-                                                                       double timeout) {
+std::optional<NowPlaying> FakePlayers::nowPlaying(MediaApp app, double timeout) {
     std::unique_lock lock(m_mutex);
     const bool hung = begin(Call::nowPlaying, app.rawValue(), 0, timeout, lock);
-    const std::optional<NowPlayingAnswer> answer =
+    const std::optional<NowPlaying> answer =
         hung ? std::nullopt : m_nowPlaying.value(app.rawValue(), std::nullopt);
     end(Call::nowPlaying, app.rawValue(), 0, lock);
     return answer;

@@ -28,8 +28,8 @@ public:
     void setPlayPauseResult(MediaApp app, SeekResult result);
     // What a now-playing query answers: absent unless set; `playerName` as a player of an app
     // of many kinds names itself.
-    void setNowPlayingText(MediaApp app, std::optional<QString> text,
-                           const QString& playerName = QString());
+    void setNowPlaying(MediaApp app, std::optional<QString> title, const QStringList& artists = {},
+                       const QString& playerName = QString());
     void setProbeStatus(const QString& id, PermissionStatus status);
     // Every call about the app waits out its whole time-out and then fails.
     void hang(MediaApp app);
@@ -49,7 +49,7 @@ public:
 
     SeekAnswer seekIfPlaying(MediaApp app, double seconds, double timeout) override;
     SeekResult playPause(MediaApp app, double timeout) override;
-    std::optional<NowPlayingAnswer> nowPlaying(MediaApp app, double timeout) override;
+    std::optional<NowPlaying> nowPlaying(MediaApp app, double timeout) override;
     PermissionStatus probe(const PermissionItem& item, double timeout) override;
     void warmSeek(double seconds) override;
 
@@ -63,7 +63,7 @@ private:
     mutable std::condition_variable m_changed;
     QHash<QString, SeekAnswer> m_seekAnswers;
     QHash<QString, SeekResult> m_playPauseResults;
-    QHash<QString, std::optional<NowPlayingAnswer>> m_nowPlaying;
+    QHash<QString, std::optional<NowPlaying>> m_nowPlaying;
     QHash<QString, PermissionStatus> m_probeStatuses;
     QSet<QString> m_hung;
     bool m_gateClosed = false;

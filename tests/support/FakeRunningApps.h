@@ -2,23 +2,31 @@
 
 #include "platform/RunningApps.h"
 
-// Running applications as the test says: launch() and quit() change the list and announce it.
+// Running media apps as the test says: launch() and quit() change the set and announce it;
+// settle() ends a start that was left unsettled.
 class FakeRunningApps : public RunningApps {
 public:
-    explicit FakeRunningApps(QSet<QString> names = {})
-        : m_names(std::move(names)) {}
+    explicit FakeRunningApps(QSet<MediaApp> apps = {}, bool settled = true)
+        : m_apps(std::move(apps))
+        , m_settled(settled) {}
 
-    QSet<QString> runningNames() const override { return m_names; }
+    QSet<MediaApp> runningApps() const override { return m_apps; }
+    bool isSettled() const override { return m_settled; }
 
-    void launch(const QString& name) {
-        m_names.insert(name);
-        emit launched(name);
+    void launch(MediaApp app) {
+        m_apps.insert(app);
+        emit launched(app);
     }
-    void quit(const QString& name) {
-        m_names.remove(name);
-        emit terminated(name);
+    void quit(MediaApp app) {
+        m_apps.remove(app);
+        emit terminated(app);
+    }
+    void settle() {
+        m_settled = true;
+        emit settled();
     }
 
 private:
-    QSet<QString> m_names;
+    QSet<MediaApp> m_apps;
+    bool m_settled;
 };

@@ -28,7 +28,7 @@ private:
 
     // Spotify alone runs and plays.
     void startSpotify() {
-        m_rig->start({QStringLiteral("Spotify")});
+        m_rig->start({MediaApp::spotify});
         players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
         m_hold = std::make_unique<HotkeyHold>(m_rig->controller());
     }
@@ -83,7 +83,7 @@ private slots:
     }
 
     void theRepeatsGoToTheAppTheFirstStepReached() {
-        m_rig->start({QStringLiteral("Spotify"), QStringLiteral("Music")});
+        m_rig->start({MediaApp::spotify, MediaApp::appleMusic});
         players().setSeekAnswer(MediaApp::spotify, {SeekResult::notPlaying});
         players().setSeekAnswer(MediaApp::appleMusic, {SeekResult::seeked});
         m_hold = std::make_unique<HotkeyHold>(m_rig->controller());
@@ -162,7 +162,7 @@ private slots:
     }
 
     void nothingMovedMeansNoRepeats() {
-        m_rig->start({QStringLiteral("Spotify")});
+        m_rig->start({MediaApp::spotify});
         players().setSeekAnswer(MediaApp::spotify, {SeekResult::notPlaying});
         m_hold = std::make_unique<HotkeyHold>(m_rig->controller());
         QSignalSpy sent(m_hold.get(), &HotkeyHold::stepSent);

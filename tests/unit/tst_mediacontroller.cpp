@@ -26,7 +26,7 @@ class TestMediaController : public QObject {
 private:
     std::unique_ptr<ControllerRig> m_rig;
 
-    void start(const QSet<QString>& running) { m_rig->start(running); }
+    void start(const QSet<MediaApp>& running) { m_rig->start(running); }
     void seek(const QList<double>& requests, int timeoutMs = 20000) {
         QCOMPARE(m_rig->seek(requests, timeoutMs), requests.size());
     }
@@ -38,7 +38,7 @@ private slots:
     void cleanup() { m_rig.reset(); }
 
     void theAppThatSeekedIsTriedFirstNextTime() {
-        start({QStringLiteral("Spotify"), QStringLiteral("Music")});
+        start({MediaApp::spotify, MediaApp::appleMusic});
         m_rig->players().setSeekAnswer(MediaApp::appleMusic, {SeekResult::seeked});
         seek({10});
         QCOMPARE(tried(), QStringList({spotify, music}));
@@ -49,7 +49,7 @@ private slots:
     }
 
     void playPauseTogglesTheFirstNativePlayer() {
-        start({QStringLiteral("Spotify"), QStringLiteral("Music")});
+        start({MediaApp::spotify, MediaApp::appleMusic});
         m_rig->players().setSeekAnswer(MediaApp::appleMusic, {SeekResult::seeked});
         // Music plays, but play/pause acts on Spotify, first in the order...
         seek({0});
@@ -64,25 +64,25 @@ private slots:
     }
 
     void aQuitPlayerIsNoLongerTriedFirst() {
-        start({QStringLiteral("Spotify"), QStringLiteral("Music")});
+        start({MediaApp::spotify, MediaApp::appleMusic});
         m_rig->players().setSeekAnswer(MediaApp::appleMusic, {SeekResult::seeked});
         seek({10});
         QCOMPARE(m_rig->controller().lastSuccessfulApp(),
                  std::optional<MediaApp>(MediaApp::appleMusic));
-        m_rig->running().quit(QStringLiteral("Music"));
+        m_rig->running().quit(MediaApp::appleMusic);
         QCOMPARE(m_rig->controller().lastSuccessfulApp(), std::nullopt);
-        QVERIFY(!m_rig->controller().runningProcessNames().contains(QStringLiteral("Music")));
-        m_rig->running().launch(QStringLiteral("Music"));
+        QVERIFY(!m_rig->controller().runningApps().contains(MediaApp::appleMusic));
+        m_rig->running().launch(MediaApp::appleMusic);
         seek({10});
         QCOMPARE(tried(), QStringList({spotify, music, spotify, music}));
     }
 
     void anotherAppQuittingKeepsTheLastSuccessfulOne() {
-        start({QStringLiteral("Spotify"), QStringLiteral("Music"), QStringLiteral("Finder")});
+        start({MediaApp::spotify, MediaApp::appleMusic, MediaApp::safariYouTube});
         m_rig->players().setSeekAnswer(MediaApp::appleMusic, {SeekResult::seeked});
         seek({10});
-        m_rig->running().quit(QStringLiteral("Spotify"));
-        m_rig->running().quit(QStringLiteral("Finder"));
+        m_rig->running().quit(MediaApp::spotify);
+        m_rig->running().quit(MediaApp::safariYouTube);
         QCOMPARE(m_rig->controller().lastSuccessfulApp(),
                  std::optional<MediaApp>(MediaApp::appleMusic));
     }
@@ -92,14 +92,14 @@ private slots:
         m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
         seek({10});
         QVERIFY(tried().isEmpty());
-        m_rig->running().launch(QStringLiteral("Spotify"));
+        m_rig->running().launch(MediaApp::spotify);
         seek({10});
         QCOMPARE(tried(), QStringList{spotify});
     }
 
     void aDisabledAppIsNeverTried() {
         m_rig->settings().setDisabledApps({MediaApp::appleMusic});
-        start({QStringLiteral("Spotify"), QStringLiteral("Music")});
+        start({MediaApp::spotify, MediaApp::appleMusic});
         m_rig->players().setSeekAnswer(MediaApp::appleMusic, {SeekResult::seeked});
         QSignalSpy status(&m_rig->status(), &MediaStatus::statusMessageChanged);
         seek({10, 0});
@@ -111,14 +111,14 @@ private slots:
     void thePriorityOrderIsTheUsers() {
         m_rig->settings().setEnabledApps({MediaApp::chromiumYouTube, MediaApp::appleMusic,
                                           MediaApp::spotify, MediaApp::safariYouTube});
-        start({QStringLiteral("Spotify"), QStringLiteral("Music"), QStringLiteral("Google Chrome"),
-               QStringLiteral("Safari")});
+        start({MediaApp::spotify, MediaApp::appleMusic, MediaApp::chromiumYouTube,
+               MediaApp::safariYouTube});
         seek({10});
         QCOMPARE(tried(), QStringList({chrome, music, spotify, QStringLiteral("safariYouTube")}));
     }
 
     void noAppRunning() {
-        start({QStringLiteral("Finder"), QStringLiteral("spotify")}); // names match exactly
+        start({});
         LogCapture log;
         seek({10});
         QCOMPARE(m_rig->status().statusMessage(),
@@ -131,7 +131,7 @@ private slots:
     }
 
     void aRefusedPermissionStopsTheTrial() {
-        start({QStringLiteral("Spotify"), QStringLiteral("Music")});
+        start({MediaApp::spotify, MediaApp::appleMusic});
         m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::permissionDenied});
         m_rig->players().setSeekAnswer(MediaApp::appleMusic, {SeekResult::seeked});
         seek({10});
@@ -143,7 +143,7 @@ private slots:
     }
 
     void anErrorIsShownOnlyWhenNothingSeeked() {
-        start({QStringLiteral("Spotify"), QStringLiteral("Music"), QStringLiteral("Safari")});
+        start({MediaApp::spotify, MediaApp::appleMusic, MediaApp::safariYouTube});
         m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::error});
         m_rig->players().setSeekAnswer(MediaApp::appleMusic, {SeekResult::seeked});
         seek({10});
@@ -157,7 +157,7 @@ private slots:
     }
 
     void chromeWithJavaScriptOff() {
-        start({QStringLiteral("Spotify"), QStringLiteral("Google Chrome")});
+        start({MediaApp::spotify, MediaApp::chromiumYouTube});
         m_rig->players().setSeekAnswer(
             MediaApp::chromiumYouTube,
             {SeekResult::error, ChromeYouTubeController::jsPermissionAlert()});
@@ -181,7 +181,7 @@ private slots:
     }
 
     void aFailureWithoutRefusalShowsNoAlert() {
-        start({QStringLiteral("Google Chrome")});
+        start({MediaApp::chromiumYouTube});
         m_rig->players().setSeekAnswer(MediaApp::chromiumYouTube, {SeekResult::error});
         seek({10});
         // The request is served only after its alerts were handed on.
@@ -189,7 +189,7 @@ private slots:
     }
 
     void aSeekIsLoggedWithItsTime() {
-        start({QStringLiteral("Spotify")});
+        start({MediaApp::spotify});
         m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
         LogCapture log;
         seek({-10, 2.25, 0});
@@ -212,7 +212,7 @@ private slots:
     }
 
     void nothingPlayingIsSilentButLogged() {
-        start({QStringLiteral("Spotify")});
+        start({MediaApp::spotify});
         LogCapture log;
         QSignalSpy status(&m_rig->status(), &MediaStatus::statusMessageChanged);
         QSignalSpy feedback(&m_rig->status(), &MediaStatus::seekFeedbackChanged);
@@ -223,7 +223,7 @@ private slots:
     }
 
     void theActiveAppIsPublishedOnlyWhenItChanges() {
-        start({QStringLiteral("Spotify"), QStringLiteral("Music")});
+        start({MediaApp::spotify, MediaApp::appleMusic});
         m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
         QSignalSpy changed(&m_rig->status(), &MediaStatus::lastActiveAppChanged);
         seek({10, 10, -10});
@@ -237,7 +237,7 @@ private slots:
     }
 
     void feedbackKindFollowsTheSign() {
-        start({QStringLiteral("Spotify")});
+        start({MediaApp::spotify});
         m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
         seek({0.5});
         QCOMPARE(m_rig->status().seekFeedback()->kind, FeedbackKind::forward);
@@ -248,7 +248,7 @@ private slots:
     }
 
     void requestsAreServedOneAfterAnotherInOrder() {
-        start({QStringLiteral("Spotify")});
+        start({MediaApp::spotify});
         m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
         m_rig->players().setCallDuration(
             20); // time enough for a second trial to overlap, if it could
@@ -267,7 +267,7 @@ private slots:
     // A request from outside (the command line) waits its turn among the others and hears what
     // its own trial came to, in the panel's words.
     void anAnsweredRequestIsToldItsOwnOutcome() {
-        start({QStringLiteral("Spotify"), QStringLiteral("Music")});
+        start({MediaApp::spotify, MediaApp::appleMusic});
         m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
         m_rig->players().setCallDuration(20);
         QList<std::pair<int, MediaController::Served>> told;
@@ -323,7 +323,7 @@ private slots:
     }
 
     void aBurstOfTenThousandIsServedInOrder() {
-        start({QStringLiteral("Spotify")});
+        start({MediaApp::spotify});
         m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
         QList<double> burst;
         for (int i = 1; i <= 10000; ++i) {
@@ -335,7 +335,7 @@ private slots:
     }
 
     void requestsFromOtherThreadsAreKept() {
-        start({QStringLiteral("Spotify")});
+        start({MediaApp::spotify});
         m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
         QSignalSpy finished(&m_rig->controller(), &MediaController::seekFinished);
         std::thread producer([this] {
@@ -355,7 +355,7 @@ private slots:
     // A player that never answers costs its full time-out on the seek thread, and the GUI
     // thread goes on meanwhile: timers fire and new requests queue up.
     void aHungTrialLeavesTheGuiThreadFree() {
-        start({QStringLiteral("Spotify"), QStringLiteral("Music")});
+        start({MediaApp::spotify, MediaApp::appleMusic});
         m_rig->players().hang(MediaApp::spotify);
         m_rig->players().setSeekAnswer(MediaApp::appleMusic, {SeekResult::seeked});
         int ticks = 0;

@@ -41,7 +41,7 @@ private:
 private slots:
     void init() {
         m_rig = std::make_unique<ControllerRig>();
-        m_rig->start({QStringLiteral("Spotify"), QStringLiteral("Music")});
+        m_rig->start({MediaApp::spotify, MediaApp::appleMusic});
     }
     void cleanup() { m_rig.reset(); }
 
@@ -118,60 +118,35 @@ private slots:
         QVERIFY(changes.at(2) - changes.at(1) >= 4995);
     }
 
-    void titleAndArtistAreSplitAtTheFirstDash() {
-        m_rig->players().setNowPlayingText(MediaApp::spotify,
-                                           QStringLiteral("Intro - Live - Band"));
+    // What the player says goes through whole: a title with " - " in it stays the title, and
+    // each artist stays apart.
+    void theTitleAndArtistsComeAsThePlayerSaysThem() {
+        m_rig->players().setNowPlaying(MediaApp::spotify, QStringLiteral("Intro - Live"),
+                                       {QStringLiteral("Band"), QStringLiteral("Guest")});
         QSignalSpy changed(&status(), &MediaStatus::nowPlayingChanged);
         status().pollNowPlaying();
         QTRY_COMPARE(changed.size(), 1);
         QCOMPARE(status().nowPlaying(),
-                 std::optional<NowPlaying>(
-                     {QStringLiteral("Intro"), QStringLiteral("Live - Band"), MediaApp::spotify}));
+                 std::optional<NowPlaying>({QStringLiteral("Intro - Live"),
+                                            {QStringLiteral("Band"), QStringLiteral("Guest")},
+                                            MediaApp::spotify}));
     }
 
-    void splitRule_data() {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<QString>("artist");
-        QTest::newRow("song - band") << "Song - Band"
-                                     << "Song"
-                                     << "Band";
-        QTest::newRow("no separator") << "Just a title"
-                                      << "Just a title"
-                                      << "";
-        QTest::newRow("hyphen only") << "Song-Band"
-                                     << "Song-Band"
-                                     << "";
-        QTest::newRow("empty artist") << "Song - "
-                                      << "Song - "
-                                      << "";
-        QTest::newRow("empty title") << " - Band"
-                                     << " - Band"
-                                     << "";
-        QTest::newRow("only separator") << " - "
-                                        << " - "
-                                        << "";
-        QTest::newRow("two dashes") << "A - B - C"
-                                    << "A"
-                                    << "B - C";
-        QTest::newRow("spaces kept") << "  A  -  B "
-                                     << "  A "
-                                     << " B ";
-    }
-    void splitRule() {
-        QFETCH(QString, text);
-        QFETCH(QString, title);
-        QFETCH(QString, artist);
-        const NowPlaying nowPlaying = NowPlaying::fromText(MediaApp::chromiumYouTube, text);
-        QCOMPARE(nowPlaying.title, title);
-        QCOMPARE(nowPlaying.artist, artist);
-        QCOMPARE(nowPlaying.app, MediaApp(MediaApp::chromiumYouTube));
+    // An answer with no title is nothing playing, whatever else it says.
+    void anAnswerWithoutATitleIsNothing() {
+        m_rig->players().setNowPlaying(MediaApp::spotify, QString(), {QStringLiteral("Band")});
+        m_rig->players().setNowPlaying(MediaApp::appleMusic, QStringLiteral("Blue"));
+        QSignalSpy changed(&status(), &MediaStatus::nowPlayingChanged);
+        status().pollNowPlaying();
+        QTRY_COMPARE(changed.size(), 1);
+        QCOMPARE(status().nowPlaying()->app, MediaApp(MediaApp::appleMusic));
     }
 
     void theFirstPlayingAppInOrderIsShown() {
-        m_rig->players().setNowPlayingText(MediaApp::spotify, QString()); // nothing playing
-        m_rig->players().setNowPlayingText(MediaApp::appleMusic, QStringLiteral("Blue - Joni"));
-        m_rig->running().launch(QStringLiteral("Safari"));
+        m_rig->players().setNowPlaying(MediaApp::spotify, QString()); // nothing playing
+        m_rig->players().setNowPlaying(MediaApp::appleMusic, QStringLiteral("Blue"),
+                                       {QStringLiteral("Joni")});
+        m_rig->running().launch(MediaApp::safariYouTube);
         QSignalSpy changed(&status(), &MediaStatus::nowPlayingChanged);
         status().pollNowPlaying();
         QTRY_COMPARE(changed.size(), 1);
@@ -182,11 +157,12 @@ private slots:
     }
 
     void nothingPlayingClearsTheLineAtTheNextPoll() {
-        m_rig->players().setNowPlayingText(MediaApp::spotify, QStringLiteral("Intro - Band"));
+        m_rig->players().setNowPlaying(MediaApp::spotify, QStringLiteral("Intro"),
+                                       {QStringLiteral("Band")});
         QSignalSpy changed(&status(), &MediaStatus::nowPlayingChanged);
         status().pollNowPlaying();
         QTRY_COMPARE(changed.size(), 1);
-        m_rig->players().setNowPlayingText(MediaApp::spotify, std::nullopt);
+        m_rig->players().setNowPlaying(MediaApp::spotify, std::nullopt);
         status().pollNowPlaying();
         QTRY_COMPARE(changed.size(), 2);
         QCOMPARE(status().nowPlaying(), std::nullopt);
@@ -195,7 +171,8 @@ private slots:
     // A player that hangs costs its own time-out and the next one is asked.
     void aHungPlayerYieldsNothing() {
         m_rig->players().hang(MediaApp::spotify);
-        m_rig->players().setNowPlayingText(MediaApp::appleMusic, QStringLiteral("Blue - Joni"));
+        m_rig->players().setNowPlaying(MediaApp::appleMusic, QStringLiteral("Blue"),
+                                       {QStringLiteral("Joni")});
         QSignalSpy changed(&status(), &MediaStatus::nowPlayingChanged);
         QElapsedTimer clock;
         clock.start();
@@ -222,7 +199,8 @@ private slots:
     }
 
     void theLastValueStaysAfterPollingStops() {
-        m_rig->players().setNowPlayingText(MediaApp::spotify, QStringLiteral("Intro - Band"));
+        m_rig->players().setNowPlaying(MediaApp::spotify, QStringLiteral("Intro"),
+                                       {QStringLiteral("Band")});
         QSignalSpy changed(&status(), &MediaStatus::nowPlayingChanged);
         status().startNowPlayingPolling();
         QTRY_COMPARE(changed.size(), 1);
@@ -231,13 +209,14 @@ private slots:
     }
 
     void noRunningPlayerMeansNothingPlaying() {
-        m_rig->players().setNowPlayingText(MediaApp::spotify, QStringLiteral("Intro - Band"));
+        m_rig->players().setNowPlaying(MediaApp::spotify, QStringLiteral("Intro"),
+                                       {QStringLiteral("Band")});
         QSignalSpy changed(&status(), &MediaStatus::nowPlayingChanged);
         status().pollNowPlaying();
         QTRY_COMPARE(changed.size(), 1);
         const auto asked = m_rig->players().subjects(Call::nowPlaying).size();
-        m_rig->running().quit(QStringLiteral("Spotify"));
-        m_rig->running().quit(QStringLiteral("Music"));
+        m_rig->running().quit(MediaApp::spotify);
+        m_rig->running().quit(MediaApp::appleMusic);
         status().pollNowPlaying();
         QTRY_COMPARE(changed.size(), 2);
         QCOMPARE(status().nowPlaying(), std::nullopt);
@@ -246,13 +225,13 @@ private slots:
 
     // A problem on show goes as soon as a request succeeds.
     void aSeekAfterAProblemHidesIt() {
-        m_rig->running().quit(QStringLiteral("Spotify"));
-        m_rig->running().quit(QStringLiteral("Music"));
+        m_rig->running().quit(MediaApp::spotify);
+        m_rig->running().quit(MediaApp::appleMusic);
         QCOMPARE(m_rig->seek({10}), 1);
         QCOMPARE(status().statusMessage(),
                  std::optional<QString>(QStringLiteral("No media apps running")));
         QTest::qWait(500);
-        m_rig->running().launch(QStringLiteral("Spotify"));
+        m_rig->running().launch(MediaApp::spotify);
         m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
         QCOMPARE(m_rig->seek({10}), 1);
         QCOMPARE(status().statusMessage(), std::nullopt);

@@ -13,8 +13,8 @@ namespace {
 using Call = FakePlayers::Call;
 using Status = PermissionStatus;
 
-const QSet<QString> everyTarget = {QStringLiteral("Spotify"), QStringLiteral("Music"),
-                                   QStringLiteral("Google Chrome"), QStringLiteral("Safari")};
+const QSet<MediaApp> everyTarget = {MediaApp::spotify, MediaApp::appleMusic,
+                                    MediaApp::chromiumYouTube, MediaApp::safariYouTube};
 
 const QStringList allIds = {QStringLiteral("automation-spotify"),
                             QStringLiteral("automation-music"), QStringLiteral("automation-chrome"),
@@ -31,7 +31,7 @@ private:
     double m_now = 1000; // a clock the test moves
     std::unique_ptr<PermissionChecker> m_checker;
 
-    void make(const QSet<QString>& running, std::shared_ptr<PlayerControl> players = nullptr) {
+    void make(const QSet<MediaApp>& running, std::shared_ptr<PlayerControl> players = nullptr) {
         auto apps = std::make_unique<FakeRunningApps>(running);
         m_running = apps.get();
         m_checker = std::make_unique<PermissionChecker>(
@@ -65,18 +65,22 @@ private slots:
         }
         QCOMPARE(ids, allIds);
         QCOMPARE(items[0], (PermissionItem{"automation-spotify", "Automation", "Spotify", "Spotify",
-                                           "music.note", PermissionItem::Kind::automation}));
-        QCOMPARE(items[1],
-                 (PermissionItem{"automation-music", "Automation", "Apple Music", "Music",
-                                 "music.quarternote.3", PermissionItem::Kind::automation}));
-        QCOMPARE(items[2],
-                 (PermissionItem{"automation-chrome", "Automation", "Google Chrome",
-                                 "Google Chrome", "globe", PermissionItem::Kind::automation}));
+                                           "music.note", PermissionItem::Kind::automation,
+                                           MediaApp::spotify}));
+        QCOMPARE(items[1], (PermissionItem{"automation-music", "Automation", "Apple Music", "Music",
+                                           "music.quarternote.3", PermissionItem::Kind::automation,
+                                           MediaApp::appleMusic}));
+        QCOMPARE(
+            items[2],
+            (PermissionItem{"automation-chrome", "Automation", "Google Chrome", "Google Chrome",
+                            "globe", PermissionItem::Kind::automation, MediaApp::chromiumYouTube}));
         QCOMPARE(items[3], (PermissionItem{"chrome-js", "JavaScript from Apple Events",
                                            "Google Chrome", "Google Chrome", "curlybraces",
-                                           PermissionItem::Kind::browserJavaScript}));
-        QCOMPARE(items[4], (PermissionItem{"automation-safari", "Automation", "Safari", "Safari",
-                                           "safari", PermissionItem::Kind::automation}));
+                                           PermissionItem::Kind::browserJavaScript,
+                                           MediaApp::chromiumYouTube}));
+        QCOMPARE(items[4],
+                 (PermissionItem{"automation-safari", "Automation", "Safari", "Safari", "safari",
+                                 PermissionItem::Kind::automation, MediaApp::safariYouTube}));
     }
 
     void aListForApps() {
@@ -86,10 +90,9 @@ private slots:
         QCOMPARE(items[1],
                  (PermissionItem{"automation-otherPlayers", "MPRIS over D-Bus", "Other players",
                                  MediaApp(MediaApp::otherPlayers).processName(), "music.note.list",
-                                 PermissionItem::Kind::automation}));
+                                 PermissionItem::Kind::automation, MediaApp::otherPlayers}));
         // Told another list, the checker probes that one, in its order.
-        make({QStringLiteral("Spotify"), MediaApp(MediaApp::otherPlayers).processName(),
-              QStringLiteral("Music")});
+        make({MediaApp::spotify, MediaApp::otherPlayers, MediaApp::appleMusic});
         QCOMPARE(m_checker->items(), PermissionItem::all());
         m_checker->setItems(items);
         check(false);
@@ -111,7 +114,7 @@ private slots:
     }
 
     void runningItemsShowCheckingUntilProbed() {
-        make({QStringLiteral("Spotify")});
+        make({MediaApp::spotify});
         m_players->closeGate();
         QSignalSpy checking(m_checker.get(), &PermissionChecker::isCheckingChanged);
         m_checker->checkAll(false);
@@ -126,7 +129,7 @@ private slots:
     }
 
     void onlySafariRunning() {
-        make({QStringLiteral("Safari"), QStringLiteral("Finder")});
+        make({MediaApp::safariYouTube});
         check(false);
         QCOMPARE(m_players->subjects(Call::probe),
                  QStringList{QStringLiteral("automation-safari")});
@@ -198,9 +201,9 @@ private slots:
 
     // The cache holds the whole picture, not-running entries included.
     void theCacheKeepsAppsThatWereNotRunning() {
-        make({QStringLiteral("Spotify")});
+        make({MediaApp::spotify});
         check(false);
-        m_running->launch(QStringLiteral("Music"));
+        m_running->launch(MediaApp::appleMusic);
         check(false);
         QCOMPARE(m_checker->status(QStringLiteral("automation-music")), Status::appNotRunning);
         QCOMPARE(probes(), 1);
@@ -248,7 +251,7 @@ private slots:
                        : ScriptedEngine::text(QStringLiteral("Google Chrome"));
         });
         AppleScriptService::setEngine(engine);
-        make({QStringLiteral("Google Chrome")}, std::make_shared<ScriptedPlayerControl>());
+        make({MediaApp::chromiumYouTube}, std::make_shared<ScriptedPlayerControl>());
         check(false);
         QCOMPARE(m_checker->status(QStringLiteral("chrome-js")), Status::granted);
         QCOMPARE(m_checker->status(QStringLiteral("automation-chrome")), Status::granted);

@@ -5,6 +5,7 @@
 #include "scripting/NativeMediaAppController.h"
 #include "scripting/PermissionProbes.h"
 #include "scripting/SafariYouTubeController.h"
+#include "scripting/ScriptNowPlaying.h"
 #include "scripting/ScriptedPlayerControl.h"
 #include "support/ScriptedEngine.h"
 
@@ -264,10 +265,10 @@ private slots:
                        : ScriptedEngine::noText();
         });
         ScriptedPlayerControl players;
-        // Each app is one player, named by the app.
-        QCOMPARE(
-            players.nowPlaying(MediaApp::spotify, 2.0),
-            std::optional(PlayerControl::NowPlayingAnswer{QStringLiteral("Intro - Live - Band")}));
+        // Each app is one player, named by the app. The artist is what follows the last " - ".
+        QCOMPARE(players.nowPlaying(MediaApp::spotify, 2.0),
+                 std::optional(NowPlaying{
+                     QStringLiteral("Intro - Live"), {QStringLiteral("Band")}, MediaApp::spotify}));
         QCOMPARE(players.nowPlaying(MediaApp::appleMusic, 2.0), std::nullopt);
         QCOMPARE(players.nowPlaying(MediaApp::chromiumYouTube, 2.0), std::nullopt);
         QCOMPARE(players.nowPlaying(MediaApp::safariYouTube, 2.0), std::nullopt);
@@ -276,6 +277,41 @@ private slots:
             QStringList({SpotifyController::nowPlayingScript(), MusicController::nowPlayingScript(),
                          ChromeYouTubeController::nowPlayingScript(),
                          SafariYouTubeController::nowPlayingScript()}));
+    }
+
+    void scriptAnswersAreParted_data() {
+        QTest::addColumn<bool>("video");
+        QTest::addColumn<QString>("answer");
+        QTest::addColumn<QString>("title");
+        QTest::addColumn<QStringList>("artists");
+        QTest::newRow("track") << false << "Song - Band"
+                               << "Song" << QStringList{"Band"};
+        QTest::newRow("track titled with the separator") << false << "Song - Live - Band"
+                                                         << "Song - Live" << QStringList{"Band"};
+        QTest::newRow("track without an artist") << false << "Song - "
+                                                 << "Song" << QStringList();
+        QTest::newRow("track answer without a separator") << false << "Song"
+                                                          << "Song" << QStringList();
+        QTest::newRow("video by a band") << true << "Song - Band"
+                                         << "Song" << QStringList{"Band"};
+        QTest::newRow("video of another kind") << true << "How to - part 2 - final"
+                                               << "How to" << QStringList{"part 2 - final"};
+        QTest::newRow("video title") << true << "Cats compilation"
+                                     << "Cats compilation" << QStringList();
+        QTest::newRow("video title ending in the separator") << true << "Cats - "
+                                                             << "Cats - " << QStringList();
+    }
+    void scriptAnswersAreParted() {
+        QFETCH(bool, video);
+        QFETCH(QString, answer);
+        QFETCH(QString, title);
+        QFETCH(QStringList, artists);
+        const MediaApp app = video ? MediaApp::safariYouTube : MediaApp::appleMusic;
+        const NowPlaying parted = video ? ScriptNowPlaying::fromVideoTitle(app, answer)
+                                        : ScriptNowPlaying::fromTrackAnswer(app, answer);
+        QCOMPARE(parted.title, title);
+        QCOMPARE(parted.artists, artists);
+        QCOMPARE(parted.app, app);
     }
 
     // Warming keeps the exact texts a seek of that step will run, for all four apps, and runs

@@ -10,7 +10,7 @@ private:
     static SeekFeedback feedback() {
         return {MediaApp::spotify, FeedbackKind::forward, QUuid::createUuid()};
     }
-    static NowPlaying playing() { return {QStringLiteral("Song"), QString(), MediaApp::spotify}; }
+    static NowPlaying playing() { return {QStringLiteral("Song"), {}, MediaApp::spotify}; }
 
 private slots:
     void nothingKnownIsNoMedia() {

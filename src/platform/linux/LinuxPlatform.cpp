@@ -25,7 +25,7 @@ namespace {
 // every list of running apps read the same registry. Made on first use, on the GUI thread, by
 // the application shell; never destroyed, as the seek thread may still read it at exit.
 MprisPlayerRegistry& sessionPlayers() {
-    static auto* registry = new MprisPlayerRegistry(QDBusConnection::sessionBus());
+    static auto* registry = new MprisPlayerRegistry(PlayerBus::session());
     return *registry;
 }
 

@@ -1,7 +1,5 @@
 #include "MprisClient.h"
 
-#include "DirectBusCalls.h"
-
 #include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
@@ -86,28 +84,6 @@ int remaining(const QDeadlineTimer& deadline) {
     return static_cast<int>(std::max<qint64>(1, deadline.remainingTime()));
 }
 
-bool succeeded(const QDBusMessage& reply) {
-    return reply.type() == QDBusMessage::ReplyMessage;
-}
-
-// Sends a player command: straight through libdbus on the session bus (one round trip), else
-// through QtDBus.
-SeekResult command(const QDBusConnection& bus, const QDBusMessage& call,
-                   const std::function<DirectBusCalls::Outcome()>& direct, int timeoutMs) {
-    if (bus.name() == QDBusConnection::sessionBus().name()) {
-        switch (direct()) {
-        case DirectBusCalls::Outcome::replied:
-            return SeekResult::seeked;
-        case DirectBusCalls::Outcome::failed:
-            return SeekResult::error;
-        case DirectBusCalls::Outcome::unavailable:
-            break;
-        }
-    }
-    return succeeded(bus.call(call, QDBus::Block, timeoutMs)) ? SeekResult::seeked
-                                                              : SeekResult::error;
-}
-
 } // namespace
 
 void apply(State& state, const QVariantMap& properties) {
@@ -142,37 +118,17 @@ bool isUsableTrack(const std::optional<QString>& trackId) {
     return trackId && *trackId != noTrack && isObjectPath(*trackId);
 }
 
-std::optional<State> readState(const QDBusConnection& bus, const QString& service, int timeoutMs) {
-    if (bus.name() == QDBusConnection::sessionBus().name()) {
-        // Straight through libdbus: QtDBus's hand-off to its own thread and back costs as much
-        // as the read itself, and a seek that reads first waits for it.
-        QVariantMap properties;
-        switch (DirectBusCalls::playerProperties(service, timeoutMs, &properties)) {
-        case DirectBusCalls::Outcome::replied: {
-            State state;
-            apply(state, properties);
-            return state;
-        }
-        case DirectBusCalls::Outcome::failed:
-            return std::nullopt;
-        case DirectBusCalls::Outcome::unavailable:
-            break;
-        }
-    }
-    QDBusMessage call = QDBusMessage::createMethodCall(
-        service, objectPath, QStringLiteral("org.freedesktop.DBus.Properties"),
-        QStringLiteral("GetAll"));
-    call << playerInterface;
-    const QDBusMessage reply = bus.call(call, QDBus::Block, timeoutMs);
-    if (!succeeded(reply) || reply.arguments().isEmpty()) {
+std::optional<State> readState(const PlayerBus& bus, const QString& service, int timeoutMs) {
+    const std::optional<QVariantMap> properties = bus.playerProperties(service, timeoutMs);
+    if (!properties) {
         return std::nullopt;
     }
     State state;
-    apply(state, toMap(reply.arguments().constFirst()));
+    apply(state, *properties);
     return state;
 }
 
-SeekResult seekIfPlaying(const QDBusConnection& bus, const QString& service, double seconds,
+SeekResult seekIfPlaying(const PlayerBus& bus, const QString& service, double seconds,
                          int timeoutMs, Stepping stepping) {
     const QDeadlineTimer deadline(timeoutMs);
     const std::optional<State> state = readState(bus, service, timeoutMs);
@@ -187,20 +143,19 @@ qint64 clampedTarget(const State& state, qint64 positionUs, qint64 deltaUs) {
     return state.lengthUs && *state.lengthUs > 0 ? std::min(target, *state.lengthUs) : target;
 }
 
-SeekResult setPosition(const QDBusConnection& bus, const QString& service,
+SeekResult setPosition(const PlayerBus& bus, const QString& service,
                        const std::optional<QString>& trackId, qint64 positionUs, int timeoutMs) {
     const QString track = trackId && isObjectPath(*trackId) ? *trackId : noTrack;
     QDBusMessage call = QDBusMessage::createMethodCall(service, objectPath, playerInterface,
                                                        QStringLiteral("SetPosition"));
     call << QVariant::fromValue(QDBusObjectPath(track))
          << QVariant::fromValue<qlonglong>(positionUs);
-    return command(
-        bus, call,
-        [&] { return DirectBusCalls::setPosition(service, track, positionUs, timeoutMs); },
+    return bus.command(
+        call, [&] { return DirectBusCalls::setPosition(service, track, positionUs, timeoutMs); },
         timeoutMs);
 }
 
-SeekResult seekFrom(const QDBusConnection& bus, const QString& service, const State& state,
+SeekResult seekFrom(const PlayerBus& bus, const QString& service, const State& state,
                     double seconds, int timeoutMs, Stepping stepping) {
     if (!state.isPlaying()) {
         return SeekResult::notPlaying;
@@ -228,30 +183,27 @@ SeekResult seekFrom(const QDBusConnection& bus, const QString& service, const St
     return seekRelative(bus, service, target - *state.positionUs, timeoutMs);
 }
 
-SeekResult seekRelative(const QDBusConnection& bus, const QString& service, qint64 deltaUs,
+SeekResult seekRelative(const PlayerBus& bus, const QString& service, qint64 deltaUs,
                         int timeoutMs) {
     QDBusMessage call = QDBusMessage::createMethodCall(service, objectPath, playerInterface,
                                                        QStringLiteral("Seek"));
     call << QVariant::fromValue<qlonglong>(deltaUs);
-    return command(
-        bus, call, [&] { return DirectBusCalls::seek(service, deltaUs, timeoutMs); }, timeoutMs);
+    return bus.command(
+        call, [&] { return DirectBusCalls::seek(service, deltaUs, timeoutMs); }, timeoutMs);
 }
 
-SeekResult playPause(const QDBusConnection& bus, const QString& service, int timeoutMs) {
+SeekResult playPause(const PlayerBus& bus, const QString& service, int timeoutMs) {
     const QDBusMessage call = QDBusMessage::createMethodCall(service, objectPath, playerInterface,
                                                              QStringLiteral("PlayPause"));
-    return command(
-        bus, call, [&] { return DirectBusCalls::playPause(service, timeoutMs); }, timeoutMs);
+    return bus.command(
+        call, [&] { return DirectBusCalls::playPause(service, timeoutMs); }, timeoutMs);
 }
 
-QString nowPlayingText(const State& state) {
+NowPlaying nowPlaying(const State& state) {
     if (!state.isPlaying() || state.title.isEmpty()) {
         return {};
     }
-    if (state.artists.isEmpty()) {
-        return state.title;
-    }
-    return state.title + QStringLiteral(" - ") + state.artists.join(QStringLiteral(", "));
+    return {state.title, state.artists};
 }
 
 } // namespace MprisClient

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "PlayerBus.h"
+#include "models/NowPlaying.h"
 #include "models/SeekResult.h"
 
-#include <QDBusConnection>
 #include <QString>
 #include <QStringList>
 
@@ -47,15 +48,15 @@ void apply(State& state, const QVariantMap& properties);
 bool isUsableTrack(const std::optional<QString>& trackId);
 
 // Absent when the player answers with an error or not in time.
-std::optional<State> readState(const QDBusConnection& bus, const QString& service, int timeoutMs);
+std::optional<State> readState(const PlayerBus& bus, const QString& service, int timeoutMs);
 
 // Moves a playing player by a non-zero number of seconds, kept between 0 and the track's
 // length where the position and length are known. A player that says it cannot seek is an
 // error and is sent nothing.
-SeekResult seekIfPlaying(const QDBusConnection& bus, const QString& service, double seconds,
+SeekResult seekIfPlaying(const PlayerBus& bus, const QString& service, double seconds,
                          int timeoutMs, Stepping stepping = Stepping::relative);
 // Moves the player with a state already read, within what is left of the time-out.
-SeekResult seekFrom(const QDBusConnection& bus, const QString& service, const State& state,
+SeekResult seekFrom(const PlayerBus& bus, const QString& service, const State& state,
                     double seconds, int timeoutMs, Stepping stepping = Stepping::relative);
 
 // Where a step from `positionUs` lands, kept inside the track where its length is known.
@@ -63,18 +64,18 @@ qint64 clampedTarget(const State& state, qint64 positionUs, qint64 deltaUs);
 
 // SetPosition to an absolute position. A track id that is no object path (or none) is sent as
 // the "no track" path: only players that ignore the track id are sent one.
-SeekResult setPosition(const QDBusConnection& bus, const QString& service,
+SeekResult setPosition(const PlayerBus& bus, const QString& service,
                        const std::optional<QString>& trackId, qint64 positionUs, int timeoutMs);
 
 // Moves the player by a signed number of microseconds from wherever it is, in one round trip.
-SeekResult seekRelative(const QDBusConnection& bus, const QString& service, qint64 deltaUs,
+SeekResult seekRelative(const PlayerBus& bus, const QString& service, qint64 deltaUs,
                         int timeoutMs);
 
 // Toggles play/pause; any answer but an error is seeked.
-SeekResult playPause(const QDBusConnection& bus, const QString& service, int timeoutMs);
+SeekResult playPause(const PlayerBus& bus, const QString& service, int timeoutMs);
 
-// "title - artist" (artists joined with ", ", just the title when there is none) of a playing
-// player; empty when it plays nothing or cannot tell.
-QString nowPlayingText(const State& state);
+// The title and artists of what a playing player plays, as it says them; empty when it plays
+// nothing or cannot tell.
+NowPlaying nowPlaying(const State& state);
 
 } // namespace MprisClient

@@ -1,6 +1,5 @@
 #include "MprisPlayerControl.h"
 
-#include "DirectBusCalls.h"
 #include "MprisClient.h"
 #include "MprisPlayerRegistry.h"
 
@@ -19,15 +18,6 @@ int remaining(const QDeadlineTimer& deadline) {
     return static_cast<int>(std::max<qint64>(1, deadline.remainingTime()));
 }
 
-std::optional<MediaApp> appNamed(const QString& processName) {
-    for (const MediaApp app : MediaApp::everyCase()) {
-        if (app.processName() == processName) {
-            return app;
-        }
-    }
-    return std::nullopt;
-}
-
 // Whether a step from the position read lands well away from the end it goes towards,
 // whatever a seek still under way has done meanwhile.
 bool landsWellInside(const MprisClient::State& state, qint64 deltaUs) {
@@ -43,18 +33,16 @@ bool landsWellInside(const MprisClient::State& state, qint64 deltaUs) {
 } // namespace
 
 MprisPlayerControl::MprisPlayerControl(MprisPlayerRegistry& registry)
-    : m_registry(registry) {}
+    : m_registry(registry)
+    , m_states(registry.states()) {}
 
 bool MprisPlayerControl::stillPlaying(const QString& player) const {
-    if (m_registry.bus().name() != QDBusConnection::sessionBus().name()) {
-        return true; // heard on no connection of ours but the registry's
-    }
-    switch (DirectBusCalls::lastHeardStatus(m_registry.ownerOf(player))) {
+    switch (m_registry.bus().lastHeardStatus(m_registry.ownerOf(player))) {
     case DirectBusCalls::Heard::nothing:
     case DirectBusCalls::Heard::playing:
         return true;
     case DirectBusCalls::Heard::vanished:
-        return m_registry.isHeldOver(player);
+        return m_states.isHeldOver(player);
     case DirectBusCalls::Heard::other:
         return false;
     }
@@ -75,29 +63,26 @@ PlayerControl::SeekAnswer MprisPlayerControl::seekOnce(MediaApp app, double seco
     const QDeadlineTimer deadline(milliseconds(timeout));
     const auto deltaUs = static_cast<qint64>(std::llround(seconds * 1e6));
     bool failed = false;
-    const bool sessionBus = m_registry.bus().name() == QDBusConnection::sessionBus().name();
     for (const QString& player : m_registry.playersOf(app)) {
         // From before the first read on, so that no announcement after it goes unheard here.
-        if (sessionBus) {
-            DirectBusCalls::followPlayer(m_registry.ownerOf(player));
-        }
+        m_registry.bus().followPlayer(m_registry.ownerOf(player));
         const MprisClient::Stepping stepping = m_registry.steppingOf(player);
         // Known to be playing, and where: one round trip. The registry takes the players'
         // signals in on the GUI thread, a moment after they came; a pause announced meanwhile
         // is heard here, on this thread's own connection.
         if (stepping == MprisClient::Stepping::toPosition) {
-            const std::optional<qint64> target = m_registry.targetWithoutRead(player, deltaUs);
+            const std::optional<qint64> target = m_states.targetWithoutRead(player, deltaUs);
             if (target && stillPlaying(player)) {
                 return {moveTo(player, *target, deadline)};
             }
-        } else if (m_registry.canSeekRelatively(player, deltaUs) && stillPlaying(player)) {
+        } else if (m_states.canSeekRelatively(player, deltaUs) && stillPlaying(player)) {
             m_registry.markActive(player);
-            m_registry.expectSeeked(player);
+            m_states.expectSeeked(player);
             return {
                 MprisClient::seekRelative(m_registry.bus(), player, deltaUs, remaining(deadline))};
         }
         // Otherwise read first.
-        const std::optional<qint64> kept = m_registry.positionUs(player);
+        const std::optional<qint64> kept = m_states.positionUs(player);
         std::optional<MprisClient::State> state =
             MprisClient::readState(m_registry.bus(), player, remaining(deadline));
         if (!state) {
@@ -105,15 +90,15 @@ PlayerControl::SeekAnswer MprisPlayerControl::seekOnce(MediaApp app, double seco
             continue;
         }
         if (!state->isPlaying()) {
-            m_registry.remember(player, *state);
+            m_states.remember(player, *state);
             continue;
         }
         m_registry.markActive(player);
         if (state->refusesSeeks()) {
-            m_registry.remember(player, *state);
+            m_states.remember(player, *state);
             return {SeekResult::error}; // sent nothing: it would not move
         }
-        const bool seekInFlight = m_registry.isSeekInFlight(player);
+        const bool seekInFlight = m_states.isSeekInFlight(player);
         if (stepping == MprisClient::Stepping::toPosition) {
             // A whole-second reading (Firefox's) is the true position cut down to the second.
             // The position kept since an announcement or our own last move is exact, where it
@@ -124,17 +109,17 @@ PlayerControl::SeekAnswer MprisPlayerControl::seekOnce(MediaApp app, double seco
                                     *kept < *state->positionUs + second + second / 4;
                 state->positionUs = agrees ? *kept : *state->positionUs + second / 2;
             }
-            m_registry.remember(player, *state);
+            m_states.remember(player, *state);
             if (!state->positionUs) {
-                m_registry.expectSeeked(player);
+                m_states.expectSeeked(player);
                 return {MprisClient::seekRelative(m_registry.bus(), player, deltaUs,
                                                   remaining(deadline))};
             }
             return {moveTo(player, MprisClient::clampedTarget(*state, *state->positionUs, deltaUs),
                            deadline)};
         }
-        m_registry.remember(player, *state);
-        m_registry.expectSeeked(player);
+        m_states.remember(player, *state);
+        m_states.expectSeeked(player);
         // A position read while our last seek is still under way can be the one from before
         // it: clamping from there could undo that seek. A relative seek starts from where the
         // player really is, but only keeps inside the track when the step lands well inside
@@ -152,8 +137,8 @@ PlayerControl::SeekAnswer MprisPlayerControl::seekOnce(MediaApp app, double seco
 SeekResult MprisPlayerControl::moveTo(const QString& player, qint64 positionUs,
                                       const QDeadlineTimer& deadline) {
     m_registry.markActive(player);
-    const std::optional<MprisClient::State> known = m_registry.known(player);
-    m_registry.sentPosition(player, positionUs);
+    const std::optional<MprisClient::State> known = m_states.known(player);
+    m_states.sentPosition(player, positionUs);
     return MprisClient::setPosition(m_registry.bus(), player, known ? known->trackId : std::nullopt,
                                     positionUs, remaining(deadline));
 }
@@ -179,23 +164,25 @@ SeekResult MprisPlayerControl::playPause(MediaApp app, double timeout) {
     return MprisClient::playPause(m_registry.bus(), target, remaining(deadline));
 }
 
-std::optional<PlayerControl::NowPlayingAnswer> MprisPlayerControl::nowPlaying(MediaApp app,
-                                                                              double timeout) {
+std::optional<NowPlaying> MprisPlayerControl::nowPlaying(MediaApp app, double timeout) {
     const QDeadlineTimer deadline(milliseconds(timeout));
     for (const QString& player : m_registry.playersOf(app)) {
         const auto state = MprisClient::readState(m_registry.bus(), player, remaining(deadline));
         if (state && state->isPlaying()) {
+            NowPlaying playing = MprisClient::nowPlaying(*state);
+            playing.app = app;
             // Named as the seek feedback names it.
-            return NowPlayingAnswer{MprisClient::nowPlayingText(*state),
-                                    app == MediaApp::otherPlayers ? m_registry.identityOf(player)
-                                                                  : QString()};
+            if (app == MediaApp::otherPlayers) {
+                playing.playerName = m_registry.identityOf(player);
+            }
+            return playing;
         }
     }
-    return NowPlayingAnswer{};
+    return std::nullopt;
 }
 
 PermissionStatus MprisPlayerControl::probe(const PermissionItem& item, double timeout) {
-    const std::optional<MediaApp> app = appNamed(item.processName);
+    const std::optional<MediaApp> app = item.app;
     if (!app) {
         return PermissionStatus::unknown;
     }

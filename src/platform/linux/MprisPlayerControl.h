@@ -5,6 +5,7 @@
 #include <QDeadlineTimer>
 
 class MprisPlayerRegistry;
+class MprisPlayerStates;
 
 // Drives the media apps' MPRIS players, browsers by SetPosition and every other player by
 // relative Seek. Where an app has several players (two Chrome-family browsers, VLC and mpv),
@@ -15,7 +16,7 @@ public:
 
     SeekAnswer seekIfPlaying(MediaApp app, double seconds, double timeout) override;
     SeekResult playPause(MediaApp app, double timeout) override;
-    std::optional<NowPlayingAnswer> nowPlaying(MediaApp app, double timeout) override;
+    std::optional<NowPlaying> nowPlaying(MediaApp app, double timeout) override;
     // Automation: the app's player answers a property read in time. Chrome's JavaScript: Chrome
     // has a player at all (without one its media integration is off).
     PermissionStatus probe(const PermissionItem& item, double timeout) override;
@@ -32,4 +33,5 @@ private:
     SeekResult moveTo(const QString& player, qint64 positionUs, const QDeadlineTimer& deadline);
 
     MprisPlayerRegistry& m_registry;
+    MprisPlayerStates& m_states;
 };

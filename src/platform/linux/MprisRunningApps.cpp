@@ -5,16 +5,16 @@
 MprisRunningApps::MprisRunningApps(MprisPlayerRegistry& registry, QObject* parent)
     : RunningApps(parent)
     , m_registry(registry) {
-    connect(&registry, &MprisPlayerRegistry::appAppeared, this,
-            [this](MediaApp app) { emit launched(app.processName()); });
-    connect(&registry, &MprisPlayerRegistry::appVanished, this,
-            [this](MediaApp app) { emit terminated(app.processName()); });
+    connect(&registry, &MprisPlayerRegistry::appAppeared, this, &RunningApps::launched);
+    connect(&registry, &MprisPlayerRegistry::appVanished, this, &RunningApps::terminated);
+    connect(&registry, &MprisPlayerRegistry::settled, this, &RunningApps::settled);
 }
 
-QSet<QString> MprisRunningApps::runningNames() const {
-    QSet<QString> names;
-    for (const MediaApp app : m_registry.runningApps()) {
-        names.insert(app.processName());
-    }
-    return names;
+QSet<MediaApp> MprisRunningApps::runningApps() const {
+    const QList<MediaApp> apps = m_registry.runningApps();
+    return {apps.cbegin(), apps.cend()};
+}
+
+bool MprisRunningApps::isSettled() const {
+    return m_registry.isSettled();
 }

@@ -4,13 +4,13 @@
 
 class MprisPlayerRegistry;
 
-// A media app counts as running while at least one of its players is on the bus, and is
-// reported under the app's process name.
+// A media app counts as running while at least one of its players is on the bus.
 class MprisRunningApps : public RunningApps {
 public:
     explicit MprisRunningApps(MprisPlayerRegistry& registry, QObject* parent = nullptr);
 
-    QSet<QString> runningNames() const override;
+    QSet<MediaApp> runningApps() const override;
+    bool isSettled() const override;
 
 private:
     MprisPlayerRegistry& m_registry;

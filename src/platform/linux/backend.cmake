@@ -34,9 +34,14 @@ add_library(scrubline_platform STATIC
     linux/LinuxPlatform.cpp
     linux/LinuxTrayAvailability.cpp
     linux/MprisClient.cpp
+    linux/MprisNameWatch.cpp
     linux/MprisPlayerControl.cpp
     linux/MprisPlayerRegistry.cpp
+    linux/MprisPlayerStates.cpp
     linux/MprisRunningApps.cpp
+    linux/OwnerProgramLookup.cpp
+    linux/PlayerBus.cpp
+    linux/PlayerClassifier.cpp
     linux/PlayerPositionEstimate.cpp
     linux/PortalHotkeyService.cpp
     linux/PortalTrigger.cpp

@@ -36,6 +36,7 @@ const PlatformTexts& MacDesktopIntegration::texts() const {
         QStringLiteral("In Chrome: View > Developer > Allow JavaScript from Apple Events"),
         QStringLiteral("Enable in Chrome: View > Developer > Allow JavaScript from Apple Events"),
         QStringLiteral("Open System Settings"),
+        QStringLiteral("Grant %1 permission in System Settings > Privacy > Automation"),
     };
     return texts;
 }

@@ -2,13 +2,14 @@
 
 #include "platform/RunningApps.h"
 
-// The running applications as the shared workspace lists them, by localized name.
+// The media apps among the running applications as the shared workspace lists them, each known
+// by its bundle identifier (by its name where it has none).
 class WorkspaceRunningApps : public RunningApps {
 public:
     WorkspaceRunningApps();
     ~WorkspaceRunningApps() override;
 
-    QSet<QString> runningNames() const override;
+    QSet<MediaApp> runningApps() const override;
 
 private:
     struct Observers;

@@ -2,6 +2,8 @@
 
 #import <AppKit/AppKit.h>
 
+#include <optional>
+
 struct WorkspaceRunningApps::Observers {
     id launch = nil;
     id terminate = nil;
@@ -9,13 +11,53 @@ struct WorkspaceRunningApps::Observers {
 
 namespace {
 
-// The localized name of the application a workspace notification is about, or empty.
-QString applicationName(NSNotification* notification) {
-    NSRunningApplication* app = notification.userInfo[NSWorkspaceApplicationKey];
-    if (![app isKindOfClass:[NSRunningApplication class]] || app.localizedName == nil) {
-        return {};
+// The bundle identifiers of the apps the scripts drive; a name is only looked at where an
+// application has no bundle identifier, since the localized name follows the user's language.
+std::optional<MediaApp> mediaAppOf(NSRunningApplication* app) {
+    if (![app isKindOfClass:[NSRunningApplication class]]) {
+        return std::nullopt;
     }
-    return QString::fromNSString(app.localizedName);
+    NSString* bundle = app.bundleIdentifier;
+    if (bundle != nil) {
+        if ([bundle isEqualToString:@"com.spotify.client"]) {
+            return MediaApp::spotify;
+        }
+        if ([bundle isEqualToString:@"com.apple.Music"]) {
+            return MediaApp::appleMusic;
+        }
+        if ([bundle isEqualToString:@"com.google.Chrome"]) {
+            return MediaApp::chromiumYouTube;
+        }
+        if ([bundle isEqualToString:@"com.apple.Safari"]) {
+            return MediaApp::safariYouTube;
+        }
+        return std::nullopt;
+    }
+    if (app.localizedName == nil) {
+        return std::nullopt;
+    }
+    const QString name = QString::fromNSString(app.localizedName);
+    for (const MediaApp candidate : MediaApp::allCases()) {
+        if (candidate.processName() == name) {
+            return candidate;
+        }
+    }
+    return std::nullopt;
+}
+
+NSRunningApplication* applicationOf(NSNotification* notification) {
+    return notification.userInfo[NSWorkspaceApplicationKey];
+}
+
+// Whether another copy of the app than the one that ended still runs.
+bool stillRunsWithout(MediaApp app, NSRunningApplication* ended) {
+    for (NSRunningApplication* other in NSWorkspace.sharedWorkspace.runningApplications) {
+        if (other.processIdentifier != ended.processIdentifier && !other.terminated &&
+            mediaAppOf(other) == app) {
+            return true;
+        }
+    }
+    return false;
 }
 
 } // namespace
@@ -24,23 +66,24 @@ WorkspaceRunningApps::WorkspaceRunningApps()
     : m_observers(new Observers) {
     NSNotificationCenter* center = NSWorkspace.sharedWorkspace.notificationCenter;
     // Delivered on the main queue, which is the GUI thread's.
-    m_observers->launch = [center addObserverForName:NSWorkspaceDidLaunchApplicationNotification
-                                              object:nil
-                                               queue:NSOperationQueue.mainQueue
-                                          usingBlock:^(NSNotification* notification) {
-                                            const QString name = applicationName(notification);
-                                            if (!name.isEmpty()) {
-                                                emit launched(name);
-                                            }
-                                          }];
+    m_observers->launch = [center
+        addObserverForName:NSWorkspaceDidLaunchApplicationNotification
+                    object:nil
+                     queue:NSOperationQueue.mainQueue
+                usingBlock:^(NSNotification* notification) {
+                  if (const std::optional<MediaApp> app = mediaAppOf(applicationOf(notification))) {
+                      emit launched(*app);
+                  }
+                }];
     m_observers->terminate =
         [center addObserverForName:NSWorkspaceDidTerminateApplicationNotification
                             object:nil
                              queue:NSOperationQueue.mainQueue
                         usingBlock:^(NSNotification* notification) {
-                          const QString name = applicationName(notification);
-                          if (!name.isEmpty()) {
-                              emit terminated(name);
+                          NSRunningApplication* ended = applicationOf(notification);
+                          const std::optional<MediaApp> app = mediaAppOf(ended);
+                          if (app && !stillRunsWithout(*app, ended)) {
+                              emit terminated(*app);
                           }
                         }];
 }
@@ -52,14 +95,14 @@ WorkspaceRunningApps::~WorkspaceRunningApps() {
     delete m_observers;
 }
 
-QSet<QString> WorkspaceRunningApps::runningNames() const {
-    QSet<QString> names;
+QSet<MediaApp> WorkspaceRunningApps::runningApps() const {
+    QSet<MediaApp> apps;
     @autoreleasepool {
         for (NSRunningApplication* app in NSWorkspace.sharedWorkspace.runningApplications) {
-            if (app.localizedName != nil) {
-                names.insert(QString::fromNSString(app.localizedName));
+            if (const std::optional<MediaApp> found = mediaAppOf(app)) {
+                apps.insert(*found);
             }
         }
     }
-    return names;
+    return apps;
 }

@@ -279,8 +279,8 @@ void TrayPanelView::updateState() {
         // The symbol tells the apps apart, but not the players of an app of many kinds: such a
         // player is named under the title, as the feedback names it.
         QStringList details;
-        if (!playing.artist.isEmpty()) {
-            details << playing.artist;
+        if (!playing.artists.isEmpty()) {
+            details << playing.artists.join(QStringLiteral(", "));
         }
         if (!playing.playerName.isEmpty()) {
             details << playing.playerName;
