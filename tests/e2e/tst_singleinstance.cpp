@@ -365,6 +365,27 @@ private slots:
         QVERIFY(!instanceRuns());
     }
 
+    // A browser is known by the program that owns its player, which the bus is asked for
+    // without waiting: the one request is still tried once the answer is in.
+    void aSeekWithoutARunningCopyFindsABrowserByItsProgram() {
+        QVERIFY(!instanceRuns());
+        const auto player =
+            PlayerProcess::fake({QStringLiteral("--name"), QStringLiteral("chromium.instance77"),
+                                 QStringLiteral("--position"), QStringLiteral("20")},
+                                QStringLiteral("chromium"));
+        QVERIFY(
+            player->waitForBusName(QStringLiteral("org.mpris.MediaPlayer2.chromium.instance77")));
+        const Run run = command({QStringLiteral("seek"), QStringLiteral("+10")});
+        QCOMPARE(run.exitCode, 0);
+        QCOMPARE(run.out, QStringLiteral("Chrome: +10s\n"));
+        // Moved as a browser is: to a position.
+        const QStringList moves =
+            player->calls().filter(QRegularExpression(QStringLiteral("^(SetPosition|Seek) ")));
+        QCOMPARE(moves.size(), 1);
+        QVERIFY2(moves[0].startsWith(QStringLiteral("SetPosition ")), qPrintable(moves[0]));
+        QVERIFY(!instanceRuns());
+    }
+
     void playPauseTogglesThroughEitherWay() {
         const auto player = startSpotify();
         QVERIFY(player);
