@@ -4,6 +4,7 @@
 #include "support/PlayerProcess.h"
 
 #include <QDBusConnection>
+#include <QDBusConnectionInterface>
 #include <QElapsedTimer>
 #include <QtTest>
 
@@ -231,6 +232,25 @@ private slots:
                                            QStringLiteral("org.mpris.MediaPlayer2.none"), 1, 3000),
                  SeekResult::error);
         QDBusConnection::disconnectFromBus(QStringLiteral("other"));
+    }
+
+    // How calls go is the bus object's choice, made by whoever made it, whatever connection it
+    // holds: the session bus taken through QtDBus has no connection of this thread's own, and
+    // hears nothing there.
+    void theWayCallsGoIsTheBusObjectsChoice() {
+        auto spotify = startSpotify();
+        const QString owner =
+            QDBusConnection::sessionBus().interface()->serviceOwner(spotifyName).value();
+        QVERIFY(!owner.isEmpty());
+        const PlayerBus direct = PlayerBus::session();
+        const PlayerBus throughQt = PlayerBus::through(QDBusConnection::sessionBus());
+        QVERIFY(direct.callsDirectly());
+        QVERIFY(!throughQt.callsDirectly());
+        direct.followPlayer(owner);
+        throughQt.followPlayer(owner);
+        QCOMPARE(MprisClient::playPause(throughQt, spotifyName, 3000), SeekResult::seeked);
+        QTRY_COMPARE(direct.lastHeardStatus(owner), DirectBusCalls::Heard::other);
+        QCOMPARE(throughQt.lastHeardStatus(owner), DirectBusCalls::Heard::nothing);
     }
 
     void noSuchPlayerIsAnError() {
