@@ -39,7 +39,7 @@ const PlatformTexts& LinuxDesktopIntegration::texts() const {
                        "Key Handling\" and Firefox's media.hardwaremediakeys.enabled are on, as "
                        "they are by default."),
         QStringLiteral("Open Shortcut Settings"),
-        // Never said here, where no player asks for a permission; kept as the reference words.
+        // Never shown here: no player on the bus waits for a permission.
         QStringLiteral("Grant %1 permission in System Settings > Privacy > Automation"),
     };
     return texts;

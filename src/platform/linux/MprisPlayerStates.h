@@ -31,6 +31,7 @@ public:
     void follow(const QString& busName, const QString& owner);
     void forget(const QString& busName);
 
+    // A full read of the player's state.
     void remember(const QString& busName, const MprisClient::State& state);
     // Our own seek is on its way: the position is unsure until the player announces it.
     void expectSeeked(const QString& busName);
