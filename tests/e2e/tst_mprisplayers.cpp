@@ -180,6 +180,42 @@ private slots:
         QCOMPARE(running.runningApps(), QSet<MediaApp>{MediaApp::chromiumYouTube});
     }
 
+    // A name taken anew while the program of its first owner is still being asked for is a new
+    // player: the old answer, coming late, names nobody.
+    void aLateAnswerForAFormerOwnerIsPassedOver() {
+        QList<std::pair<QString, std::function<void()>>> held; // by the owner asked about
+        const OwnerProgramLookup askingBus = OwnerProgram::askingBus(QDBusConnection::sessionBus());
+        const OwnerProgramLookup holding = [&](const QString& uniqueName, QObject* context,
+                                               std::function<void(const QString&)> answer) {
+            askingBus(uniqueName, context, [&held, uniqueName, answer](const QString& program) {
+                held.append({uniqueName, [answer, program] {
+                                 answer(program);
+                             }});
+            });
+        };
+        MprisPlayerRegistry registry(PlayerBus::session(), holding);
+        QSignalSpy settled(&registry, &MprisPlayerRegistry::settled);
+        QVERIFY(registry.isSettled() || settled.wait(5000));
+        QSignalSpy appeared(&registry, &MprisPlayerRegistry::appAppeared);
+
+        // The first owner is a browser, the second an Electron app under the same name.
+        auto first = player(chromium(13), QStringLiteral("chromium"));
+        QTRY_COMPARE(held.size(), 1);
+        first->kill();
+        auto second = player(chromium(13), QStringLiteral("slack"));
+        QTRY_COMPARE(held.size(), 2);
+        QVERIFY(held[0].first != held[1].first);
+        // The late answer first, then the one for the owner there now.
+        held[0].second();
+        QCOMPARE(appeared.size(), 0);
+        held[1].second();
+        QCOMPARE(appeared.size(), 1);
+        QCOMPARE(appeared[0][0], QVariant::fromValue(MediaApp(MediaApp::otherPlayers)));
+        QCOMPARE(registry.playersOf(MediaApp::otherPlayers), QStringList{prefix + chromium(13)});
+        QCOMPARE(registry.ownerOf(prefix + chromium(13)), held[1].first);
+        QVERIFY(registry.playersOf(MediaApp::chromiumYouTube).isEmpty());
+    }
+
     // Chrome stays running until its last player goes.
     void twoChromeFamilyBrowsers() {
         MprisPlayerRegistry registry(PlayerBus::session());
