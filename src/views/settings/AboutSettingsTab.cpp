@@ -109,11 +109,13 @@ AboutSettingsTab::AboutSettingsTab(Info info, QWidget* parent)
     layout->addStretch(1);
 
     m_checker = new UpdateChecker(appVersion(), m_info.web.updateDocument(), this);
-    connect(m_checker, &UpdateChecker::finished, this, [this](const QString& status) {
-        m_updateStatus = status;
-        showState();
-        emit updateChecked(status);
-    });
+    connect(m_checker, &UpdateChecker::finished, this,
+            [this](const QString& status, bool updateAvailable) {
+                m_updateStatus = status;
+                m_updateAvailable = updateAvailable;
+                showState();
+                emit updateChecked(status);
+            });
     showState();
 }
 
@@ -191,6 +193,7 @@ void AboutSettingsTab::checkForUpdates() {
         return;
     }
     m_updateStatus.reset();
+    m_updateAvailable = false;
     m_checker->check();
     showState();
 }
@@ -207,8 +210,8 @@ void AboutSettingsTab::showState() {
     m_status->setVisible(hasStatus);
     m_status->setText(m_updateStatus.value_or(QString()));
     m_status->setAccessibleName(m_status->text());
-    // Keyed on the one word: the error lines are green like the up-to-date line.
-    const bool available = hasStatus && m_updateStatus->contains(QStringLiteral("available"));
+    // Only an offered update stands out: the error lines are green like the up-to-date line.
+    const bool available = hasStatus && m_updateAvailable;
     m_download->setVisible(available);
     m_status->setRole(available ? Style::Role::warningText : Style::Role::success);
     tintCopyButton();

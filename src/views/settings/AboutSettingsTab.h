@@ -65,6 +65,7 @@ private:
     bool m_copied = false;
     int m_copiedMs = copiedMs;
     std::optional<QString> m_updateStatus;
+    bool m_updateAvailable = false;
     UpdateChecker* m_checker = nullptr;
     QLabel* m_name = nullptr;
     QLabel* m_version = nullptr;
