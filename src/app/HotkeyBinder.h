@@ -46,7 +46,6 @@ public:
     // that is already a hotkey records it instead of seeking; lifting the suspension binds the
     // current list again. What the views were told stays as it was meanwhile.
     void setSuspended(bool suspended);
-    bool isSuspended() const { return m_suspended; }
 
 signals:
     void unavailableActionIDsChanged(const QSet<QUuid>& ids);

@@ -2,6 +2,7 @@
 
 #include "HotkeyBinder.h"
 #include "HotkeyHold.h"
+#include "SeekWarmup.h"
 #include "SettingsWindowController.h"
 #include "core/MediaController.h"
 #include "core/MediaStatus.h"
@@ -13,7 +14,6 @@
 #include "settings/AppSettings.h"
 #include "settings/LaunchAtLogin.h"
 #include "settings/SettingsStore.h"
-#include "utilities/ConcurrentQueue.h"
 #include "utilities/Logger.h"
 #include "views/overlay/OverlayManager.h"
 #include "views/settings/AboutSettingsTab.h"
@@ -114,25 +114,9 @@ ScrublineApp::ScrublineApp(QObject* parent)
 void ScrublineApp::startUp() {
     m_hotkeyBinder->start();
     m_overlay->start();
-    warmSeeks();
-}
-
-void ScrublineApp::warmSeeks() {
-    QList<double> amounts;
-    for (const SeekAction& action : m_settings->seekActions()) {
-        // Play/pause has no seek to prepare.
-        if (const double seconds = action.signedSeconds();
-            seconds != 0.0 && !amounts.contains(seconds)) {
-            amounts.append(seconds);
-        }
-    }
-    // Without a thread each is built on its first run instead.
-    [[maybe_unused]] const bool queued =
-        ConcurrentQueue::utility().async([amounts, players = m_players] {
-            for (const double seconds : amounts) {
-                players->warmSeek(seconds);
-            }
-        });
+    // Once, for the actions as they are at start; an amount added later is prepared by its
+    // first seek.
+    [[maybe_unused]] const bool warming = SeekWarmup::start(m_players, m_settings->seekActions());
 }
 
 void ScrublineApp::reopen() {

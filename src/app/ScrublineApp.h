@@ -44,9 +44,6 @@ private:
     HotkeysSettingsTab* makeHotkeysTab();
     // The hotkeys bound, the overlay following the status, the players ready for a first press.
     void startUp();
-    // Builds, on a utility thread, whatever a seek by each action's amount needs, so that the
-    // first press of each is as quick as the next.
-    void warmSeeks();
 
     // Declared in the order they are made, so they go in the reverse one.
     std::unique_ptr<AppSettings> m_settings;

@@ -44,9 +44,10 @@ public:
     // Lets every binding go and stops listening; a hotkey held down now is not said to come up.
     virtual void stop() = 0;
     // Makes this set the one bound, in place of the last: an empty set lets every hotkey go.
-    // Ids are unique within the set. Two bindings of the same keys are both bound, and the
-    // first one's id is the one pressed. The results come as resultsChanged, at once where the
-    // program takes the keys itself, once the desktop has answered where it hands them out.
+    // Ids are unique within the set. Where the program takes the keys itself, two bindings of
+    // the same keys are both bound, and presses go to the first. The results come as
+    // resultsChanged, at once where the program takes the keys itself, once the desktop has
+    // answered where it hands them out.
     virtual void bind(const HotkeyBindings& bindings) = 0;
 
     // The means by which presses reach the program, as the Permissions tab names it ("X11 key
