@@ -269,37 +269,32 @@ KeyTable::ModifierStyle KeyTable::modifierStyle() {
     return g_modifierStyle;
 }
 
-QString KeyTable::displayString(std::uint16_t keyCode, std::uint32_t carbonModifiers) {
-    if (g_modifierStyle == ModifierStyle::words) {
-        QString text;
-        if (carbonModifiers & CarbonModifier::control) {
-            text += QStringLiteral("Ctrl+");
-        }
-        if (carbonModifiers & CarbonModifier::option) {
-            text += QStringLiteral("Alt+");
-        }
-        if (carbonModifiers & CarbonModifier::shift) {
-            text += QStringLiteral("Shift+");
-        }
-        if (carbonModifiers & CarbonModifier::command) {
-            text += QStringLiteral("Super+");
-        }
-        return text + wordFor(keyCode);
-    }
+namespace {
+
+// The modifiers as the combination is written before its key, in the style set.
+QString modifierText(std::uint32_t carbonModifiers) {
+    const bool words = g_modifierStyle == KeyTable::ModifierStyle::words;
     QString text;
     if (carbonModifiers & CarbonModifier::control) {
-        text += QChar(0x2303);
+        text += words ? QStringLiteral("Ctrl+") : QString(QChar(0x2303));
     }
     if (carbonModifiers & CarbonModifier::option) {
-        text += QChar(0x2325);
+        text += words ? QStringLiteral("Alt+") : QString(QChar(0x2325));
     }
     if (carbonModifiers & CarbonModifier::shift) {
-        text += QChar(0x21E7);
+        text += words ? QStringLiteral("Shift+") : QString(QChar(0x21E7));
     }
     if (carbonModifiers & CarbonModifier::command) {
-        text += QChar(0x2318);
+        text += words ? QStringLiteral("Super+") : QString(QChar(0x2318));
     }
-    return text + keyName(keyCode);
+    return text;
+}
+
+} // namespace
+
+QString KeyTable::displayString(std::uint16_t keyCode, std::uint32_t carbonModifiers) {
+    return modifierText(carbonModifiers) +
+           (g_modifierStyle == ModifierStyle::words ? wordFor(keyCode) : keyName(keyCode));
 }
 
 namespace {
@@ -373,6 +368,5 @@ QString KeyTable::displayString(QKeyCombination keys) {
     if (const auto stored = toStoredKeys(keys)) {
         return displayString(stored->keyCode, stored->carbonModifiers);
     }
-    return displayString(0, toCarbonModifiers(keys.keyboardModifiers())).chopped(1) +
-           QStringLiteral("Key?");
+    return modifierText(toCarbonModifiers(keys.keyboardModifiers())) + QStringLiteral("Key?");
 }

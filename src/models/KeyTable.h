@@ -19,8 +19,8 @@ inline constexpr std::uint32_t control = 0x1000;
 // The keys a hotkey can be made of. Hotkeys are stored with macOS virtual
 // key codes on every platform, so that settings travel between machines; a code names a key by
 // its place on an ANSI keyboard. This is the one place that says what each stored code is: its
-// name in the hotkey display, and the toolkit's key for it, from which a recorded key press
-// becomes a stored code and a backend finds the key to grab.
+// name in the hotkey display, and the toolkit's key for it, through which a stored hotkey
+// becomes the key combination the hotkey service binds and a recorded key press a stored code.
 class KeyTable {
 public:
     struct Key {

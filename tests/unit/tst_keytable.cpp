@@ -243,6 +243,11 @@ private slots:
         QVERIFY(!KeyTable::toStoredKeys(
                      QKeyCombination(Qt::ControlModifier | Qt::GroupSwitchModifier, Qt::Key_A))
                      .has_value());
+        // Shown all the same, in case a log line names one.
+        KeyTable::setModifierStyle(KeyTable::ModifierStyle::words);
+        QCOMPARE(KeyTable::displayString(QKeyCombination(Qt::ControlModifier, Qt::Key_F21)),
+                 QStringLiteral("Ctrl+Key?"));
+        KeyTable::setModifierStyle(KeyTable::ModifierStyle::glyphs);
         // The keypad's point and the main block's are two keys.
         QCOMPARE(KeyTable::toStoredKeys(QKeyCombination(Qt::AltModifier, Qt::Key_Period)),
                  std::optional(KeyTable::StoredKeys{47, CarbonModifier::option}));

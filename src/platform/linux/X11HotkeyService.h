@@ -20,9 +20,9 @@
 //
 // A held key repeats, and how the server sends the repeats depends on the client: one more
 // press each time where the client asked for detectable auto-repeat, else a release and a press
-// with the same time stamp. Either way a hotkey held down is one press and
-// one release: a press of the key already down is dropped, and a release is passed on only
-// once no press of the same moment has followed it. Two presses quicker than any keyboard
+// with the same time stamp. Either way a hotkey held down is one press and one release: a press
+// of the key already down is dropped, and a release is passed on only once no press of the same
+// moment has followed it. Two presses quicker than any keyboard
 // repeats (a program's) are two presses.
 class X11HotkeyService final : public HotkeyService, private QAbstractNativeEventFilter {
     Q_OBJECT
