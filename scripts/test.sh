@@ -9,6 +9,7 @@ bash scripts/deps.sh --test
 bash scripts/check-platform-conditionals.sh
 bash scripts/check-layering.sh
 bash scripts/check-format.sh
+bash scripts/check-sleeps.sh
 
 export SCRUBLINE_BUILD_DIR=build-test
 bash scripts/build.sh -DSCRUBLINE_BUILD_TESTS=ON -DSCRUBLINE_SANITIZE=ON
