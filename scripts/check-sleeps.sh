@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Sums the fixed waits written in tests/: QTest::qWait and qSleep, QThread's sleeps, usleep,
-# std::this_thread::sleep_for, and `sleep` in the shell helpers. A QTRY_*_WITH_TIMEOUT or a
-# QSignalSpy::wait is not counted, as it ends on the event. Each wait counts once, where it is
+# std::this_thread::sleep_for, Barrier::timerFired (a timer the test starts to wait out), and
+# `sleep` in the shell helpers. A QTRY_*_WITH_TIMEOUT or a QSignalSpy::wait is not counted, as
+# it ends on the event. Each wait counts once, where it is
 # written, at its written length (a wait in a loop or a helper counts once); a length read from
 # a constant in src/ is looked up there; one held in a variable is listed as not counted.
 # With --list, every wait is printed with its length. Always exits 0: the figure is for people.
@@ -12,7 +13,7 @@ list=0
 [ "${1:-}" = --list ] && list=1
 
 files=$(git ls-files -co --exclude-standard -- tests | grep -vE '\.(json|scpt|js|html|txt|md)$' || true)
-constants=$(git ls-files -co --exclude-standard -- 'src/*.h' 'tests/*.h')
+constants=$(git ls-files -co --exclude-standard -- 'src/*.h' 'tests/*.h' 'tests/*.cpp')
 
 # shellcheck disable=SC2086
 LIST=$list CONSTANTS="$constants" perl -e '
@@ -59,8 +60,9 @@ for my $file (@ARGV) {
             }
         } else {
             (my $code = $line) =~ s{//.*$}{};
-            my %unit = (qWait => 1, qSleep => 1, msleep => 1, sleep => 1000, usleep => 0.001);
-            while ($code =~ /\b(?:QTest::(qWait|qSleep)|QThread::(msleep|sleep|usleep)|(?<![\w:])(usleep))\s*\(((?:[^()]|\((?4)\))*)\)/g) {
+            my %unit = (qWait => 1, qSleep => 1, timerFired => 1, msleep => 1, sleep => 1000,
+                        usleep => 0.001);
+            while ($code =~ /\b(?:(?:QTest|Barrier)::(qWait|qSleep|timerFired)|QThread::(msleep|sleep|usleep)|(?<![\w:])(usleep))\s*\(((?:[^()]|\((?4)\))*)\)/g) {
                 my $call = $1 // $2 // $3;
                 push @found, [milliseconds($4, $unit{$call}), "$call($4)"];
             }

@@ -32,6 +32,10 @@ QPalette darkPalette() {
     return palette;
 }
 
+bool wanted() {
+    return qEnvironmentVariableIntValue("SCRUBLINE_SCREENSHOTS") != 0;
+}
+
 QString save(const QPixmap& picture, const QString& name) {
     const QString folder = QStringLiteral(SCRUBLINE_ARTIFACTS_DIR);
     if (!QDir().mkpath(folder)) {
