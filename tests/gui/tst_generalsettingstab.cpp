@@ -564,7 +564,7 @@ private slots:
         setKnownState();
         settings().setFeedbackDuration(5.0);
         settings().defaults().setBool(AppSettings::Keys::showMenuBarIcon, false);
-        QTest::qWait(AppSettings::saveDebounceMs + 100);
+        settings().savePendingChanges();
         m_loginCalls->calls.clear();
         const QByteArray before = *settings().exportSettings();
         const QByteArray onDiskBefore = readFile(confPath());
@@ -576,7 +576,9 @@ private slots:
         QCOMPARE(message()->text(), invalidMessage);
         QVERIFY(message()->isVisible());
         QVERIFY(isRed(message()->palette().color(QPalette::WindowText)));
-        QTest::qWait(AppSettings::saveDebounceMs + 100);
+        // Whatever it left waiting, written now, would show on disk below.
+        QVERIFY(Barrier::postedEventsHandled());
+        settings().savePendingChanges();
         QCOMPARE(*settings().exportSettings(), before);
         QCOMPARE(settings().feedbackDuration(), 5.0);
         QCOMPARE(readFile(confPath()), onDiskBefore);
@@ -611,7 +613,7 @@ private slots:
             }
         }
         setKnownState();
-        QTest::qWait(AppSettings::saveDebounceMs + 100);
+        settings().savePendingChanges();
         const QByteArray before = *settings().exportSettings();
         const QByteArray onDiskBefore = readFile(confPath());
         openTab();
@@ -665,7 +667,7 @@ private slots:
         setKnownState();
         settings().setFeedbackDuration(5.0);
         settings().defaults().setBool(AppSettings::Keys::showMenuBarIcon, false);
-        QTest::qWait(AppSettings::saveDebounceMs + 100);
+        settings().savePendingChanges();
         const QByteArray before = *settings().exportSettings();
         const QByteArray onDiskBefore = readFile(confPath());
         openTab();
@@ -685,7 +687,9 @@ private slots:
                  QMessageBox::DestructiveRole);
         click(dialogButton(*box, QStringLiteral("Cancel")));
         QTRY_COMPARE(shownMessageBoxes(), 0);
-        QTest::qWait(AppSettings::saveDebounceMs + 100);
+        // Whatever it left waiting, written now, would show on disk below.
+        QVERIFY(Barrier::postedEventsHandled());
+        settings().savePendingChanges();
         QCOMPARE(*settings().exportSettings(), before);
         QCOMPARE(readFile(confPath()), onDiskBefore);
         QCOMPARE(m_loginCalls->calls, QList<bool>{});
