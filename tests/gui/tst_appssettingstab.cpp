@@ -466,7 +466,7 @@ private slots:
         }
         QFETCH(bool, dark);
         QFETCH(bool, linuxList);
-        QApplication::setPalette(dark ? Screenshots::darkPalette() : Screenshots::lightPalette());
+        Screenshots::usePalette(dark);
         const auto restore =
             qScopeGuard([] { MediaApp::setBrowserNaming(MediaApp::BrowserNaming::bySite); });
         if (linuxList) {

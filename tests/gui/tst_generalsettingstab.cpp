@@ -778,7 +778,7 @@ private slots:
         QFETCH(bool, dark);
         QFETCH(bool, hidden);
         QFETCH(QString, name);
-        QApplication::setPalette(dark ? Screenshots::darkPalette() : Screenshots::lightPalette());
+        Screenshots::usePalette(dark);
         settings().defaults().setBool(AppSettings::Keys::showMenuBarIcon, !hidden);
         settings().setFeedbackDuration(3.0);
         // The window's width; the tab decides the height.

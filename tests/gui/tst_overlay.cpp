@@ -339,18 +339,14 @@ private slots:
         QTRY_VERIFY(opacities.contains(0.0));
     }
 
-    void screenshots_data() {
-        QTest::addColumn<bool>("dark");
-        QTest::newRow("light") << false;
-        QTest::newRow("dark") << true;
-    }
+    void screenshots_data() { Screenshots::addPaletteRows(); }
 
     void screenshots() {
         if (!Screenshots::wanted()) {
             QSKIP("pictures are taken by the screenshots run");
         }
         QFETCH(bool, dark);
-        QApplication::setPalette(dark ? Screenshots::darkPalette() : Screenshots::lightPalette());
+        Screenshots::usePalette(dark);
         setSteps(10, 45);
         const struct {
             FeedbackKind kind;

@@ -134,11 +134,7 @@ private slots:
         QCOMPARE(unnamed.size(), 1);
     }
 
-    void screenshots_data() {
-        QTest::addColumn<bool>("dark");
-        QTest::newRow("light") << false;
-        QTest::newRow("dark") << true;
-    }
+    void screenshots_data() { Screenshots::addPaletteRows(); }
 
     // The whole window on each tab, as a person sees it.
     void screenshots() {
@@ -146,7 +142,7 @@ private slots:
             QSKIP("pictures are taken by the screenshots run");
         }
         QFETCH(bool, dark);
-        QApplication::setPalette(dark ? Screenshots::darkPalette() : Screenshots::lightPalette());
+        Screenshots::usePalette(dark);
         const auto window = makeWindow();
         window->show();
         QVERIFY(QTest::qWaitForWindowExposed(window.get()));

@@ -223,11 +223,7 @@ private slots:
     }
 
     // Every symbol at the sizes the views use, on a light and a dark ground.
-    void contactSheet_data() {
-        QTest::addColumn<bool>("dark");
-        QTest::newRow("light") << false;
-        QTest::newRow("dark") << true;
-    }
+    void contactSheet_data() { Screenshots::addPaletteRows(); }
 
     void contactSheet() {
         if (!Screenshots::wanted()) {

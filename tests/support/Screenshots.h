@@ -15,6 +15,11 @@ bool wanted();
 QPalette lightPalette();
 QPalette darkPalette();
 
+// The column "dark" and a row for each palette, for the data of a slot that takes pictures.
+void addPaletteRows();
+// Gives the application the dark or the light palette, and answers its name for the pictures.
+QString usePalette(bool dark);
+
 // Writes `picture` as <artifacts>/<name>.png and answers the file's path, or an empty string
 // when it could not be written.
 QString save(const QPixmap& picture, const QString& name);
