@@ -37,7 +37,8 @@ Linux)
 Darwin)
     command -v brew >/dev/null || { echo "deps: install Homebrew first (https://brew.sh)" >&2; exit 1; }
     formulae=(cmake ninja qt)
-    $want_tests && formulae+=(clang-format)
+    # The format check wants clang-format 14, which Homebrew has as the keg-only llvm@14.
+    $want_tests && formulae+=(llvm@14)
     for formula in "${formulae[@]}"; do
         brew list --formula "$formula" >/dev/null 2>&1 || brew install "$formula"
     done

@@ -87,7 +87,7 @@ void MediaStatus::showStatus(const QString& message) {
         m_statusMessage = message;
         emit statusMessageChanged();
     }
-    m_statusTimer = makeTimer(this, statusDurationMs, false, [this, message] {
+    m_statusTimer = makeTimer(this, m_statusDurationMs, false, [this, message] {
         if (m_statusMessage == message) {
             m_statusMessage.reset();
             emit statusMessageChanged();
@@ -98,7 +98,7 @@ void MediaStatus::showStatus(const QString& message) {
 void MediaStatus::startNowPlayingPolling() {
     // The first poll comes at once, the next ones at the interval.
     m_nowPlayingTimer = makeTimer(this, 0, true, [this] {
-        m_nowPlayingTimer->setInterval(nowPlayingIntervalMs);
+        m_nowPlayingTimer->setInterval(m_nowPlayingIntervalMs);
         pollNowPlaying();
     });
 }

@@ -66,6 +66,12 @@ public:
     // One poll; the answer arrives later.
     void pollNowPlaying();
 
+    // How long a problem stays and how often the line is refreshed; shorter in tests.
+    int statusDuration() const { return m_statusDurationMs; }
+    void setStatusDuration(int milliseconds) { m_statusDurationMs = milliseconds; }
+    int nowPlayingInterval() const { return m_nowPlayingIntervalMs; }
+    void setNowPlayingInterval(int milliseconds) { m_nowPlayingIntervalMs = milliseconds; }
+
     // What the app is playing, asked for at most the now-playing time-out. Blocks: never call
     // it on the GUI thread.
     static std::optional<NowPlaying> queryNowPlaying(PlayerControl& players, MediaApp app);
@@ -93,4 +99,6 @@ private:
     bool m_holding = false;
     std::unique_ptr<QTimer> m_statusTimer;
     std::unique_ptr<QTimer> m_nowPlayingTimer;
+    int m_statusDurationMs = statusDurationMs;
+    int m_nowPlayingIntervalMs = nowPlayingIntervalMs;
 };

@@ -1,5 +1,6 @@
 #include "TerminationSignals.h"
 
+#include <QCoreApplication>
 #include <QObject>
 #include <QSocketNotifier>
 
@@ -34,8 +35,10 @@ bool install(std::function<void()> onRequest) {
     }
     // A burst of signals never blocks the handler.
     ::fcntl(g_signalPipe[1], F_SETFL, O_NONBLOCK);
-    // Lives as long as the process: a signal may come at any moment until it ends.
-    auto* notifier = new QSocketNotifier(g_signalPipe[0], QSocketNotifier::Read);
+    // Lives as long as the application object: a signal may come at any moment until the
+    // event loop ends, and after that there is nothing left to ask to quit.
+    auto* notifier =
+        new QSocketNotifier(g_signalPipe[0], QSocketNotifier::Read, QCoreApplication::instance());
     QObject::connect(notifier, &QSocketNotifier::activated, notifier,
                      [onRequest = std::move(onRequest)] {
                          unsigned char byte = 0;

@@ -131,8 +131,7 @@ private:
     std::unique_ptr<AppSettings> m_settings;
 
     std::unique_ptr<AppSettings> openStore(const QString& path) const {
-        return std::make_unique<AppSettings>(std::make_unique<SettingsStore>(
-            std::make_unique<QSettings>(path, QSettings::IniFormat)));
+        return appSettingsAt(path);
     }
 
     void store(const QString& key, const QByteArray& json) const {
@@ -177,10 +176,7 @@ private slots:
         MediaApp::setBrowserNaming(MediaApp::BrowserNaming::byBrowser);
         const auto restore =
             qScopeGuard([] { MediaApp::setBrowserNaming(MediaApp::BrowserNaming::bySite); });
-        m_settings = std::make_unique<AppSettings>(
-            std::make_unique<SettingsStore>(
-                std::make_unique<QSettings>(m_path, QSettings::IniFormat)),
-            linuxApps);
+        m_settings = appSettingsAt(m_path, linuxApps);
         m_settings->setEnabledApps(
             apps({MediaApp::appleMusic, MediaApp::spotify, MediaApp::safariYouTube,
                   MediaApp::chromiumYouTube, MediaApp::firefox, MediaApp::otherPlayers}));
@@ -465,17 +461,17 @@ private slots:
     }
 
     void screenshots() {
+        if (!Screenshots::wanted()) {
+            QSKIP("pictures are taken by the screenshots run");
+        }
         QFETCH(bool, dark);
         QFETCH(bool, linuxList);
-        QApplication::setPalette(dark ? Screenshots::darkPalette() : Screenshots::lightPalette());
+        Screenshots::usePalette(dark);
         const auto restore =
             qScopeGuard([] { MediaApp::setBrowserNaming(MediaApp::BrowserNaming::bySite); });
         if (linuxList) {
             MediaApp::setBrowserNaming(MediaApp::BrowserNaming::byBrowser);
-            m_settings = std::make_unique<AppSettings>(
-                std::make_unique<SettingsStore>(
-                    std::make_unique<QSettings>(m_path, QSettings::IniFormat)),
-                linuxApps);
+            m_settings = appSettingsAt(m_path, linuxApps);
             m_settings->setDisabledApps({MediaApp::firefox});
         } else {
             m_settings = openStore(m_path);

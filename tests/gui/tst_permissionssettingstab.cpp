@@ -300,15 +300,13 @@ private slots:
         QTRY_COMPARE(colors(*switched), colors(*m_tab));
     }
 
-    void screenshots_data() {
-        QTest::addColumn<bool>("dark");
-        QTest::newRow("light") << false;
-        QTest::newRow("dark") << true;
-    }
+    void screenshots_data() { Screenshots::addPaletteRows(); }
     void screenshots() {
+        if (!Screenshots::wanted()) {
+            QSKIP("pictures are taken by the screenshots run");
+        }
         QFETCH(bool, dark);
-        QApplication::setPalette(dark ? Screenshots::darkPalette() : Screenshots::lightPalette());
-        const QString theme = dark ? QStringLiteral("dark") : QStringLiteral("light");
+        const QString theme = Screenshots::usePalette(dark);
         const auto shoot = [&](const QString& what) {
             QApplication::processEvents();
             m_tab->resize(456, m_tab->heightForWidth(456));

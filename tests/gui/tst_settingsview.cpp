@@ -1,4 +1,5 @@
 #include "settings/SettingsStore.h"
+#include "support/OnDisk.h"
 #include "support/TempHome.h"
 #include "views/settings/SettingsView.h"
 
@@ -50,8 +51,7 @@ private:
 private slots:
     void init() {
         m_home = std::make_unique<TempHome>();
-        m_defaults = std::make_unique<SettingsStore>(
-            std::make_unique<QSettings>(path(), QSettings::IniFormat));
+        m_defaults = settingsStoreAt(path());
     }
     void cleanup() {
         m_defaults.reset();

@@ -1,6 +1,7 @@
 #include "app/SettingsWindowController.h"
 #include "platform/Platform.h"
 #include "settings/SettingsStore.h"
+#include "support/OnDisk.h"
 #include "support/RecordingDesktop.h"
 #include "support/TempHome.h"
 
@@ -40,8 +41,7 @@ private:
 private slots:
     void init() {
         m_home = std::make_unique<TempHome>();
-        m_defaults = std::make_unique<SettingsStore>(std::make_unique<QSettings>(
-            m_home->path() + QStringLiteral("/settings.conf"), QSettings::IniFormat));
+        m_defaults = settingsStoreAt(m_home->path() + QStringLiteral("/settings.conf"));
         m_desktop =
             std::make_unique<RecordingDesktop>(Platform::createDesktopIntegration()->texts());
         m_made = 0;
@@ -154,7 +154,11 @@ private slots:
         overlay.activateWindow();
         QVERIFY(QTest::qWaitForWindowActive(&overlay));
         overlay.close();
-        QTest::qWait(50);
+        // Another window made active after it: the overlay's own events are all in by then.
+        QLabel later(QStringLiteral("later"));
+        later.show();
+        later.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&later));
         QCOMPARE(m_desktop->calls(), QStringList());
     }
 };

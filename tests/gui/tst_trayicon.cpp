@@ -1,4 +1,5 @@
 #include "platform/Platform.h"
+#include "support/Barrier.h"
 #include "support/ControllerRig.h"
 #include "support/Desktop.h"
 #include "support/SettableTray.h"
@@ -98,8 +99,8 @@ private slots:
         m_rig->settings().defaults().setBool(AppSettings::Keys::showMenuBarIcon, false);
         m_extra = makeExtra(*m_tray);
         QTRY_VERIFY_WITH_TIMEOUT(m_tray->isAvailable(), 10000);
-        // A docked icon would show within this time, as the test above sees.
-        QTest::qWait(1000);
+        // The tray's coming is handled by then, and the icon is made in that turn or not at all.
+        QVERIFY(Barrier::postedEventsHandled());
         QVERIFY(m_extra->trayIcon() == nullptr);
         QVERIFY(trayIcons().isEmpty());
 
@@ -258,7 +259,7 @@ private slots:
         QVERIFY(!window.isVisible());
         m_extra->togglePanel();
         QVERIFY(!window.isVisible());
-        QTest::qWait(TrayIcon::reopenGuardMs + 50);
+        QVERIFY(Barrier::timerFired(TrayIcon::reopenGuardMs + 1));
         m_extra->togglePanel();
         QVERIFY(window.isVisible());
     }

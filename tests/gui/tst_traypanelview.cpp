@@ -524,16 +524,14 @@ private slots:
         QTRY_COMPARE(texts(*view), light);
     }
 
-    void screenshots_data() {
-        QTest::addColumn<bool>("dark");
-        QTest::newRow("light") << false;
-        QTest::newRow("dark") << true;
-    }
+    void screenshots_data() { Screenshots::addPaletteRows(); }
 
     void screenshots() {
+        if (!Screenshots::wanted()) {
+            QSKIP("pictures are taken by the screenshots run");
+        }
         QFETCH(bool, dark);
-        const QString theme = dark ? QStringLiteral("dark") : QStringLiteral("light");
-        QApplication::setPalette(dark ? Screenshots::darkPalette() : Screenshots::lightPalette());
+        const QString theme = Screenshots::usePalette(dark);
         setSteps(10, 10);
         const auto shoot = [this, &theme](const QString& name, const auto& prepare) {
             auto* view = new TrayPanelView(m_rig->status(), m_rig->settings(),

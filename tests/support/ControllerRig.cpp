@@ -1,5 +1,7 @@
 #include "ControllerRig.h"
 
+#include "OnDisk.h"
+
 #include "platform/Platform.h"
 #include "settings/SettingsStore.h"
 
@@ -20,10 +22,8 @@ ControllerRig::ControllerRig()
     : ControllerRig(macApps()) {}
 
 ControllerRig::ControllerRig(QList<MediaApp> offeredApps)
-    : m_settings(std::make_unique<AppSettings>(
-          std::make_unique<SettingsStore>(std::make_unique<QSettings>(
-              m_home.path() + QStringLiteral("/settings.conf"), QSettings::IniFormat)),
-          std::move(offeredApps)))
+    : m_settings(
+          appSettingsAt(m_home.path() + QStringLiteral("/settings.conf"), std::move(offeredApps)))
     , m_players(std::make_shared<FakePlayers>())
     , m_desktop(Platform::createDesktopIntegration()) {}
 

@@ -1,7 +1,22 @@
 #include "OnDisk.h"
 
+#include "settings/AppSettings.h"
+#include "settings/SettingsStore.h"
+
 #include <QFile>
 #include <QUuid>
+
+std::unique_ptr<SettingsStore> settingsStoreAt(const QString& path) {
+    return std::make_unique<SettingsStore>(std::make_unique<QSettings>(path, QSettings::IniFormat));
+}
+
+std::unique_ptr<AppSettings> appSettingsAt(const QString& path) {
+    return std::make_unique<AppSettings>(settingsStoreAt(path));
+}
+
+std::unique_ptr<AppSettings> appSettingsAt(const QString& path, QList<MediaApp> offeredApps) {
+    return std::make_unique<AppSettings>(settingsStoreAt(path), std::move(offeredApps));
+}
 
 std::unique_ptr<QSettings> settingsOnDisk(const QString& path) {
     const QString copy =

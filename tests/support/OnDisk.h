@@ -1,9 +1,21 @@
 #pragma once
 
+#include "models/MediaApp.h"
+
+#include <QList>
 #include <QSettings>
 #include <QString>
 
 #include <memory>
+
+class AppSettings;
+class SettingsStore;
+
+// A store over the INI file at `path`, as the program keeps its settings on Linux.
+std::unique_ptr<SettingsStore> settingsStoreAt(const QString& path);
+// The app's settings over that file; `offeredApps`, where given, are the platform's players.
+std::unique_ptr<AppSettings> appSettingsAt(const QString& path);
+std::unique_ptr<AppSettings> appSettingsAt(const QString& path, QList<MediaApp> offeredApps);
 
 // The settings file as it is on disk. Settings objects of one process share what they have
 // read and written, synced or not, so a test that asks whether a value reached the disk reads a

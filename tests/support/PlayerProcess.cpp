@@ -25,25 +25,28 @@ QString mprisPlugin() {
 
 } // namespace
 
+namespace {
+
+// mpv with its MPRIS plugin, silent and without a window; `atTheEnd` says what it does there.
+void startMpv(QProcess& process, const QString& file, const QString& atTheEnd) {
+    process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
+    process.start(QStringLiteral("mpv"),
+                  {QStringLiteral("--no-config"), QStringLiteral("--script=") + mprisPlugin(),
+                   QStringLiteral("--ao=null"), QStringLiteral("--vo=null"), atTheEnd,
+                   QStringLiteral("--really-quiet"), file});
+}
+
+} // namespace
+
 std::unique_ptr<PlayerProcess> PlayerProcess::mpv(const QString& file) {
     std::unique_ptr<PlayerProcess> player(new PlayerProcess);
-    player->m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    player->m_process.start(
-        QStringLiteral("mpv"),
-        {QStringLiteral("--no-config"), QStringLiteral("--script=") + mprisPlugin(),
-         QStringLiteral("--ao=null"), QStringLiteral("--vo=null"),
-         QStringLiteral("--loop-file=inf"), QStringLiteral("--really-quiet"), file});
+    startMpv(player->m_process, file, QStringLiteral("--loop-file=inf"));
     return player;
 }
 
 std::unique_ptr<PlayerProcess> PlayerProcess::mpvOnce(const QString& file) {
     std::unique_ptr<PlayerProcess> player(new PlayerProcess);
-    player->m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    player->m_process.start(
-        QStringLiteral("mpv"),
-        {QStringLiteral("--no-config"), QStringLiteral("--script=") + mprisPlugin(),
-         QStringLiteral("--ao=null"), QStringLiteral("--vo=null"),
-         QStringLiteral("--keep-open=yes"), QStringLiteral("--really-quiet"), file});
+    startMpv(player->m_process, file, QStringLiteral("--keep-open=yes"));
     return player;
 }
 

@@ -1,8 +1,10 @@
 #include "Screenshots.h"
 
 #include <QDir>
+#include <QGuiApplication>
 #include <QLinearGradient>
 #include <QPainter>
+#include <QTest>
 
 namespace Screenshots {
 
@@ -30,6 +32,21 @@ QPalette darkPalette() {
     palette.setColor(QPalette::Highlight, QColor(0x0A84FF));
     palette.setColor(QPalette::HighlightedText, Qt::white);
     return palette;
+}
+
+void addPaletteRows() {
+    QTest::addColumn<bool>("dark");
+    QTest::newRow("light") << false;
+    QTest::newRow("dark") << true;
+}
+
+QString usePalette(bool dark) {
+    QGuiApplication::setPalette(dark ? darkPalette() : lightPalette());
+    return dark ? QStringLiteral("dark") : QStringLiteral("light");
+}
+
+bool wanted() {
+    return qEnvironmentVariableIntValue("SCRUBLINE_SCREENSHOTS") != 0;
 }
 
 QString save(const QPixmap& picture, const QString& name) {

@@ -8,8 +8,17 @@
 // and the light and dark palettes they are taken in.
 namespace Screenshots {
 
+// The slots that only take pictures run on their own (`ctest -L screenshots`, which sets
+// SCRUBLINE_SCREENSHOTS), so that the behaviour run neither waits for them nor fails on them.
+bool wanted();
+
 QPalette lightPalette();
 QPalette darkPalette();
+
+// The column "dark" and a row for each palette, for the data of a slot that takes pictures.
+void addPaletteRows();
+// Gives the application the dark or the light palette, and answers its name for the pictures.
+QString usePalette(bool dark);
 
 // Writes `picture` as <artifacts>/<name>.png and answers the file's path, or an empty string
 // when it could not be written.

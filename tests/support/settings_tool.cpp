@@ -1,5 +1,6 @@
 // A separate process for tests that must kill or crash what they observe:
 //   settings_tool write-once <file>   saves one change, says "saved", then waits to be killed
+//                                     (or for its input to close, when the test is gone)
 //   settings_tool write-loop <file>   saves changes without end, saying "saved <n>" after each
 //   settings_tool label <seconds>     prints the label of a forward action of that many seconds
 #include "platform/IniSettings.h"
@@ -7,7 +8,6 @@
 
 #include <QCoreApplication>
 #include <QSettings>
-#include <QThread>
 
 #include <cstdio>
 #include <cstdlib>
@@ -44,7 +44,8 @@ int main(int argc, char* argv[]) {
     if (command == QLatin1StringView("write-once")) {
         settings->setShowHUDOverlay(false);
         say("saved");
-        QThread::sleep(60);
+        while (std::fgetc(stdin) != EOF) {
+        }
         return 0;
     }
     if (command == QLatin1StringView("write-loop")) {

@@ -32,10 +32,7 @@ private:
 
     QString settingsPath() const { return m_path; }
 
-    std::unique_ptr<AppSettings> openStore() const {
-        return std::make_unique<AppSettings>(std::make_unique<SettingsStore>(
-            std::make_unique<QSettings>(m_path, QSettings::IniFormat)));
-    }
+    std::unique_ptr<AppSettings> openStore() const { return appSettingsAt(m_path); }
 
     // What is on disk under `key`, read by a settings object of its own.
     QVariant stored(const QString& key) const { return settingsOnDisk(m_path)->value(key); }
@@ -409,9 +406,9 @@ private slots:
         QCOMPARE(idsOf(*openStore()), ids);
         // Imported into another copy, with another list, the ids come along.
         TempHome other;
-        AppSettings elsewhere(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
-            other.configPath() + QStringLiteral("/Scrubline/Scrubline.conf"),
-            QSettings::IniFormat)));
+        const auto owned =
+            appSettingsAt(other.configPath() + QStringLiteral("/Scrubline/Scrubline.conf"));
+        AppSettings& elsewhere = *owned;
         elsewhere.setSeekActions({SeekAction(SeekAction::Direction::forward, 5, 124, 256)});
         QVERIFY(elsewhere.importSettings(exported));
         QCOMPARE(idsOf(elsewhere), ids);

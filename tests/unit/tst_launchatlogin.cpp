@@ -3,6 +3,7 @@
 #include "settings/AppSettings.h"
 #include "settings/LaunchAtLogin.h"
 #include "support/LogCapture.h"
+#include "support/OnDisk.h"
 #include "support/RecordingLoginItem.h"
 #include "support/TempHome.h"
 
@@ -151,9 +152,9 @@ private slots:
         QVERIFY(blocker.open(QIODevice::WriteOnly));
         blocker.close();
 
-        AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
-            m_home->configPath() + QStringLiteral("/Scrubline/Scrubline.conf"),
-            QSettings::IniFormat)));
+        const auto owned =
+            appSettingsAt(m_home->configPath() + QStringLiteral("/Scrubline/Scrubline.conf"));
+        AppSettings& settings = *owned;
         LogCapture log;
         settings.setLaunchAtLogin(true);
         LaunchAtLogin::setEnabled(true);

@@ -42,10 +42,7 @@ private:
     std::unique_ptr<TempHome> m_home;
     QString m_path;
 
-    std::unique_ptr<AppSettings> openStore() const {
-        return std::make_unique<AppSettings>(std::make_unique<SettingsStore>(
-            std::make_unique<QSettings>(m_path, QSettings::IniFormat)));
-    }
+    std::unique_ptr<AppSettings> openStore() const { return appSettingsAt(m_path); }
 
     // A state with every field away from its default.
     void setKnownState(AppSettings& settings) const {
@@ -256,9 +253,8 @@ private slots:
         QVERIFY(macFile.contains("\"appleMusic\"") && macFile.contains("\"safariYouTube\""));
         QByteArray exported;
         {
-            AppSettings settings(std::make_unique<SettingsStore>(
-                                     std::make_unique<QSettings>(m_path, QSettings::IniFormat)),
-                                 linuxApps);
+            const auto owned = appSettingsAt(m_path, linuxApps);
+            AppSettings& settings = *owned;
             QCOMPARE(settings.enabledApps(), linuxApps);
             QVERIFY(settings.importSettings(macFile));
             QCOMPARE(settings.enabledApps(),
@@ -272,9 +268,8 @@ private slots:
             QCOMPARE(*settings.exportSettings(), macFile);
         }
         // At the next start the apps Linux offers that the file left out are appended.
-        AppSettings restarted(std::make_unique<SettingsStore>(
-                                  std::make_unique<QSettings>(m_path, QSettings::IniFormat)),
-                              linuxApps);
+        const auto owned = appSettingsAt(m_path, linuxApps);
+        AppSettings& restarted = *owned;
         QCOMPARE(
             restarted.enabledApps(),
             (QList<MediaApp>{MediaApp::chromiumYouTube, MediaApp::spotify, MediaApp::appleMusic,

@@ -354,7 +354,7 @@ void GeneralSettingsTab::setImportMessage(const QString& message, Style::Role ro
     m_importMessage->show();
     // Each message starts its own clearing, which clears whatever shows by then, a newer
     // message included.
-    QTimer::singleShot(importMessageMs, Qt::PreciseTimer, this,
+    QTimer::singleShot(m_importMessageMs, Qt::PreciseTimer, this,
                        &GeneralSettingsTab::clearImportMessage);
 }
 

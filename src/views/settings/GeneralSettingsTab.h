@@ -29,6 +29,10 @@ public:
                        QWidget* parent = nullptr);
     ~GeneralSettingsTab() override;
 
+    // How long the result line of an import stays; shorter in tests.
+    int importMessageDuration() const { return m_importMessageMs; }
+    void setImportMessageDuration(int milliseconds) { m_importMessageMs = milliseconds; }
+
 private:
     FormSection* makeTogglesSection();
     FormSection* makeFeedbackSection();
@@ -53,6 +57,7 @@ private:
 
     AppSettings& m_settings;
     const PlatformTexts m_texts;
+    int m_importMessageMs = importMessageMs;
     bool m_showMenuBarIcon;
 
     FormSwitch* m_launchAtLogin = nullptr;
