@@ -1,9 +1,8 @@
 #include "CommandLineSeek.h"
 
-#include "core/MediaStatus.h"
+#include "MediaStack.h"
+#include "platform/LoginItem.h"
 #include "platform/Platform.h"
-#include "settings/AppSettings.h"
-#include "settings/SettingsStore.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
@@ -16,24 +15,15 @@ MediaController::Served run(double seconds) {
     QLoggingCategory::setFilterRules(QStringLiteral("com.scrubline.app.seek.info=false"));
     // The line names the player as the running program would.
     MediaApp::setBrowserNaming(Platform::browserNaming());
-    // The apps this platform offers, as the tray program's settings have them: the reference
-    // list alone has no other players and no Firefox.
-    AppSettings settings(std::make_unique<SettingsStore>(Platform::openSettingsStore()),
-                         Platform::mediaApps());
-    const std::shared_ptr<PlayerControl> players = Platform::createPlayerControl();
-    MediaController* controller = nullptr;
-    MediaStatus status(players, settings,
-                       [&controller] { return controller->runningActiveApps(); });
-    MediaController mediaController(players, Platform::createRunningApps(), settings, status);
-    controller = &mediaController;
+    const MediaStack media = MediaStack::build(nullptr);
 
     MediaController::Served served;
     QEventLoop loop;
-    mediaController.enqueueAnsweredSeek(seconds,
-                                        [&served, &loop](const MediaController::Served& told) {
-                                            served = told;
-                                            loop.quit();
-                                        });
+    media.controller->enqueueAnsweredSeek(seconds,
+                                          [&served, &loop](const MediaController::Served& told) {
+                                              served = told;
+                                              loop.quit();
+                                          });
     // Served at once when no app is running at all; the loop is then not needed.
     if (served.line.isEmpty()) {
         loop.exec();

@@ -1,6 +1,7 @@
 #include "ScrublineApp.h"
 
 #include "AppDelegate.h"
+#include "MediaStack.h"
 #include "SettingsWindowController.h"
 #include "core/MediaController.h"
 #include "core/MediaStatus.h"
@@ -10,7 +11,6 @@
 #include "platform/Platform.h"
 #include "scripting/AppleScriptService.h"
 #include "settings/AppSettings.h"
-#include "settings/LaunchAtLogin.h"
 #include "settings/SettingsStore.h"
 #include "utilities/Logger.h"
 #include "views/overlay/OverlayManager.h"
@@ -39,7 +39,6 @@ void sayThereIsNoTray() {
 ScrublineApp::ScrublineApp(QObject* parent)
     : QObject(parent) {
     // 1. The platform's facilities that live in namespaces, before anything can use them.
-    LaunchAtLogin::setLoginItem(Platform::createLoginItem());
     AppleScriptService::setEngine(Platform::createScriptEngine());
     Symbols::setPlatformImages(Platform::createSymbolImages());
     KeyTable::setModifierStyle(Platform::writesModifiersAsWords()
@@ -50,18 +49,13 @@ ScrublineApp::ScrublineApp(QObject* parent)
     // An accessory of the tray until the settings window opens.
     m_desktop->setRegularActivation(false);
 
-    // 2. The settings, loaded now rather than on first use, so a damaged file is reported at
-    // start.
-    m_settings = std::make_unique<AppSettings>(
-        std::make_unique<SettingsStore>(Platform::openSettingsStore()), Platform::mediaApps());
-
-    // 3. The media side, made now so that it follows the players from the start. The status
-    // asks the controller which apps run only when it polls, after both exist.
-    m_players = Platform::createPlayerControl();
-    m_mediaStatus = std::make_unique<MediaStatus>(
-        m_players, *m_settings, [this] { return m_mediaController->runningActiveApps(); });
-    m_mediaController = std::make_unique<MediaController>(m_players, Platform::createRunningApps(),
-                                                          *m_settings, *m_mediaStatus);
+    // 2. The settings and 3. the media side, made as a command line run makes them, now, so
+    // that they follow the players from the start.
+    MediaStack media = MediaStack::build(Platform::createLoginItem());
+    m_settings = std::move(media.settings);
+    m_players = std::move(media.players);
+    m_mediaStatus = std::move(media.status);
+    m_mediaController = std::move(media.controller);
     connect(m_mediaController.get(), &MediaController::alertRequested, this, &AlertBox::show);
 
     // 4. The views.
@@ -107,6 +101,14 @@ ScrublineApp::ScrublineApp(QObject* parent)
             &AppSettings::savePendingChanges);
     connect(qApp, &QGuiApplication::commitDataRequest, m_settings.get(),
             &AppSettings::savePendingChanges);
+}
+
+QString ScrublineApp::displayProblem() {
+    return Platform::displayProblem();
+}
+
+std::unique_ptr<SingleInstance> ScrublineApp::openSingleInstance() {
+    return Platform::createSingleInstance();
 }
 
 void ScrublineApp::reopen() {

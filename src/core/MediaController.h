@@ -30,6 +30,7 @@ class MediaController : public QObject {
     Q_OBJECT
 
 public:
+    // Tells `status` which apps to ask what is playing, for as long as both live.
     MediaController(std::shared_ptr<PlayerControl> players, std::unique_ptr<RunningApps> running,
                     AppSettings& settings, MediaStatus& status, QObject* parent = nullptr);
     // Waits for a trial in flight, which a player's time-out bounds.

@@ -4,6 +4,7 @@
 #include "app/AppDelegate.h"
 #include "core/MediaController.h"
 #include "core/MediaStatus.h"
+#include "platform/Platform.h"
 #include "platform/linux/MprisPlayerControl.h"
 #include "platform/linux/MprisPlayerRegistry.h"
 #include "platform/linux/MprisRunningApps.h"
@@ -37,7 +38,8 @@ class PortalProgram {
 public:
     explicit PortalProgram(QDBusConnection bus)
         : m_settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
-              m_home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)))
+                         m_home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
+                     Platform::mediaApps())
         , m_registry(bus)
         , m_player(PlayerProcess::fake({QStringLiteral("--name"), QStringLiteral("spotify"),
                                         QStringLiteral("--spotify"), QStringLiteral("--position"),
@@ -566,7 +568,8 @@ private slots:
         m_portal->disappear();
         TempHome home;
         AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
-            home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)));
+                                 home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
+                             Platform::mediaApps());
         MprisPlayerRegistry registry(bus());
         auto control = std::make_shared<MprisPlayerControl>(registry);
         MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
@@ -592,12 +595,14 @@ private slots:
                                        SeekAction(SeekAction::Direction::playPause, 0, 49, hyper)};
         {
             AppSettings writer(std::make_unique<SettingsStore>(
-                std::make_unique<QSettings>(file, QSettings::IniFormat)));
+                                   std::make_unique<QSettings>(file, QSettings::IniFormat)),
+                               Platform::mediaApps());
             writer.setSeekActions(stored);
             writer.savePendingChanges();
         }
         AppSettings settings(std::make_unique<SettingsStore>(
-            std::make_unique<QSettings>(file, QSettings::IniFormat)));
+                                 std::make_unique<QSettings>(file, QSettings::IniFormat)),
+                             Platform::mediaApps());
         QCOMPARE(settings.seekActions(), stored);
         MprisPlayerRegistry registry(bus());
         auto control = std::make_shared<MprisPlayerControl>(registry);
@@ -667,7 +672,8 @@ private slots:
     void anActivationMovesThePlayer() {
         TempHome home;
         AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
-            home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)));
+                                 home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
+                             Platform::mediaApps());
         MprisPlayerRegistry registry(bus());
         auto spotify = PlayerProcess::fake({QStringLiteral("--name"), QStringLiteral("spotify"),
                                             QStringLiteral("--spotify"),

@@ -3,6 +3,7 @@
 #include "platform/Platform.h"
 #include "settings/AppSettings.h"
 #include "settings/SettingsStore.h"
+#include "support/ReferenceApps.h"
 #include "support/Screenshots.h"
 #include "support/TempHome.h"
 #include "views/settings/AboutSettingsTab.h"
@@ -103,7 +104,8 @@ private slots:
         m_home = std::make_unique<TempHome>();
         m_settings = std::make_unique<AppSettings>(
             std::make_unique<SettingsStore>(std::make_unique<QSettings>(
-                m_home->path() + QStringLiteral("/settings.conf"), QSettings::IniFormat)));
+                m_home->path() + QStringLiteral("/settings.conf"), QSettings::IniFormat)),
+            referenceApps());
         m_desktop = Platform::createDesktopIntegration();
     }
     void cleanup() {

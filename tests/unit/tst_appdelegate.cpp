@@ -83,7 +83,7 @@ private:
 
 private slots:
     void init() {
-        m_rig = std::make_unique<ControllerRig>();
+        m_rig = std::make_unique<ControllerRig>(referenceApps());
         m_rig->start({QStringLiteral("Spotify")});
         m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
         m_engine = std::make_shared<ScriptedEngine>();

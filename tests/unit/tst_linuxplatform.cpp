@@ -30,10 +30,11 @@ private slots:
     void theStandardStoreWritesTheStandardFile() {
         TempHome home;
         const QString file = home.configPath() + QStringLiteral("/Scrubline/Scrubline.conf");
-        AppSettings settings(std::make_unique<SettingsStore>(Platform::openSettingsStore()));
+        AppSettings settings(std::make_unique<SettingsStore>(Platform::openSettingsStore()),
+                             Platform::mediaApps());
         QVERIFY(!QFile::exists(file));
         settings.setEnabledApps({MediaApp::appleMusic});
-        QVERIFY(QFile::exists(file));
+        QTRY_VERIFY(QFile::exists(file));
         QSettings stored(file, QSettings::IniFormat);
         QCOMPARE(stored.value(AppSettings::Keys::enabledApps).toByteArray(),
                  QByteArray(R"(["appleMusic"])"));

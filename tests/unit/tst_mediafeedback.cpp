@@ -40,7 +40,7 @@ private:
 
 private slots:
     void init() {
-        m_rig = std::make_unique<ControllerRig>();
+        m_rig = std::make_unique<ControllerRig>(referenceApps());
         m_rig->start({QStringLiteral("Spotify"), QStringLiteral("Music")});
     }
     void cleanup() { m_rig.reset(); }

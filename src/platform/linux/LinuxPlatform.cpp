@@ -16,18 +16,54 @@
 #include <QDBusConnection>
 #include <QGuiApplication>
 #include <QStandardPaths>
+#include <QThread>
 
 #include <xcb/xcb.h>
 
 namespace {
 
 // The players on the session bus, followed once for the whole program: the player control and
-// every list of running apps read the same registry. Made on first use, on the GUI thread, by
-// the application shell; never destroyed, as the seek thread may still read it at exit.
-MprisPlayerRegistry& sessionPlayers() {
-    static auto* registry = new MprisPlayerRegistry(QDBusConnection::sessionBus());
-    return *registry;
+// every list of running apps read the same registry, and each of them keeps it alive. It goes
+// with the last of them, on its own thread: a now-playing poll may hold the player control
+// last, on a worker, while the program ends.
+std::shared_ptr<MprisPlayerRegistry> sessionPlayers() {
+    static std::weak_ptr<MprisPlayerRegistry> shared;
+    std::shared_ptr<MprisPlayerRegistry> registry = shared.lock();
+    if (!registry) {
+        registry = std::shared_ptr<MprisPlayerRegistry>(
+            new MprisPlayerRegistry(QDBusConnection::sessionBus()), [](MprisPlayerRegistry* gone) {
+                if (QThread::currentThread() == gone->thread()) {
+                    delete gone;
+                } else {
+                    gone->deleteLater();
+                }
+            });
+        shared = registry;
+    }
+    return registry;
 }
+
+// A player control together with the registry it reads, which it outlives by nothing.
+struct SessionPlayerControl {
+    explicit SessionPlayerControl(std::shared_ptr<MprisPlayerRegistry> players)
+        : registry(std::move(players))
+        , control(*registry) {}
+
+    std::shared_ptr<MprisPlayerRegistry> registry;
+    MprisPlayerControl control;
+};
+
+// Holds the registry for the running apps it is a child of, so that it is let go only after
+// they are gone.
+class RegistryHold : public QObject {
+public:
+    RegistryHold(std::shared_ptr<MprisPlayerRegistry> registry, QObject* parent)
+        : QObject(parent)
+        , m_registry(std::move(registry)) {}
+
+private:
+    std::shared_ptr<MprisPlayerRegistry> m_registry;
+};
 
 } // namespace
 
@@ -70,11 +106,15 @@ QList<PermissionItem> permissionItems() {
 }
 
 std::shared_ptr<PlayerControl> createPlayerControl() {
-    return std::make_shared<MprisPlayerControl>(sessionPlayers());
+    auto both = std::make_shared<SessionPlayerControl>(sessionPlayers());
+    return std::shared_ptr<PlayerControl>(both, &both->control);
 }
 
 std::unique_ptr<RunningApps> createRunningApps() {
-    return std::make_unique<MprisRunningApps>(sessionPlayers());
+    std::shared_ptr<MprisPlayerRegistry> registry = sessionPlayers();
+    auto running = std::make_unique<MprisRunningApps>(*registry);
+    new RegistryHold(std::move(registry), running.get());
+    return running;
 }
 
 std::unique_ptr<HotkeyService> createHotkeyService() {
