@@ -207,7 +207,7 @@ int main(int argc, char** argv) {
     QTemporaryDir home;
     AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
                              home.filePath(QStringLiteral("settings.conf")), QSettings::IniFormat)),
-                         Platform::mediaApps());
+                         Platform::profile().mediaApps);
     MprisPlayerRegistry registry(QDBusConnection::sessionBus());
     auto control = std::make_shared<MprisPlayerControl>(registry);
     MediaStatus status(control, settings, [] { return QList<MediaApp>(); });

@@ -1,8 +1,6 @@
 #include "CommandLineSeek.h"
 
 #include "MediaStack.h"
-#include "platform/LoginItem.h"
-#include "platform/Platform.h"
 
 #include <QCoreApplication>
 #include <QEventLoop>
@@ -14,8 +12,8 @@ MediaController::Served run(double seconds) {
     // The timing line is for the long-running program's log, not for a terminal.
     QLoggingCategory::setFilterRules(QStringLiteral("com.scrubline.app.seek.info=false"));
     // The line names the player as the running program would.
-    MediaApp::setBrowserNaming(Platform::browserNaming());
     const MediaStack media = MediaStack::build(nullptr);
+    MediaApp::setBrowserNaming(media.profile.browserNaming);
 
     MediaController::Served served;
     QEventLoop loop;

@@ -13,10 +13,11 @@ MediaStack::~MediaStack() = default;
 
 MediaStack MediaStack::build(std::unique_ptr<LoginItem> loginItem) {
     MediaStack stack;
+    stack.profile = Platform::profile();
     // Loaded now rather than on first use, so that a damaged file is reported at start. The
     // apps this platform offers, never the reference list: it has no other players here.
     stack.settings = std::make_unique<AppSettings>(
-        std::make_unique<SettingsStore>(Platform::openSettingsStore()), Platform::mediaApps(),
+        std::make_unique<SettingsStore>(Platform::openSettingsStore()), stack.profile.mediaApps,
         std::move(loginItem));
     stack.players = Platform::createPlayerControl();
     stack.status = std::make_unique<MediaStatus>(stack.players, *stack.settings);

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "platform/LoginItem.h"
+#include "platform/PlatformProfile.h"
+
 #include <memory>
 
 class AppSettings;
-class LoginItem;
 class MediaController;
 class MediaStatus;
 class PlayerControl;
@@ -17,10 +19,12 @@ struct MediaStack {
     MediaStack& operator=(MediaStack&&) noexcept;
     ~MediaStack();
 
-    // Asks the platform for the settings store, the players and the running apps. The
-    // settings switch `loginItem` for launch at login; a command line run has none to switch.
+    // Asks the platform for its profile, the settings store, the players and the running apps;
+    // the settings offer the profile's apps. They switch `loginItem` for launch at login; a
+    // command line run has none to switch.
     static MediaStack build(std::unique_ptr<LoginItem> loginItem);
 
+    PlatformProfile profile;
     std::unique_ptr<AppSettings> settings;
     std::shared_ptr<PlayerControl> players;
     std::unique_ptr<MediaStatus> status;

@@ -38,27 +38,26 @@ void sayThereIsNoTray() {
 
 ScrublineApp::ScrublineApp(QObject* parent)
     : QObject(parent) {
-    // 1. The platform's facilities that live in namespaces, before anything can use them.
-    AppleScriptService::setEngine(Platform::createScriptEngine());
-    Symbols::setPlatformImages(Platform::createSymbolImages());
-    KeyTable::setModifierStyle(Platform::writesModifiersAsWords()
-                                   ? KeyTable::ModifierStyle::words
-                                   : KeyTable::ModifierStyle::glyphs);
-    MediaApp::setBrowserNaming(Platform::browserNaming());
-    m_desktop = Platform::createDesktopIntegration();
-    // An accessory of the tray until the settings window opens.
-    m_desktop->setRegularActivation(false);
-
-    // 2. The settings and 3. the media side, made as a command line run makes them, now, so
-    // that they follow the players from the start.
+    // 1. The platform's profile, the settings and the media side, made as a command line run
+    // makes them, now, so that they follow the players from the start.
     MediaStack media = MediaStack::build(Platform::createLoginItem());
+    m_profile = media.profile;
     m_settings = std::move(media.settings);
     m_players = std::move(media.players);
     m_mediaStatus = std::move(media.status);
     m_mediaController = std::move(media.controller);
+
+    // 2. The platform's facilities that live in namespaces, before anything can show them.
+    AppleScriptService::setEngine(Platform::createScriptEngine());
+    Symbols::setPlatformImages(Platform::createSymbolImages());
+    KeyTable::setModifierStyle(m_profile.modifierStyle);
+    MediaApp::setBrowserNaming(m_profile.browserNaming);
+    m_desktop = Platform::createDesktopIntegration();
+    // An accessory of the tray until the settings window opens.
+    m_desktop->setRegularActivation(false);
     connect(m_mediaController.get(), &MediaController::alertRequested, this, &AlertBox::show);
 
-    // 4. The views.
+    // 3. The views.
     m_settingsWindow = std::make_unique<SettingsWindowController>(
         [this] { return makeSettingsView(); }, *m_desktop);
     m_overlay = std::make_unique<OverlayManager>(*m_mediaStatus, *m_settings, m_desktop.get());
@@ -84,7 +83,7 @@ ScrublineApp::ScrublineApp(QObject* parent)
     connect(m_trayIcon.get(), &TrayIcon::settingsRequested, m_settingsWindow.get(),
             &SettingsWindowController::showSettingsWindow);
 
-    // 5. The hotkeys, which start the overlay once the scripts are warmed.
+    // 4. The hotkeys, which start the overlay once the scripts are warmed.
     m_appDelegate = std::make_unique<AppDelegate>(Platform::createHotkeyService(), m_players,
                                                   *m_settings, *m_mediaController, m_overlay.get());
     // Once per user: a desktop without global hotkeys is told of in the panel, with what to do.
@@ -168,7 +167,7 @@ SettingsView* ScrublineApp::makeSettingsView() {
 
 HotkeysSettingsTab* ScrublineApp::makeHotkeysTab() {
     auto* tab = new HotkeysSettingsTab(*m_settings);
-    if (Platform::toolkitSwapsControlAndCommand()) {
+    if (m_profile.toolkitSwapsControlAndCommand) {
         tab->setModifierMapping(HotkeyRecorder::ModifierMapping::swapped());
     }
     tab->setUnavailableActionIDs(m_appDelegate->unavailableActionIDs());

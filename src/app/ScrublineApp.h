@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/MediaController.h"
+#include "platform/PlatformProfile.h"
 
 #include <QObject>
 
@@ -49,11 +50,12 @@ private:
     HotkeysSettingsTab* makeHotkeysTab();
 
     // Declared in the order they are made, so they go in the reverse one.
+    PlatformProfile m_profile;
     std::unique_ptr<AppSettings> m_settings;
-    std::unique_ptr<DesktopIntegration> m_desktop;
     std::shared_ptr<PlayerControl> m_players;
     std::unique_ptr<MediaStatus> m_mediaStatus;
     std::unique_ptr<MediaController> m_mediaController;
+    std::unique_ptr<DesktopIntegration> m_desktop;
     std::unique_ptr<OverlayManager> m_overlay;
     std::unique_ptr<SettingsWindowController> m_settingsWindow;
     std::unique_ptr<TrayAvailability> m_tray;

@@ -57,7 +57,7 @@ public:
     Program()
         : m_settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
                          m_home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
-                     Platform::mediaApps())
+                     Platform::profile().mediaApps)
         , m_registry(bus())
         , m_control(std::make_shared<MprisPlayerControl>(m_registry))
         , m_status(m_control, m_settings, [] { return QList<MediaApp>(); })

@@ -186,7 +186,7 @@ bool onBus(const QString& name) {
 
 void writeActions(const QList<SeekAction>& actions) {
     AppSettings settings(std::make_unique<SettingsStore>(openIniSettings(settingsFile())),
-                         Platform::mediaApps());
+                         Platform::profile().mediaApps);
     settings.defaults().setBool(QStringLiteral("hasCompletedOnboarding"), true);
     settings.setSeekActions(actions);
     settings.savePendingChanges();

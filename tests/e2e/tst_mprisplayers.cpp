@@ -805,7 +805,7 @@ private slots:
         TempHome home;
         AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
                                  home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
-                             Platform::mediaApps());
+                             Platform::profile().mediaApps);
         MprisPlayerRegistry registry(QDBusConnection::sessionBus());
         auto spotify = player(QStringLiteral("spotify"), QString(), {QStringLiteral("--spotify")});
         QTRY_COMPARE(registry.runningApps().size(), 1);
@@ -826,7 +826,7 @@ private slots:
         TempHome home;
         AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
                                  home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
-                             Platform::mediaApps());
+                             Platform::profile().mediaApps);
         const QDBusConnection none = QDBusConnection::connectToBus(
             QStringLiteral("unix:path=/nonexistent/bus"), QStringLiteral("nowhere"));
         QVERIFY(!none.isConnected());

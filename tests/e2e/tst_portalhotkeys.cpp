@@ -39,7 +39,7 @@ public:
     explicit PortalProgram(QDBusConnection bus)
         : m_settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
                          m_home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
-                     Platform::mediaApps())
+                     Platform::profile().mediaApps)
         , m_registry(bus)
         , m_player(PlayerProcess::fake({QStringLiteral("--name"), QStringLiteral("spotify"),
                                         QStringLiteral("--spotify"), QStringLiteral("--position"),
@@ -569,7 +569,7 @@ private slots:
         TempHome home;
         AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
                                  home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
-                             Platform::mediaApps());
+                             Platform::profile().mediaApps);
         MprisPlayerRegistry registry(bus());
         auto control = std::make_shared<MprisPlayerControl>(registry);
         MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
@@ -596,13 +596,13 @@ private slots:
         {
             AppSettings writer(std::make_unique<SettingsStore>(
                                    std::make_unique<QSettings>(file, QSettings::IniFormat)),
-                               Platform::mediaApps());
+                               Platform::profile().mediaApps);
             writer.setSeekActions(stored);
             writer.savePendingChanges();
         }
         AppSettings settings(std::make_unique<SettingsStore>(
                                  std::make_unique<QSettings>(file, QSettings::IniFormat)),
-                             Platform::mediaApps());
+                             Platform::profile().mediaApps);
         QCOMPARE(settings.seekActions(), stored);
         MprisPlayerRegistry registry(bus());
         auto control = std::make_shared<MprisPlayerControl>(registry);
@@ -673,7 +673,7 @@ private slots:
         TempHome home;
         AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
                                  home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
-                             Platform::mediaApps());
+                             Platform::profile().mediaApps);
         MprisPlayerRegistry registry(bus());
         auto spotify = PlayerProcess::fake({QStringLiteral("--name"), QStringLiteral("spotify"),
                                             QStringLiteral("--spotify"),

@@ -54,7 +54,7 @@ QString settingsFile() {
 // The actions as the file on disk holds them now.
 QList<SeekAction> actionsOnDisk() {
     return AppSettings(std::make_unique<SettingsStore>(settingsOnDisk(settingsFile())),
-                       Platform::mediaApps())
+                       Platform::profile().mediaApps)
         .seekActions();
 }
 
@@ -113,7 +113,7 @@ private slots:
         // Past the welcome content, the settings window on its Hotkeys tab, and the two preset
         // actions written out as the program writes them.
         AppSettings settings(std::make_unique<SettingsStore>(openIniSettings(settingsFile())),
-                             Platform::mediaApps());
+                             Platform::profile().mediaApps);
         settings.defaults().setBool(QStringLiteral("hasCompletedOnboarding"), true);
         settings.defaults().setString(QStringLiteral("lastSettingsTab"), QStringLiteral("hotkeys"));
         settings.setSeekActions(SeekAction::defaults());

@@ -423,14 +423,14 @@ private slots:
     void aSwitchedOffAppIsLeftAloneWithoutARunningCopy() {
         {
             AppSettings settings(std::make_unique<SettingsStore>(openIniSettings(settingsFile())),
-                                 Platform::mediaApps());
+                                 Platform::profile().mediaApps);
             settings.setDisabledApps({MediaApp::spotify});
         }
         const auto player = startSpotify();
         QVERIFY(player);
         const Run run = command({QStringLiteral("seek"), QStringLiteral("+10")});
         AppSettings(std::make_unique<SettingsStore>(openIniSettings(settingsFile())),
-                    Platform::mediaApps())
+                    Platform::profile().mediaApps)
             .setDisabledApps({});
         QCOMPARE(run.exitCode, 1);
         QCOMPARE(run.out, QStringLiteral("No media apps running\n"));

@@ -89,20 +89,21 @@ std::unique_ptr<LoginItem> createLoginItem() {
         command.empty() ? program : QString::fromStdString(command));
 }
 
-QList<MediaApp> mediaApps() {
-    // Apple Music and Safari do not run here; every MPRIS player stands for one of these.
-    return {MediaApp::spotify, MediaApp::chromiumYouTube, MediaApp::firefox,
-            MediaApp::otherPlayers};
-}
-
-MediaApp::BrowserNaming browserNaming() {
-    // Every Chromium-based browser publishes every page that plays, YouTube or not.
-    return MediaApp::BrowserNaming::byBrowser;
+PlatformProfile profile() {
+    return {
+        // Apple Music and Safari do not run here; every MPRIS player stands for one of these.
+        .mediaApps = {MediaApp::spotify, MediaApp::chromiumYouTube, MediaApp::firefox,
+                      MediaApp::otherPlayers},
+        // Every Chromium-based browser publishes every page that plays, YouTube or not.
+        .browserNaming = MediaApp::BrowserNaming::byBrowser,
+        .modifierStyle = KeyTable::ModifierStyle::words,
+        .toolkitSwapsControlAndCommand = false,
+    };
 }
 
 QList<PermissionItem> permissionItems() {
     // Every player here is reached over MPRIS, and all a player needs is to answer there.
-    return PermissionItem::forApps(mediaApps(), QStringLiteral("MPRIS over D-Bus"));
+    return PermissionItem::forApps(profile().mediaApps, QStringLiteral("MPRIS over D-Bus"));
 }
 
 std::shared_ptr<PlayerControl> createPlayerControl() {
@@ -124,14 +125,6 @@ std::unique_ptr<HotkeyService> createHotkeyService() {
         return std::make_unique<PortalHotkeyService>(QDBusConnection::sessionBus());
     }
     return std::make_unique<X11HotkeyService>();
-}
-
-bool writesModifiersAsWords() {
-    return true;
-}
-
-bool toolkitSwapsControlAndCommand() {
-    return false;
 }
 
 bool accessibilityTrusted() {
