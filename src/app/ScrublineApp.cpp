@@ -9,7 +9,6 @@
 #include "core/WebAddresses.h"
 #include "models/KeyTable.h"
 #include "platform/Platform.h"
-#include "scripting/AppleScriptService.h"
 #include "settings/AppSettings.h"
 #include "settings/SettingsStore.h"
 #include "utilities/Logger.h"
@@ -48,7 +47,6 @@ ScrublineApp::ScrublineApp(QObject* parent)
     m_mediaController = std::move(media.controller);
 
     // 2. The platform's facilities that live in namespaces, before anything can show them.
-    AppleScriptService::setEngine(Platform::createScriptEngine());
     Symbols::setPlatformImages(Platform::createSymbolImages());
     KeyTable::setModifierStyle(m_profile.modifierStyle);
     MediaApp::setBrowserNaming(m_profile.browserNaming);

@@ -27,9 +27,6 @@ std::unique_ptr<QSettings> openSettingsStore();
 
 std::unique_ptr<LoginItem> createLoginItem();
 
-// The host that runs player scripts, or null where players are not driven by scripts.
-std::shared_ptr<ScriptEngine> createScriptEngine();
-
 // What sets this platform apart: its media apps, their naming, how hotkeys are written and read.
 PlatformProfile profile();
 

@@ -2,7 +2,6 @@
 // what a press hands to the media controller, and when the registrations follow the settings.
 // The system's hotkey service is replaced by a recording double; everything else is real.
 #include "app/AppDelegate.h"
-#include "scripting/AppleScriptService.h"
 #include "scripting/ChromeYouTubeController.h"
 #include "scripting/NativeMediaAppController.h"
 #include "scripting/SafariYouTubeController.h"
@@ -60,7 +59,7 @@ private:
     bool launch() {
         m_delegate = std::make_unique<AppDelegate>(
             std::make_unique<RecordingHotkeyService>(m_hotkeys),
-            std::make_shared<ScriptedPlayerControl>(), settings(), m_rig->controller());
+            std::make_shared<ScriptedPlayerControl>(m_engine), settings(), m_rig->controller());
         QSignalSpy warmed(m_delegate.get(), &AppDelegate::scriptsPrecompiled);
         m_delegate->applicationDidFinishLaunching();
         return warmed.wait(10000);
@@ -87,14 +86,12 @@ private slots:
         m_rig->start({QStringLiteral("Spotify")});
         m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
         m_engine = std::make_shared<ScriptedEngine>();
-        AppleScriptService::setEngine(m_engine);
         m_hotkeys = std::make_shared<RecordingHotkeyService::Record>();
     }
 
     void cleanup() {
         m_delegate.reset();
         m_rig.reset();
-        AppleScriptService::setEngine(nullptr);
         m_engine.reset();
     }
 
@@ -373,7 +370,7 @@ private slots:
         m_hotkeys->refusesHandler = true;
         m_delegate = std::make_unique<AppDelegate>(
             std::make_unique<RecordingHotkeyService>(m_hotkeys),
-            std::make_shared<ScriptedPlayerControl>(), settings(), m_rig->controller());
+            std::make_shared<ScriptedPlayerControl>(m_engine), settings(), m_rig->controller());
         QSignalSpy unavailable(m_delegate.get(), &AppDelegate::hotkeysUnavailable);
         m_delegate->applicationDidFinishLaunching();
         QCOMPARE(unavailable.size(), 1);

@@ -1,5 +1,4 @@
 #include "core/PermissionChecker.h"
-#include "scripting/AppleScriptService.h"
 #include "scripting/ScriptedPlayerControl.h"
 #include "support/FakePlayers.h"
 #include "support/FakeRunningApps.h"
@@ -247,8 +246,7 @@ private slots:
                        ? ScriptedEngine::text(QStringLiteral("ok"))
                        : ScriptedEngine::text(QStringLiteral("Google Chrome"));
         });
-        AppleScriptService::setEngine(engine);
-        make({QStringLiteral("Google Chrome")}, std::make_shared<ScriptedPlayerControl>());
+        make({QStringLiteral("Google Chrome")}, std::make_shared<ScriptedPlayerControl>(engine));
         check(false);
         QCOMPARE(m_checker->status(QStringLiteral("chrome-js")), Status::granted);
         QCOMPARE(m_checker->status(QStringLiteral("automation-chrome")), Status::granted);
@@ -258,7 +256,6 @@ private slots:
         engine->answer(ScriptedEngine::text(QStringLiteral("nowindow")));
         check(true);
         QCOMPARE(m_checker->status(QStringLiteral("chrome-js")), Status::unknown);
-        AppleScriptService::setEngine(nullptr);
     }
 
     void aCheckerGoneBeforeItsProbesEndIsLeftAlone() {

@@ -132,10 +132,6 @@ bool accessibilityTrusted() {
     return displayProblem().isEmpty() && !qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
 }
 
-std::shared_ptr<ScriptEngine> createScriptEngine() {
-    return nullptr; // players here speak MPRIS, not scripts
-}
-
 QString displayProblem() {
     const QByteArray platform = qgetenv("QT_QPA_PLATFORM");
     if (!platform.isEmpty() && !platform.startsWith("xcb")) {

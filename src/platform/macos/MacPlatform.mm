@@ -36,7 +36,7 @@ PlatformProfile profile() {
 }
 
 std::shared_ptr<PlayerControl> createPlayerControl() {
-    return std::make_shared<ScriptedPlayerControl>();
+    return std::make_shared<ScriptedPlayerControl>(std::make_shared<AppleScriptEngine>());
 }
 
 std::unique_ptr<RunningApps> createRunningApps() {
@@ -53,10 +53,6 @@ bool accessibilityTrusted() {
 
 QList<PermissionItem> permissionItems() {
     return PermissionItem::all();
-}
-
-std::shared_ptr<ScriptEngine> createScriptEngine() {
-    return std::make_shared<AppleScriptEngine>();
 }
 
 QString displayProblem() {
