@@ -181,6 +181,37 @@ private slots:
                  QStringList({QStringLiteral("spotify"), QStringLiteral("appleMusic")}));
     }
 
+    // The status is made before the controller and may outlive it: it asks no player until a
+    // controller tells it which apps run, and none once that controller is gone.
+    void theStatusAsksOnlyWhatALivingControllerWouldTry() {
+        auto players = std::make_shared<FakePlayers>();
+        players->setNowPlayingText(MediaApp::spotify, QStringLiteral("Intro - Band"));
+        MediaStatus status(players, m_rig->settings());
+        QSignalSpy changed(&status, &MediaStatus::nowPlayingChanged);
+        status.pollNowPlaying();
+        const auto controllerOver = [&] {
+            return std::make_unique<MediaController>(
+                players,
+                std::make_unique<FakeRunningApps>(QSet<QString>{QStringLiteral("Spotify")}),
+                m_rig->settings(), status);
+        };
+
+        auto controller = controllerOver();
+        status.pollNowPlaying();
+        QTRY_COMPARE(changed.size(), 1);
+        QCOMPARE(status.nowPlaying()->title, QStringLiteral("Intro"));
+        controller.reset();
+        status.pollNowPlaying();
+
+        players->setNowPlayingText(MediaApp::spotify, QStringLiteral("Outro - Band"));
+        controller = controllerOver();
+        status.pollNowPlaying();
+        QTRY_COMPARE(changed.size(), 2);
+        // One question for each poll made while a controller lived, none for the others.
+        QCOMPARE(players->subjects(Call::nowPlaying),
+                 QStringList({QStringLiteral("spotify"), QStringLiteral("spotify")}));
+    }
+
     void nothingPlayingClearsTheLineAtTheNextPoll() {
         m_rig->players().setNowPlayingText(MediaApp::spotify, QStringLiteral("Intro - Band"));
         QSignalSpy changed(&status(), &MediaStatus::nowPlayingChanged);
