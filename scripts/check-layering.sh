@@ -77,8 +77,15 @@ while IFS= read -r file; do
         sed -E 's/^([0-9]+):[^"]*"([^"]+)".*/\1:\2/')
 done < <(find . -type f \( -name '*.h' -o -name '*.cpp' -o -name '*.mm' \) | sed 's#^\./##' | sort)
 
+# The interfaces speak the toolkit's terms, a key being a QKeyCombination: the numbers the
+# reference platform stores keys under belong to the settings codec and the macOS backend alone.
+while IFS=: read -r file line _; do
+    complain "$file:$line: a platform interface names Carbon; speak QKeyCombination instead"
+done < <(grep -nHE '[Cc]arbon|CARBON|EventHotKey|kVK_|\b(cmdKey|optionKey|controlKey|shiftKey)\b' \
+    platform/*.h || true)
+
 if [ "$problems" -gt 0 ]; then
-    echo "layering: $problems include(s) point the wrong way" >&2
+    echo "layering: $problems problem(s): includes that point the wrong way, or Carbon in an interface" >&2
     exit 1
 fi
 echo "layering: every include points down the chain"

@@ -1,7 +1,9 @@
 #include "ScrublineApp.h"
 
-#include "AppDelegate.h"
+#include "HotkeyBinder.h"
+#include "HotkeyHold.h"
 #include "MediaStack.h"
+#include "SeekWarmup.h"
 #include "SettingsWindowController.h"
 #include "core/MediaController.h"
 #include "core/MediaStatus.h"
@@ -81,17 +83,17 @@ ScrublineApp::ScrublineApp(QObject* parent)
     connect(m_trayIcon.get(), &TrayIcon::settingsRequested, m_settingsWindow.get(),
             &SettingsWindowController::showSettingsWindow);
 
-    // 4. The hotkeys, which start the overlay once the scripts are warmed.
-    m_appDelegate = std::make_unique<AppDelegate>(Platform::createHotkeyService(), m_players,
-                                                  *m_settings, *m_mediaController, m_overlay.get());
+    // 4. The hotkeys, whose presses go through the hold to the controller.
+    m_hotkeys = Platform::createHotkeyService();
+    m_hotkeyHold = std::make_unique<HotkeyHold>(*m_mediaController);
+    m_hotkeyBinder = std::make_unique<HotkeyBinder>(*m_hotkeys, *m_settings, *m_hotkeyHold);
     // Once per user: a desktop without global hotkeys is told of in the panel, with what to do.
-    connect(m_appDelegate.get(), &AppDelegate::hotkeysUnavailable, m_trayIcon.get(), [this] {
+    connect(m_hotkeyBinder.get(), &HotkeyBinder::hotkeysUnavailable, m_trayIcon.get(), [this] {
         m_trayIcon->showNoticeOnce(QStringLiteral("hasSeenHotkeysUnavailableNote"),
                                    m_desktop->texts().accessibilityHint);
     });
-    m_appDelegate->applicationDidFinishLaunching();
-    connect(qApp, &QCoreApplication::aboutToQuit, m_appDelegate.get(),
-            &AppDelegate::applicationWillTerminate);
+    startUp();
+    connect(qApp, &QCoreApplication::aboutToQuit, m_hotkeyBinder.get(), &HotkeyBinder::stop);
     // Unlike the other debounced work, an edit still waiting to be saved is written at the end,
     // so that none is lost when the session ends right after it.
     connect(qApp, &QCoreApplication::aboutToQuit, m_settings.get(),
@@ -106,6 +108,14 @@ QString ScrublineApp::displayProblem() {
 
 std::unique_ptr<SingleInstance> ScrublineApp::openSingleInstance() {
     return Platform::createSingleInstance();
+}
+
+void ScrublineApp::startUp() {
+    m_hotkeyBinder->start();
+    m_overlay->start();
+    // Once, for the actions as they are at start; an amount added later is prepared by its
+    // first seek.
+    [[maybe_unused]] const bool warming = SeekWarmup::start(m_players, m_settings->seekActions());
 }
 
 void ScrublineApp::reopen() {
@@ -139,15 +149,15 @@ SettingsView* ScrublineApp::makeSettingsView() {
     // portal), having one is what the hotkey row asks about.
     auto checker =
         std::make_unique<PermissionChecker>(m_players, Platform::createRunningApps(), [this] {
-            return Platform::accessibilityTrusted() || !m_appDelegate->hotkeyMechanism().isEmpty();
+            return Platform::accessibilityTrusted() || !m_hotkeyBinder->mechanism().isEmpty();
         });
     checker->setItems(Platform::permissionItems());
     auto* permissions = new PermissionsSettingsTab(std::move(checker), *m_desktop);
-    if (const QString mechanism = m_appDelegate->hotkeyMechanism(); !mechanism.isEmpty()) {
+    if (const QString mechanism = m_hotkeyBinder->mechanism(); !mechanism.isEmpty()) {
         permissions->setAccessibilityGrantedText(mechanism);
     }
     // The desktop may bind the hotkeys while the window is open; the row says how many.
-    connect(m_appDelegate.get(), &AppDelegate::hotkeyMechanismChanged, permissions,
+    connect(m_hotkeyBinder.get(), &HotkeyBinder::mechanismChanged, permissions,
             [permissions](const QString& mechanism) {
                 if (!mechanism.isEmpty()) {
                     permissions->setAccessibilityGrantedText(mechanism);
@@ -168,16 +178,16 @@ HotkeysSettingsTab* ScrublineApp::makeHotkeysTab() {
     if (m_profile.toolkitSwapsControlAndCommand) {
         tab->setModifierMapping(HotkeyRecorder::ModifierMapping::swapped());
     }
-    tab->setUnavailableActionIDs(m_appDelegate->unavailableActionIDs());
-    connect(m_appDelegate.get(), &AppDelegate::unavailableActionIDsChanged, tab,
+    tab->setUnavailableActionIDs(m_hotkeyBinder->unavailableActionIDs());
+    connect(m_hotkeyBinder.get(), &HotkeyBinder::unavailableActionIDsChanged, tab,
             &HotkeysSettingsTab::setUnavailableActionIDs);
-    tab->setAssignedTriggers(m_appDelegate->assignedTriggers());
-    connect(m_appDelegate.get(), &AppDelegate::assignedTriggersChanged, tab,
+    tab->setAssignedTriggers(m_hotkeyBinder->assignedTriggers());
+    connect(m_hotkeyBinder.get(), &HotkeyBinder::assignedTriggersChanged, tab,
             &HotkeysSettingsTab::setAssignedTriggers);
     // The Test button goes through the same queue as a press of the action's hotkey.
     connect(tab, &HotkeysSettingsTab::seekRequested, m_mediaController.get(),
             &MediaController::enqueueSeek);
-    connect(tab, &HotkeysSettingsTab::recordingChanged, m_appDelegate.get(),
-            &AppDelegate::setHotkeysSuspended);
+    connect(tab, &HotkeysSettingsTab::recordingChanged, m_hotkeyBinder.get(),
+            &HotkeyBinder::setSuspended);
     return tab;
 }

@@ -7,9 +7,11 @@
 
 #include <memory>
 
-class AppDelegate;
 class AppSettings;
 class DesktopIntegration;
+class HotkeyBinder;
+class HotkeyHold;
+class HotkeyService;
 class HotkeysSettingsTab;
 class OverlayManager;
 class MediaStatus;
@@ -48,6 +50,8 @@ private:
     SettingsView* makeSettingsView();
     // The Hotkeys tab, tied to the hotkeys it edits and to the seek queue its Test buttons use.
     HotkeysSettingsTab* makeHotkeysTab();
+    // The hotkeys bound, the overlay following the status, the players ready for a first press.
+    void startUp();
 
     // Declared in the order they are made, so they go in the reverse one.
     PlatformProfile m_profile;
@@ -60,5 +64,7 @@ private:
     std::unique_ptr<SettingsWindowController> m_settingsWindow;
     std::unique_ptr<TrayAvailability> m_tray;
     std::unique_ptr<TrayIcon> m_trayIcon;
-    std::unique_ptr<AppDelegate> m_appDelegate;
+    std::unique_ptr<HotkeyService> m_hotkeys;
+    std::unique_ptr<HotkeyHold> m_hotkeyHold;
+    std::unique_ptr<HotkeyBinder> m_hotkeyBinder;
 };

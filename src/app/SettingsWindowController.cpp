@@ -34,16 +34,8 @@ void SettingsWindowController::showSettingsWindow() {
     m_window->activateWindow();
 }
 
-bool SettingsWindowController::isSettingsWindow(const QString& identifier, const QString& title) {
-    const QString word = QStringLiteral("settings");
-    if (!identifier.isEmpty() && identifier.contains(word, Qt::CaseInsensitive)) {
-        return true;
-    }
-    return title.contains(word, Qt::CaseInsensitive);
-}
-
-bool SettingsWindowController::isSettingsWindow(const QWidget& window) {
-    return isSettingsWindow(window.objectName(), window.windowTitle());
+bool SettingsWindowController::isSettingsWindow(const QObject* object) const {
+    return m_window != nullptr && object == m_window.data();
 }
 
 bool SettingsWindowController::eventFilter(QObject* watched, QEvent* event) {
@@ -58,19 +50,13 @@ bool SettingsWindowController::eventFilter(QObject* watched, QEvent* event) {
         break;
     }
     case QEvent::WindowActivate:
-        if (watched->isWidgetType()) {
-            auto* widget = static_cast<QWidget*>(watched);
-            if (widget->isWindow() && isSettingsWindow(*widget)) {
-                windowDidBecomeKey(*widget);
-            }
+        if (isSettingsWindow(watched)) {
+            windowDidBecomeKey(*m_window);
         }
         break;
     case QEvent::Close:
-        if (watched->isWidgetType()) {
-            auto* widget = static_cast<QWidget*>(watched);
-            if (widget->isWindow() && isSettingsWindow(*widget)) {
-                windowWillClose(*widget);
-            }
+        if (isSettingsWindow(watched)) {
+            windowWillClose(*m_window);
         }
         break;
     default:

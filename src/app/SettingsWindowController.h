@@ -34,15 +34,12 @@ public:
     // The open window, or null.
     SettingsView* window() const { return m_window; }
 
-    // Whether a window is a settings window: "settings" in its identifier, or failing that in
-    // its title, in any letter case.
-    static bool isSettingsWindow(const QString& identifier, const QString& title);
-    static bool isSettingsWindow(const QWidget& window);
-
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override;
 
 private:
+    // Only the window this controller made: any other, whatever its title, is left alone.
+    bool isSettingsWindow(const QObject* object) const;
     void windowDidBecomeKey(QWidget& window);
     void windowWillClose(QWidget& window);
 

@@ -68,33 +68,44 @@ void UpdateChecker::done() {
     }
     reply->deleteLater();
     QString status;
+    bool updateAvailable = false;
     if (m_tooLarge) {
         status = unparsable;
     } else if (reply->error() == QNetworkReply::NoError || cameFromServer(*reply)) {
-        status = statusForBody(reply->readAll(), m_currentVersion);
+        const QByteArray body = reply->readAll();
+        status = statusForBody(body, m_currentVersion);
+        const std::optional<QString> latest = latestVersion(body);
+        updateAvailable = latest && *latest != m_currentVersion;
     } else {
         status = couldNotCheck + reply->errorString();
     }
-    emit finished(status);
+    emit finished(status, updateAvailable);
 }
 
-QString UpdateChecker::statusForBody(const QByteArray& body, const QString& currentVersion) {
+std::optional<QString> UpdateChecker::latestVersion(const QByteArray& body) {
     if (body.isEmpty() || body.size() > largestBody) {
-        return unparsable;
+        return std::nullopt;
     }
     QJsonParseError error{};
     const QJsonDocument document = QJsonDocument::fromJson(body, &error);
     if (error.error != QJsonParseError::NoError || !document.isObject()) {
-        return unparsable;
+        return std::nullopt;
     }
     const QJsonValue version = document.object().value(QStringLiteral("version"));
     if (!version.isString()) {
+        return std::nullopt;
+    }
+    return version.toString();
+}
+
+QString UpdateChecker::statusForBody(const QByteArray& body, const QString& currentVersion) {
+    const std::optional<QString> latest = latestVersion(body);
+    if (!latest) {
         return unparsable;
     }
     // Exact text: an older version, or the same one written otherwise, is offered as an update.
-    const QString latest = version.toString();
-    if (latest == currentVersion) {
-        return QStringLiteral("You are up to date (v") + latest + QStringLiteral(").");
+    if (*latest == currentVersion) {
+        return QStringLiteral("You are up to date (v") + *latest + QStringLiteral(").");
     }
-    return QStringLiteral("Update available: v") + latest;
+    return QStringLiteral("Update available: v") + *latest;
 }

@@ -4,6 +4,8 @@
 #include <QPointer>
 #include <QUrl>
 
+#include <optional>
+
 class QNetworkAccessManager;
 class QNetworkReply;
 
@@ -32,10 +34,13 @@ public:
     static QString statusForBody(const QByteArray& body, const QString& currentVersion);
 
 signals:
-    void finished(const QString& status);
+    // `updateAvailable`: the server names a version other than this one.
+    void finished(const QString& status, bool updateAvailable);
 
 private:
     void done();
+    // The version a body names; nothing when it is not a version document.
+    static std::optional<QString> latestVersion(const QByteArray& body);
 
     QString m_currentVersion;
     QUrl m_document;

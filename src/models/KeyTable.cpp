@@ -269,52 +269,104 @@ KeyTable::ModifierStyle KeyTable::modifierStyle() {
     return g_modifierStyle;
 }
 
-QString KeyTable::displayString(std::uint16_t keyCode, std::uint32_t carbonModifiers) {
-    if (g_modifierStyle == ModifierStyle::words) {
-        QString text;
-        if (carbonModifiers & CarbonModifier::control) {
-            text += QStringLiteral("Ctrl+");
-        }
-        if (carbonModifiers & CarbonModifier::option) {
-            text += QStringLiteral("Alt+");
-        }
-        if (carbonModifiers & CarbonModifier::shift) {
-            text += QStringLiteral("Shift+");
-        }
-        if (carbonModifiers & CarbonModifier::command) {
-            text += QStringLiteral("Super+");
-        }
-        return text + wordFor(keyCode);
-    }
+namespace {
+
+// The modifiers as the combination is written before its key, in the style set.
+QString modifierText(std::uint32_t carbonModifiers) {
+    const bool words = g_modifierStyle == KeyTable::ModifierStyle::words;
     QString text;
     if (carbonModifiers & CarbonModifier::control) {
-        text += QChar(0x2303);
+        text += words ? QStringLiteral("Ctrl+") : QString(QChar(0x2303));
     }
     if (carbonModifiers & CarbonModifier::option) {
-        text += QChar(0x2325);
+        text += words ? QStringLiteral("Alt+") : QString(QChar(0x2325));
     }
     if (carbonModifiers & CarbonModifier::shift) {
-        text += QChar(0x21E7);
+        text += words ? QStringLiteral("Shift+") : QString(QChar(0x21E7));
     }
     if (carbonModifiers & CarbonModifier::command) {
-        text += QChar(0x2318);
+        text += words ? QStringLiteral("Super+") : QString(QChar(0x2318));
     }
-    return text + keyName(keyCode);
+    return text;
 }
 
-std::uint32_t KeyTable::toCarbonModifiers(std::uint64_t modifierFlags) {
+} // namespace
+
+QString KeyTable::displayString(std::uint16_t keyCode, std::uint32_t carbonModifiers) {
+    return modifierText(carbonModifiers) +
+           (g_modifierStyle == ModifierStyle::words ? wordFor(keyCode) : keyName(keyCode));
+}
+
+namespace {
+
+struct ModifierPair {
+    std::uint32_t carbon;
+    Qt::KeyboardModifier qt;
+};
+
+constexpr std::array<ModifierPair, 4> kModifiers{{
+    {CarbonModifier::control, Qt::ControlModifier},
+    {CarbonModifier::option, Qt::AltModifier},
+    {CarbonModifier::shift, Qt::ShiftModifier},
+    {CarbonModifier::command, Qt::MetaModifier},
+}};
+
+constexpr std::uint32_t kCarbonMask = CarbonModifier::control | CarbonModifier::option |
+                                      CarbonModifier::shift | CarbonModifier::command;
+
+} // namespace
+
+Qt::KeyboardModifiers KeyTable::toQtModifiers(std::uint32_t carbonModifiers) {
+    Qt::KeyboardModifiers modifiers;
+    for (const ModifierPair& pair : kModifiers) {
+        if ((carbonModifiers & pair.carbon) != 0) {
+            modifiers |= pair.qt;
+        }
+    }
+    return modifiers;
+}
+
+std::uint32_t KeyTable::toCarbonModifiers(Qt::KeyboardModifiers modifiers) {
     std::uint32_t mask = 0;
-    if (modifierFlags & ModifierFlag::command) {
-        mask |= CarbonModifier::command;
-    }
-    if (modifierFlags & ModifierFlag::shift) {
-        mask |= CarbonModifier::shift;
-    }
-    if (modifierFlags & ModifierFlag::option) {
-        mask |= CarbonModifier::option;
-    }
-    if (modifierFlags & ModifierFlag::control) {
-        mask |= CarbonModifier::control;
+    for (const ModifierPair& pair : kModifiers) {
+        if (modifiers.testFlag(pair.qt)) {
+            mask |= pair.carbon;
+        }
     }
     return mask;
+}
+
+std::optional<QKeyCombination> KeyTable::toKeyCombination(StoredKeys stored) {
+    const auto key = forKeyCode(stored.keyCode);
+    // Bits beyond the four would be lost on the way back, and a file that holds them was not
+    // written by this program.
+    if (!key || (stored.carbonModifiers & ~kCarbonMask) != 0) {
+        return std::nullopt;
+    }
+    Qt::KeyboardModifiers modifiers = toQtModifiers(stored.carbonModifiers);
+    if (key->keypad) {
+        modifiers |= Qt::KeypadModifier;
+    }
+    return QKeyCombination(modifiers, key->qtKey);
+}
+
+std::optional<KeyTable::StoredKeys> KeyTable::toStoredKeys(QKeyCombination keys) {
+    const Qt::KeyboardModifiers modifiers = keys.keyboardModifiers();
+    const Qt::KeyboardModifiers hotkeyModifiers =
+        Qt::ControlModifier | Qt::AltModifier | Qt::ShiftModifier | Qt::MetaModifier;
+    if ((modifiers & ~(hotkeyModifiers | Qt::KeypadModifier)) != 0) {
+        return std::nullopt;
+    }
+    const auto key = find(keys.key(), modifiers.testFlag(Qt::KeypadModifier));
+    if (!key) {
+        return std::nullopt;
+    }
+    return StoredKeys{key->keyCode, toCarbonModifiers(modifiers)};
+}
+
+QString KeyTable::displayString(QKeyCombination keys) {
+    if (const auto stored = toStoredKeys(keys)) {
+        return displayString(stored->keyCode, stored->carbonModifiers);
+    }
+    return modifierText(toCarbonModifiers(keys.keyboardModifiers())) + QStringLiteral("Key?");
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QKeyCombination>
 #include <QString>
 #include <QtCore/qnamespace.h>
 
@@ -15,24 +16,11 @@ inline constexpr std::uint32_t option = 0x800;
 inline constexpr std::uint32_t control = 0x1000;
 } // namespace CarbonModifier
 
-// Keyboard modifier-flag bits of macOS key events; the views translate their
-// toolkit's modifiers into these before calling KeyTable::toCarbonModifiers.
-namespace ModifierFlag {
-inline constexpr std::uint64_t capsLock = 1ULL << 16;
-inline constexpr std::uint64_t shift = 1ULL << 17;
-inline constexpr std::uint64_t control = 1ULL << 18;
-inline constexpr std::uint64_t option = 1ULL << 19;
-inline constexpr std::uint64_t command = 1ULL << 20;
-inline constexpr std::uint64_t numericPad = 1ULL << 21;
-inline constexpr std::uint64_t help = 1ULL << 22;
-inline constexpr std::uint64_t function = 1ULL << 23;
-} // namespace ModifierFlag
-
 // The keys a hotkey can be made of. Hotkeys are stored with macOS virtual
 // key codes on every platform, so that settings travel between machines; a code names a key by
 // its place on an ANSI keyboard. This is the one place that says what each stored code is: its
-// name in the hotkey display, and the toolkit's key for it, from which a recorded key press
-// becomes a stored code and a backend finds the key to grab.
+// name in the hotkey display, and the toolkit's key for it, through which a stored hotkey
+// becomes the key combination the hotkey service binds and a recorded key press a stored code.
 class KeyTable {
 public:
     struct Key {
@@ -76,5 +64,23 @@ public:
     // The modifiers in the order control, option, shift, command, then the key's name, in the
     // style set.
     static QString displayString(std::uint16_t keyCode, std::uint32_t carbonModifiers);
-    static std::uint32_t toCarbonModifiers(std::uint64_t modifierFlags);
+    // The same for a combination; "Key?" after the modifiers for a key the table does not know.
+    static QString displayString(QKeyCombination keys);
+
+    // A stored hotkey: its key code and Carbon modifier mask.
+    struct StoredKeys {
+        std::uint16_t keyCode = 0;
+        std::uint32_t carbonModifiers = 0;
+        friend bool operator==(const StoredKeys&, const StoredKeys&) = default;
+    };
+    // The stored form and the toolkit's are turned into each other here and nowhere else. The
+    // combination names the modifiers as a PC keyboard does, whatever the toolkit of a Mac
+    // reports: control is Qt::ControlModifier, option Qt::AltModifier, shift Qt::ShiftModifier,
+    // command (Super) Qt::MetaModifier; a keypad key carries Qt::KeypadModifier. Nothing for a
+    // key code the table does not know, or a combination no stored hotkey can be.
+    static std::optional<QKeyCombination> toKeyCombination(StoredKeys stored);
+    static std::optional<StoredKeys> toStoredKeys(QKeyCombination keys);
+    // Only the four modifiers a hotkey may hold, in either form.
+    static Qt::KeyboardModifiers toQtModifiers(std::uint32_t carbonModifiers);
+    static std::uint32_t toCarbonModifiers(Qt::KeyboardModifiers modifiers);
 };

@@ -53,9 +53,6 @@ public:
     static QString displayString(std::uint16_t keyCode, std::uint32_t modifiers) {
         return KeyTable::displayString(keyCode, modifiers);
     }
-    static std::uint32_t toCarbonModifiers(std::uint64_t modifierFlags) {
-        return KeyTable::toCarbonModifiers(modifierFlags);
-    }
 
     // The JSON object the defaults database and the settings file hold.
     OrderedJson toJson() const;

@@ -1,52 +1,66 @@
 #pragma once
 
-#include <cstdint>
-#include <functional>
-#include <optional>
-#include <string>
+#include "models/HotkeyBinding.h"
 
-// System-wide hotkeys: a key code and modifier mask, both as the reference platform numbers
-// them (the Carbon virtual key codes and hot-key modifier bits), registered under an owner
-// signature and an id. Lives on the GUI thread, and presses and releases arrive there.
-class HotkeyService {
+#include <QHash>
+#include <QObject>
+#include <QString>
+
+// System-wide hotkeys, asked for as one set of bindings and answered by signal. Lives on the
+// GUI thread, and every signal arrives there. A hotkey held down is one press and, where the
+// system tells, one release: the keyboard's own repeats in between are never passed on.
+class HotkeyService : public QObject {
+    Q_OBJECT
+
 public:
-    using Handle = std::uint64_t;
-    // A hotkey went down or came up. A hotkey held down is one press and, where the system
-    // tells, one release: the keyboard's own repeats in between are never passed on.
-    enum class KeyEvent { pressed, released };
-    using PressHandler = std::function<void(std::uint32_t id, KeyEvent event)>;
+    // What became of one binding of the set.
+    enum class Status {
+        // Presses of its keys come as pressed(id).
+        bound,
+        // The keys cannot be had: another program holds them, or no key of this keyboard
+        // makes them.
+        taken,
+        // The desktop, which hands out the keys, said no.
+        refused,
+        // The desktop bound it, to another trigger than asked for.
+        reassigned,
+    };
+    struct Result {
+        Status status = Status::bound;
+        // The trigger the desktop gave a reassigned binding, as the program writes
+        // combinations; empty otherwise.
+        QString trigger;
 
-    virtual ~HotkeyService() = default;
+        friend bool operator==(const Result&, const Result&) = default;
+    };
+    // By binding id.
+    using Results = QHash<QString, Result>;
 
-    // Starts listening for presses of registered hotkeys. Called once, before any registration;
-    // false when the session offers no global hotkeys, and then nothing registers. Where the
-    // system does not say when a hotkey comes up, the release follows its press at once.
-    virtual bool installHandler(PressHandler handler) = 0;
-    // Stops listening; registrations should be dropped before.
-    virtual void removeHandler() = 0;
+    using QObject::QObject;
+
+    // Starts listening. Called once, before any binding; false when the session offers no
+    // global hotkeys, and then nothing binds.
+    virtual bool start() = 0;
+    // Lets every binding go and stops listening; a hotkey held down now is not said to come up.
+    virtual void stop() = 0;
+    // Makes this set the one bound, in place of the last: an empty set lets every hotkey go.
+    // Ids are unique within the set. Where the program takes the keys itself, two bindings of
+    // the same keys are both bound, and presses go to the first. The results come as
+    // resultsChanged, at once where the program takes the keys itself, once the desktop has
+    // answered where it hands them out.
+    virtual void bind(const HotkeyBindings& bindings) = 0;
 
     // The means by which presses reach the program, as the Permissions tab names it ("X11 key
     // grabs"), once the session is known to give it; empty where the platform names none, or
     // while there is none.
-    virtual std::string mechanism() const { return {}; }
+    virtual QString mechanism() const { return {}; }
 
-    // The trigger the desktop gave the hotkey with this id, in its own words, where that is not
-    // the combination asked for; empty otherwise, and wherever the program has the keys itself.
-    virtual std::string assignedTrigger(std::uint32_t /*id*/) const { return {}; }
-    // Called on the GUI thread each time the desktop has said which triggers it gave, or that
-    // it gives none (mechanism() is empty then).
-    virtual void setTriggersHandler(std::function<void()> /*handler*/) {}
-
-    // How a desktop that lists the program's shortcuts in its own settings names the hotkey
-    // with this id: a name that stays the same across runs and a description. Given before the
-    // registration; key grabs have no use for it.
-    virtual void describeHotkey(std::uint32_t /*id*/, const std::string& /*name*/,
-                                const std::string& /*description*/) {}
-
-    // Nothing when the combination cannot be had, most often because another program holds
-    // it. Says nothing about why.
-    virtual std::optional<Handle> registerHotkey(std::uint32_t keyCode,
-                                                 std::uint32_t carbonModifiers,
-                                                 std::uint32_t signature, std::uint32_t id) = 0;
-    virtual void unregisterHotkey(Handle handle) = 0;
+signals:
+    void pressed(const QString& id);
+    void released(const QString& id);
+    // The result of every binding of the set last bound.
+    void resultsChanged(const HotkeyService::Results& results);
+    void mechanismChanged(const QString& mechanism);
+    // The desktop has said that it gives no global hotkeys.
+    void unavailable();
 };

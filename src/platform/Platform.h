@@ -40,8 +40,8 @@ QList<PermissionItem> permissionItems();
 // The running applications, followed live. Lives on the GUI thread.
 std::unique_ptr<RunningApps> createRunningApps();
 
-// System-wide hotkeys, on the GUI thread. Where the session offers none, its handler cannot
-// be installed and nothing registers.
+// System-wide hotkeys, on the GUI thread. Where the session offers none, it does not start and
+// nothing binds.
 std::unique_ptr<HotkeyService> createHotkeyService();
 
 // Whether the program may watch the keyboard system-wide, read once.

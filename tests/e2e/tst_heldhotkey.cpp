@@ -1,7 +1,8 @@
 // A hotkey held down in the test's own X server with the keyboard's repeat on and fast: the
-// program's key grabs, its delegate and its controller, and a fake Spotify that prints every
+// program's key grabs, its binder and its controller, and a fake Spotify that prints every
 // call it takes. xdotool holds the keys as a person does.
-#include "app/AppDelegate.h"
+#include "app/HotkeyBinder.h"
+#include "app/HotkeyHold.h"
 #include "core/MediaController.h"
 #include "core/MediaStatus.h"
 #include "platform/Platform.h"
@@ -20,6 +21,8 @@
 #include <QSettings>
 #include <QSignalSpy>
 #include <QtTest>
+
+#include <algorithm>
 
 namespace {
 
@@ -73,15 +76,21 @@ public:
         if (!QTest::qWaitFor([this] { return m_registry.runningApps().size() == 1; }, 20000)) {
             return false;
         }
-        m_delegate = std::make_unique<AppDelegate>(std::make_unique<X11HotkeyService>(), m_control,
-                                                   m_settings, m_controller);
-        m_delegate->applicationDidFinishLaunching();
-        return m_delegate->registeredHotkeyCount() == 3;
+        QSignalSpy bound(&m_hotkeys, &HotkeyService::resultsChanged);
+        m_binder.start();
+        if (bound.size() != 1) {
+            return false;
+        }
+        const auto results = bound[0][0].value<HotkeyService::Results>();
+        return results.size() == 3 &&
+               std::all_of(results.cbegin(), results.cend(), [](const HotkeyService::Result& r) {
+                   return r.status == HotkeyService::Status::bound;
+               });
     }
 
     AppSettings& settings() { return m_settings; }
     MediaController& controller() { return m_controller; }
-    AppDelegate& delegate() { return *m_delegate; }
+    HotkeyHold& hold() { return m_hold; }
 
 private:
     TempHome m_home;
@@ -90,7 +99,9 @@ private:
     std::shared_ptr<MprisPlayerControl> m_control;
     MediaStatus m_status;
     MediaController m_controller;
-    std::unique_ptr<AppDelegate> m_delegate;
+    X11HotkeyService m_hotkeys;
+    HotkeyHold m_hold{m_controller};
+    HotkeyBinder m_binder{m_hotkeys, m_settings, m_hold};
 };
 
 } // namespace
@@ -182,8 +193,8 @@ private slots:
         const double expected = 10.0 * double(moves.size());
         QVERIFY2(moved >= expected - 0.5 && moved <= expected + clock.elapsed() / 1000.0 + 0.5,
                  qPrintable(QStringLiteral("%1 s for %2 steps").arg(moved).arg(moves.size())));
-        QCOMPARE(m_program->delegate().hotkeyHold().steps(), moves.size());
-        QCOMPARE(m_program->delegate().hotkeyHold().totalSeconds(), expected);
+        QCOMPARE(m_program->hold().steps(), moves.size());
+        QCOMPARE(m_program->hold().totalSeconds(), expected);
     }
 
     void withTheSwitchOffAHoldIsOneSeek() {
@@ -210,8 +221,8 @@ private slots:
     void aSlowPlayerNeverHasMoreThanOneRepeatWaiting() {
         start({QStringLiteral("--answer-after"), QStringLiteral("1000")});
         QVERIFY(!QTest::currentTestFailed());
-        QSignalSpy dropped(&m_program->delegate().hotkeyHold(), &HotkeyHold::repeatDropped);
-        QSignalSpy sent(&m_program->delegate().hotkeyHold(), &HotkeyHold::stepSent);
+        QSignalSpy dropped(&m_program->hold(), &HotkeyHold::repeatDropped);
+        QSignalSpy sent(&m_program->hold(), &HotkeyHold::stepSent);
         hold(forward, 2500);
         const qsizetype sentAtRelease = sent.size();
         settle();

@@ -1,9 +1,11 @@
 // Global hotkeys through the desktop portal, as under Wayland: the service against a portal
 // that speaks the documented interfaces on the private bus, and the whole road from a
 // shortcut's activation to a player that moves.
-#include "app/AppDelegate.h"
+#include "app/HotkeyBinder.h"
+#include "app/HotkeyHold.h"
 #include "core/MediaController.h"
 #include "core/MediaStatus.h"
+#include "models/KeyTable.h"
 #include "platform/Platform.h"
 #include "platform/linux/MprisPlayerControl.h"
 #include "platform/linux/MprisPlayerRegistry.h"
@@ -25,8 +27,35 @@ namespace {
 
 constexpr std::uint32_t hyper =
     CarbonModifier::control | CarbonModifier::option | CarbonModifier::command;
-constexpr std::uint32_t signature = 0x53435231;
+const Qt::KeyboardModifiers hyperKeys = Qt::ControlModifier | Qt::AltModifier | Qt::MetaModifier;
 const QString generalChannel = QStringLiteral("com.scrubline.app.general");
+
+HotkeyBinding forward(const QString& description = QStringLiteral("Forward 10 seconds"),
+                      Qt::Key key = Qt::Key_Right) {
+    return {QStringLiteral("FORWARD-ID"), QKeyCombination(hyperKeys, key), description};
+}
+
+HotkeyBinding backward() {
+    return {QStringLiteral("BACKWARD-ID"), QKeyCombination(hyperKeys, Qt::Key_Left),
+            QStringLiteral("Backward 10 seconds")};
+}
+
+HotkeyBinding playPause() {
+    return {QStringLiteral("PLAY-ID"), QKeyCombination(hyperKeys, Qt::Key_Space),
+            QStringLiteral("Play/Pause")};
+}
+
+HotkeyBinding skip() {
+    return {QStringLiteral("SKIP-ID"), QKeyCombination(hyperKeys, Qt::Key_PageUp),
+            QStringLiteral("Forward 30 seconds")};
+}
+
+// The number presses of a binding are counted under: its place in the full list.
+std::uint32_t numberOf(const QString& id) {
+    const QStringList ids{QStringLiteral("FORWARD-ID"), QStringLiteral("BACKWARD-ID"),
+                          QStringLiteral("PLAY-ID"), QStringLiteral("SKIP-ID")};
+    return std::uint32_t(ids.indexOf(id) + 1);
+}
 
 QString trigger(const PortalShortcut& shortcut, const char* key = "preferred_trigger") {
     return shortcut.properties.value(QString::fromLatin1(key)).toString();
@@ -47,12 +76,10 @@ public:
         , m_control(std::make_shared<MprisPlayerControl>(m_registry))
         , m_status(m_control, m_settings, [] { return QList<MediaApp>(); })
         , m_controller(m_control, std::make_unique<MprisRunningApps>(m_registry), m_settings,
-                       m_status) {
-        auto service = std::make_unique<PortalHotkeyService>(bus);
-        m_service = service.get();
-        m_delegate =
-            std::make_unique<AppDelegate>(std::move(service), m_control, m_settings, m_controller);
-    }
+                       m_status)
+        , m_service(bus)
+        , m_hold(m_controller)
+        , m_binder(m_service, m_settings, m_hold) {}
 
     // Starts once the player runs, and answers whether the desktop bound the shortcuts.
     bool launch() {
@@ -60,8 +87,8 @@ public:
             !QTest::qWaitFor([this] { return m_registry.runningApps().size() == 1; }, 20000)) {
             return false;
         }
-        QSignalSpy bound(m_service, &PortalHotkeyService::shortcutsBound);
-        m_delegate->applicationDidFinishLaunching();
+        QSignalSpy bound(&m_service, &PortalHotkeyService::shortcutsBound);
+        m_binder.start();
         return bound.wait(10000);
     }
 
@@ -83,7 +110,7 @@ public:
     }
 
     AppSettings& settings() { return m_settings; }
-    AppDelegate& delegate() { return *m_delegate; }
+    HotkeyHold& hold() { return m_hold; }
 
 private:
     TempHome m_home;
@@ -93,8 +120,9 @@ private:
     std::shared_ptr<MprisPlayerControl> m_control;
     MediaStatus m_status;
     MediaController m_controller;
-    PortalHotkeyService* m_service = nullptr;
-    std::unique_ptr<AppDelegate> m_delegate;
+    PortalHotkeyService m_service;
+    HotkeyHold m_hold;
+    HotkeyBinder m_binder;
 };
 
 } // namespace
@@ -107,24 +135,29 @@ private:
 
     static QDBusConnection bus() { return QDBusConnection::sessionBus(); }
 
+    // What the service said of each binding, the last time it said.
+    HotkeyService::Results m_results;
+
     // The service with the two preset combinations, bound.
-    // Presses go to `presses`, and releases to `releases` where given.
+    // Presses go to `presses`, and releases to `releases` where given, by binding number.
     std::unique_ptr<PortalHotkeyService> boundService(QList<std::uint32_t>* presses,
                                                       QList<std::uint32_t>* releases = nullptr) {
         auto service = std::make_unique<PortalHotkeyService>(bus());
         QSignalSpy bound(service.get(), &PortalHotkeyService::shortcutsBound);
-        service->installHandler(
-            [presses, releases](std::uint32_t id, HotkeyService::KeyEvent event) {
-                if (event == HotkeyService::KeyEvent::pressed) {
-                    presses->append(id);
-                } else if (releases != nullptr) {
-                    releases->append(id);
-                }
-            });
-        service->describeHotkey(1, "FORWARD-ID", "Forward 10 seconds");
-        service->describeHotkey(2, "BACKWARD-ID", "Backward 10 seconds");
-        service->registerHotkey(124, hyper, signature, 1);
-        service->registerHotkey(123, hyper, signature, 2);
+        connect(service.get(), &HotkeyService::pressed, service.get(),
+                [presses](const QString& id) { presses->append(numberOf(id)); });
+        connect(service.get(), &HotkeyService::released, service.get(),
+                [releases](const QString& id) {
+                    if (releases != nullptr) {
+                        releases->append(numberOf(id));
+                    }
+                });
+        connect(service.get(), &HotkeyService::resultsChanged, this,
+                [this](const HotkeyService::Results& results) { m_results = results; });
+        if (!service->start()) {
+            return nullptr;
+        }
+        service->bind({forward(), backward()});
         if (!bound.wait(10000)) {
             return nullptr;
         }
@@ -133,6 +166,7 @@ private:
 
 private slots:
     void init() {
+        m_results.clear();
         m_portal = std::make_unique<FakePortal>();
         QVERIFY(m_portal->appear());
     }
@@ -140,18 +174,24 @@ private slots:
     void cleanup() { m_portal.reset(); }
 
     void triggersAreWrittenInTheShortcutFormat() {
-        QCOMPARE(PortalHotkeyService::preferredTrigger(124, hyper),
+        QCOMPARE(PortalHotkeyService::preferredTrigger(QKeyCombination(hyperKeys, Qt::Key_Right)),
                  std::optional<QString>(QStringLiteral("CTRL+ALT+LOGO+Right")));
-        QCOMPARE(PortalHotkeyService::preferredTrigger(0, CarbonModifier::shift),
-                 std::optional<QString>(QStringLiteral("SHIFT+a")));
-        QCOMPARE(PortalHotkeyService::preferredTrigger(116, CarbonModifier::control),
+        QCOMPARE(
+            PortalHotkeyService::preferredTrigger(QKeyCombination(Qt::ShiftModifier, Qt::Key_A)),
+            std::optional<QString>(QStringLiteral("SHIFT+a")));
+        QCOMPARE(PortalHotkeyService::preferredTrigger(
+                     QKeyCombination(Qt::ControlModifier, Qt::Key_PageUp)),
                  std::optional<QString>(QStringLiteral("CTRL+Prior")));
-        QCOMPARE(PortalHotkeyService::preferredTrigger(82, CarbonModifier::option),
+        QCOMPARE(PortalHotkeyService::preferredTrigger(
+                     QKeyCombination(Qt::AltModifier | Qt::KeypadModifier, Qt::Key_0)),
                  std::optional<QString>(QStringLiteral("ALT+KP_0")));
-        QCOMPARE(PortalHotkeyService::preferredTrigger(43, CarbonModifier::command),
-                 std::optional<QString>(QStringLiteral("LOGO+comma")));
-        // A key code outside the table has no trigger, and is not offered.
-        QCOMPARE(PortalHotkeyService::preferredTrigger(0x7f, hyper), std::nullopt);
+        QCOMPARE(
+            PortalHotkeyService::preferredTrigger(QKeyCombination(Qt::MetaModifier, Qt::Key_Comma)),
+            std::optional<QString>(QStringLiteral("LOGO+comma")));
+        // A key no hotkey is made of has no trigger, and is not offered.
+        QCOMPARE(
+            PortalHotkeyService::preferredTrigger(QKeyCombination(hyperKeys, Qt::Key_VolumeUp)),
+            std::nullopt);
     }
 
     // Register first, then the version, a session, and one binding of both shortcuts, each
@@ -194,7 +234,7 @@ private slots:
         QCOMPARE(bound[1].id, QStringLiteral("BACKWARD-ID"));
         QCOMPARE(trigger(bound[1]), QStringLiteral("CTRL+ALT+LOGO+Left"));
         QVERIFY(service->isAvailable());
-        QCOMPARE(service->mechanism(), std::string("Desktop portal\n2 of 2 bound"));
+        QCOMPARE(service->mechanism(), QStringLiteral("Desktop portal\n2 of 2 bound"));
     }
 
     // The desktop, not the program, decides the final key; what it says is kept.
@@ -213,11 +253,16 @@ private slots:
                      QStringLiteral("The desktop keeps Ctrl+Alt+B on \"Backward 10 seconds\"")),
                  1);
         QCOMPARE(service->assignedTriggers(),
-                 (std::map<std::uint32_t, QString>{{1, QStringLiteral("Ctrl+Alt+Meta+Right")},
-                                                   {2, QStringLiteral("Ctrl+Alt+B")}}));
-        QCOMPARE(service->assignedTrigger(1), std::string());
-        QCOMPARE(service->assignedTrigger(2), std::string("Ctrl+Alt+B"));
-        QCOMPARE(service->assignedTrigger(3), std::string());
+                 (QHash<QString, QString>{
+                     {QStringLiteral("FORWARD-ID"), QStringLiteral("Ctrl+Alt+Meta+Right")},
+                     {QStringLiteral("BACKWARD-ID"), QStringLiteral("Ctrl+Alt+B")}}));
+        // The keys asked for are bound, whatever words the desktop says them in; other keys are
+        // reported in the program's words.
+        QCOMPARE(m_results,
+                 (HotkeyService::Results{
+                     {QStringLiteral("FORWARD-ID"), {HotkeyService::Status::bound, QString()}},
+                     {QStringLiteral("BACKWARD-ID"),
+                      {HotkeyService::Status::reassigned, QStringLiteral("Ctrl+Alt+B")}}}));
     }
 
     // Before the desktop has said it sends releases, an Activated is a press, but one that
@@ -284,17 +329,14 @@ private slots:
     }
 
     // A session binds once: a changed list closes it and binds in a new one under the same
-    // token, once per burst.
+    // token.
     void aChangedListIsBoundInANewSession() {
         QList<std::uint32_t> presses;
         auto service = boundService(&presses);
         QVERIFY(service != nullptr);
         const QString first = m_portal->boundSession();
         QSignalSpy bound(service.get(), &PortalHotkeyService::shortcutsBound);
-        service->unregisterHotkey(1);
-        service->unregisterHotkey(2);
-        service->describeHotkey(1, "FORWARD-ID", "Forward 30 seconds");
-        service->registerHotkey(116, hyper, signature, 1);
+        service->bind({forward(QStringLiteral("Forward 30 seconds"), Qt::Key_PageUp)});
         QVERIFY(bound.wait(10000));
         QTest::qWait(200);
         QCOMPARE(bound.size(), 1);
@@ -307,7 +349,7 @@ private slots:
         QCOMPARE(m_portal->openSessions(), QSet<QString>{m_portal->boundSession()});
         QCOMPARE(m_portal->boundShortcuts().size(), 1);
         QCOMPARE(trigger(m_portal->boundShortcuts()[0]), QStringLiteral("CTRL+ALT+LOGO+Prior"));
-        QCOMPARE(service->mechanism(), std::string("Desktop portal\n1 of 1 bound"));
+        QCOMPARE(service->mechanism(), QStringLiteral("Desktop portal\n1 of 1 bound"));
         m_portal->activate(m_portal->boundSession(), QStringLiteral("BACKWARD-ID"));
         m_portal->activate(m_portal->boundSession(), QStringLiteral("FORWARD-ID"));
         QTRY_COMPARE(presses, QList<std::uint32_t>{1});
@@ -319,13 +361,13 @@ private slots:
     void noActionsAskNothing() {
         PortalHotkeyService service(bus());
         QSignalSpy bound(&service, &PortalHotkeyService::shortcutsBound);
-        QVERIFY(service.installHandler([](std::uint32_t, HotkeyService::KeyEvent) {}));
+        QVERIFY(service.start());
         QVERIFY(bound.wait(10000));
-        QCOMPARE(service.mechanism(), std::string("Desktop portal"));
+        QCOMPARE(service.mechanism(), QStringLiteral("Desktop portal"));
         QCOMPARE(m_portal->members().count(QStringLiteral("CreateSession")), 0);
     }
 
-    // Registering the same set again, as a rebuild of the hotkeys after a load or an edit that
+    // Binding the same set again, as a rebuild of the hotkeys after a load or an edit that
     // changed no key does, asks the desktop nothing.
     void theSameSetIsNotBoundTwice() {
         QList<std::uint32_t> presses;
@@ -333,12 +375,7 @@ private slots:
         QVERIFY(service != nullptr);
         const qsizetype before = m_portal->calls().size();
         for (int pass = 0; pass < 3; ++pass) {
-            service->unregisterHotkey(1);
-            service->unregisterHotkey(2);
-            service->describeHotkey(1, "FORWARD-ID", "Forward 10 seconds");
-            service->describeHotkey(2, "BACKWARD-ID", "Backward 10 seconds");
-            service->registerHotkey(124, hyper, signature, 1);
-            service->registerHotkey(123, hyper, signature, 2);
+            service->bind({forward(), backward()});
             QTest::qWait(100);
         }
         QTest::qWait(300);
@@ -355,7 +392,7 @@ private slots:
         auto service = boundService(&presses);
         QVERIFY(service != nullptr);
         QCOMPARE(m_portal->members().count(QStringLiteral("BindShortcuts")), 0);
-        QCOMPARE(service->mechanism(), std::string("Desktop portal\n2 of 2 bound"));
+        QCOMPARE(service->mechanism(), QStringLiteral("Desktop portal\n2 of 2 bound"));
         m_portal->activate(
             FakePortal::sessionPath(bus().baseService(), QStringLiteral("scrubline")),
             QStringLiteral("BACKWARD-ID"));
@@ -381,16 +418,17 @@ private slots:
         QCOMPARE(m_portal->members().count(QStringLiteral("BindShortcuts")), binds);
         QCOMPARE(m_portal->timesAsked(), 1);
         // What the desktop kept is read back as it is now.
-        QCOMPARE(again->assignedTrigger(1), std::string("Ctrl+Alt+Super+F"));
+        QCOMPARE(m_results.value(QStringLiteral("FORWARD-ID")),
+                 (HotkeyService::Result{HotkeyService::Status::reassigned,
+                                        QStringLiteral("Ctrl+Alt+Super+F")}));
         m_portal->activate(m_portal->boundSession(), QStringLiteral("FORWARD-ID"));
         QTRY_COMPARE(presses, QList<std::uint32_t>{1});
 
         QSignalSpy bound(again.get(), &PortalHotkeyService::shortcutsBound);
-        again->describeHotkey(3, "PLAY-ID", "Play/Pause");
-        again->registerHotkey(49, hyper, signature, 3);
+        again->bind({forward(), backward(), playPause()});
         QVERIFY(bound.wait(10000));
         QCOMPARE(m_portal->timesAsked(), 2);
-        QCOMPARE(again->mechanism(), std::string("Desktop portal\n3 of 3 bound"));
+        QCOMPARE(again->mechanism(), QStringLiteral("Desktop portal\n3 of 3 bound"));
     }
 
     // xdg-desktop-portal-gnome 48.0 answers a binding that worked with 2 and the full list: the
@@ -409,9 +447,10 @@ private slots:
         QList<std::uint32_t> presses;
         auto service = boundService(&presses);
         QVERIFY(service != nullptr);
-        QCOMPARE(service->mechanism(), std::string("Desktop portal\n2 of 2 bound"));
-        QCOMPARE(service->assignedTrigger(2),
-                 std::string()); // the keys asked for, in GNOME's words
+        QCOMPARE(service->mechanism(), QStringLiteral("Desktop portal\n2 of 2 bound"));
+        // The keys asked for, in GNOME's words.
+        QCOMPARE(m_results.value(QStringLiteral("BACKWARD-ID")).status,
+                 HotkeyService::Status::bound);
         for (const LogCapture::Entry& entry : log.entries()) {
             QVERIFY2(!entry.message.contains(QStringLiteral("declined")),
                      qPrintable(entry.message));
@@ -426,27 +465,26 @@ private slots:
         LogCapture log;
         PortalHotkeyService service(bus());
         QSignalSpy triggers(&service, &PortalHotkeyService::shortcutsBound);
-        int told = 0;
-        service.setTriggersHandler([&told] { ++told; });
-        QVERIFY(service.installHandler([](std::uint32_t, HotkeyService::KeyEvent) {}));
-        service.describeHotkey(1, "FORWARD-ID", "Forward 10 seconds");
-        service.registerHotkey(124, hyper, signature, 1);
-        QTRY_COMPARE(told, 1);
+        QSignalSpy told(&service, &HotkeyService::resultsChanged);
+        QVERIFY(service.start());
+        service.bind({forward()});
+        QTRY_COMPARE(told.size(), 1);
+        QCOMPARE(told[0][0].value<HotkeyService::Results>(),
+                 (HotkeyService::Results{
+                     {QStringLiteral("FORWARD-ID"), {HotkeyService::Status::refused, QString()}}}));
         QCOMPARE(m_portal->timesAsked(), 1);
         for (int pass = 0; pass < 4; ++pass) {
             // The same set: not asked again.
-            service.unregisterHotkey(std::uint64_t(pass + 1));
-            service.registerHotkey(124, hyper, signature, 1);
+            service.bind({forward()});
             QTest::qWait(100);
         }
         QCOMPARE(m_portal->timesAsked(), 1);
         // Another set is asked for; still one warning in all.
-        service.describeHotkey(2, "BACKWARD-ID", "Backward 10 seconds");
-        service.registerHotkey(123, hyper, signature, 2);
+        service.bind({forward(), backward()});
         QTRY_COMPARE(m_portal->timesAsked(), 2);
         QTest::qWait(300);
         QCOMPARE(log.countContaining(QStringLiteral("declined")), 1);
-        QCOMPARE(service.mechanism(), std::string("Desktop portal\n0 of 2 bound"));
+        QCOMPARE(service.mechanism(), QStringLiteral("Desktop portal\n0 of 2 bound"));
         QCOMPARE(triggers.size(), 0);
     }
 
@@ -461,27 +499,27 @@ private slots:
         m_portal->setQuirks({.answersTwoWhenBound = true, .userCancelsNew = true});
         LogCapture log;
         QSignalSpy bound(service.get(), &PortalHotkeyService::shortcutsBound);
-        service->describeHotkey(3, "PLAY-ID", "Play/Pause");
-        service->registerHotkey(49, hyper, signature, 3);
+        service->bind({forward(), backward(), playPause()});
         QVERIFY(bound.wait(10000));
         QCOMPARE(m_portal->timesAsked(), 2);
         QCOMPARE(log.countContaining(QStringLiteral("declined")), 1);
-        QCOMPARE(service->mechanism(), std::string("Desktop portal\n2 of 3 bound"));
+        QCOMPARE(service->mechanism(), QStringLiteral("Desktop portal\n2 of 3 bound"));
         QCOMPARE(m_portal->boundShortcuts().size(), 2);
         QCOMPARE(m_portal->boundShortcuts()[0].id, QStringLiteral("FORWARD-ID"));
         QCOMPARE(m_portal->boundShortcuts()[1].id, QStringLiteral("BACKWARD-ID"));
+        QCOMPARE(m_results.value(QStringLiteral("PLAY-ID")).status, HotkeyService::Status::refused);
+        QCOMPARE(m_results.value(QStringLiteral("FORWARD-ID")).status,
+                 HotkeyService::Status::bound);
         m_portal->activate(m_portal->boundSession(), QStringLiteral("FORWARD-ID"));
         QTRY_COMPARE(presses, QList<std::uint32_t>{1});
         // A rebuild of the same actions asks nothing; another action asks again.
         const qsizetype calls = m_portal->calls().size();
-        service->unregisterHotkey(3);
-        service->registerHotkey(49, hyper, signature, 3);
+        service->bind({forward(), backward(), playPause()});
         QTest::qWait(300);
         QCOMPARE(m_portal->calls().size(), calls);
-        service->describeHotkey(4, "SKIP-ID", "Forward 30 seconds");
-        service->registerHotkey(116, hyper, signature, 4);
+        service->bind({forward(), backward(), playPause(), skip()});
         QTRY_COMPARE(m_portal->timesAsked(), 3);
-        QTRY_COMPARE(service->mechanism(), std::string("Desktop portal\n2 of 4 bound"));
+        QTRY_COMPARE(service->mechanism(), QStringLiteral("Desktop portal\n2 of 4 bound"));
     }
 
     // A portal that does not know the program's app id (a copy run from its build folder) is
@@ -538,7 +576,7 @@ private slots:
         QVERIFY(bound.wait(10000));
         QCOMPARE(m_portal->members().mid(before).count(QStringLiteral("CreateSession")), 2);
         QCOMPARE(log.countContaining(QStringLiteral("declined")), 0);
-        QCOMPARE(service->mechanism(), std::string("Desktop portal\n2 of 2 bound"));
+        QCOMPARE(service->mechanism(), QStringLiteral("Desktop portal\n2 of 2 bound"));
         m_portal->activate(m_portal->boundSession(), QStringLiteral("BACKWARD-ID"));
         QTRY_COMPARE(presses, QList<std::uint32_t>{2});
     }
@@ -548,23 +586,24 @@ private slots:
         m_portal->disappear();
         LogCapture log;
         PortalHotkeyService service(bus());
-        QVERIFY(service.installHandler([](std::uint32_t, HotkeyService::KeyEvent) {}));
-        service.registerHotkey(124, hyper, signature, 1);
+        QSignalSpy unavailable(&service, &HotkeyService::unavailable);
+        QVERIFY(service.start());
+        service.bind({forward()});
         QTRY_COMPARE(log.entries().size(), 1);
         QCOMPARE(log.entries()[0].type, QtWarningMsg);
         QVERIFY(log.entries()[0].message.startsWith(
             QStringLiteral("Global hotkeys are not available in this session")));
         QVERIFY(log.entries()[0].message.contains(QStringLiteral("scrubline seek +10")));
-        service.unregisterHotkey(1);
-        service.registerHotkey(123, hyper, signature, 2);
+        service.bind({backward()});
         QTest::qWait(300);
         QCOMPARE(log.entries().size(), 1);
+        QCOMPARE(unavailable.size(), 1);
         QVERIFY(!service.isAvailable());
-        QCOMPARE(service.mechanism(), std::string());
+        QCOMPARE(service.mechanism(), QString());
     }
 
     // The program hears of it too, once the portal has answered, so that it can tell the user.
-    void theDelegateHearsThatThereIsNoPortal() {
+    void theBinderHearsThatThereIsNoPortal() {
         m_portal->disappear();
         TempHome home;
         AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
@@ -575,18 +614,19 @@ private slots:
         MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
         MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
                                    status);
-        AppDelegate delegate(std::make_unique<PortalHotkeyService>(bus()), control, settings,
-                             controller);
-        QSignalSpy unavailable(&delegate, &AppDelegate::hotkeysUnavailable);
-        delegate.applicationDidFinishLaunching();
+        PortalHotkeyService service(bus());
+        HotkeyHold hold(controller);
+        HotkeyBinder binder(service, settings, hold);
+        QSignalSpy unavailable(&binder, &HotkeyBinder::hotkeysUnavailable);
+        binder.start();
         QCOMPARE(unavailable.size(), 0); // the portal has not answered yet
         QTRY_COMPARE(unavailable.size(), 1);
-        QCOMPARE(delegate.hotkeyMechanism(), QString());
+        QCOMPARE(binder.mechanism(), QString());
         QTest::qWait(300);
         QCOMPARE(unavailable.size(), 1);
     }
 
-    // A stored list is written back and the hotkeys rebuilt 0.8 s after start, as after any
+    // A stored list is written back and the hotkeys bound again once it is saved, as after any
     // load; the desktop is asked once all the same.
     void storedActionsAreBoundOnceAtStart() {
         TempHome home;
@@ -609,17 +649,19 @@ private slots:
         MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
         MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
                                    status);
-        auto service = std::make_unique<PortalHotkeyService>(bus());
-        QSignalSpy bound(service.get(), &PortalHotkeyService::shortcutsBound);
-        AppDelegate delegate(std::move(service), control, settings, controller);
+        PortalHotkeyService service(bus());
+        QSignalSpy bound(&service, &PortalHotkeyService::shortcutsBound);
+        QSignalSpy told(&service, &HotkeyService::resultsChanged);
+        HotkeyHold hold(controller);
+        HotkeyBinder binder(service, settings, hold);
         QSignalSpy written(&settings.defaults(), &SettingsStore::written);
-        delegate.applicationDidFinishLaunching();
+        binder.start();
         QVERIFY(bound.wait(10000));
-        // Past the store's write-back and the delegate's rebuild that follows it.
+        // Past the store's write-back and the binding that follows it, which the desktop has
+        // answered already.
         QTRY_VERIFY_WITH_TIMEOUT(written.size() > 0, 10000);
         QCOMPARE(written[0][0].toString(), AppSettings::Keys::seekActions);
-        QSignalSpy rebuilt(&delegate, &AppDelegate::scriptsPrecompiled);
-        QVERIFY(rebuilt.wait(10000));
+        QTRY_COMPARE_WITH_TIMEOUT(told.size(), 2, 10000);
         QTest::qWait(300);
         QCOMPARE(m_portal->members().count(QStringLiteral("CreateSession")), 1);
         QCOMPARE(m_portal->members().count(QStringLiteral("BindShortcuts")), 1);
@@ -651,8 +693,8 @@ private slots:
         program.settle();
         const qsizetype held = program.moves() - 1;
         QVERIFY2(held >= 6 && held <= 9, qPrintable(QString::number(held)));
-        QCOMPARE(program.delegate().hotkeyHold().steps(), held);
-        QCOMPARE(program.delegate().hotkeyHold().totalSeconds(), 10.0 * double(held));
+        QCOMPARE(program.hold().steps(), held);
+        QCOMPARE(program.hold().totalSeconds(), 10.0 * double(held));
     }
 
     // A desktop that has sent no Deactivated: each Activated is a press, and nothing repeats.
@@ -664,7 +706,7 @@ private slots:
         QTest::qWait(2000);
         program.settle();
         QCOMPARE(program.moves(), 1);
-        QVERIFY(!program.delegate().hotkeyHold().isHolding());
+        QVERIFY(!program.hold().isHolding());
     }
 
     // The whole road: the default actions in the store are offered with their combinations, an
@@ -684,18 +726,18 @@ private slots:
         MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
         MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
                                    status);
-        auto service = std::make_unique<PortalHotkeyService>(bus());
-        PortalHotkeyService* portalService = service.get();
-        QSignalSpy bound(portalService, &PortalHotkeyService::shortcutsBound);
+        PortalHotkeyService service(bus());
+        QSignalSpy bound(&service, &PortalHotkeyService::shortcutsBound);
         const QList<SeekAction>& presets = settings.seekActions();
         m_portal->assignTrigger(uuidString(presets[1].id()), QStringLiteral("Ctrl+Alt+B"));
-        AppDelegate delegate(std::move(service), control, settings, controller);
-        QSignalSpy triggers(&delegate, &AppDelegate::assignedTriggersChanged);
-        delegate.applicationDidFinishLaunching();
+        HotkeyHold hold(controller);
+        HotkeyBinder binder(service, settings, hold);
+        QSignalSpy triggers(&binder, &HotkeyBinder::assignedTriggersChanged);
+        binder.start();
         QVERIFY(bound.wait(10000));
         // The desktop's own choice for the second action reaches the settings window's side.
         QCOMPARE(triggers.size(), 1);
-        QCOMPARE(delegate.assignedTriggers(),
+        QCOMPARE(binder.assignedTriggers(),
                  (QHash<QUuid, QString>{{presets[1].id(), QStringLiteral("Ctrl+Alt+B")}}));
 
         const QList<SeekAction>& actions = settings.seekActions();
@@ -704,8 +746,9 @@ private slots:
         for (qsizetype i = 0; i < actions.size(); ++i) {
             QCOMPARE(bindings[i].id, uuidString(actions[i].id()));
             QCOMPARE(trigger(bindings[i], "description"), actions[i].label());
-            QCOMPARE(trigger(bindings[i]), *PortalHotkeyService::preferredTrigger(
-                                               actions[i].keyCode, actions[i].carbonModifiers));
+            QCOMPARE(trigger(bindings[i]),
+                     *PortalHotkeyService::preferredTrigger(*KeyTable::toKeyCombination(
+                         {actions[i].keyCode, actions[i].carbonModifiers})));
         }
         QCOMPARE(trigger(bindings[0]), QStringLiteral("CTRL+ALT+LOGO+Right"));
 
@@ -734,7 +777,7 @@ private slots:
                                   10000);
         QCOMPARE(trigger(m_portal->boundShortcuts()[0]), QStringLiteral("CTRL+ALT+LOGO+Prior"));
         QCOMPARE(m_portal->openSessions().size(), 1);
-        delegate.applicationWillTerminate();
+        binder.stop();
         QTRY_VERIFY(m_portal->openSessions().isEmpty());
     }
 };

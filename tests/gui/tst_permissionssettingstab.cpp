@@ -272,6 +272,34 @@ private slots:
         QVERIFY(!button("openAccessibilitySettingsButton")->isVisible());
     }
 
+    // Made in the light, then switched to dark: every text and symbol takes the colour it has
+    // in a tab made in the dark.
+    void theColoursFollowASwitchToDark() {
+        const auto colors = [](const QWidget& tab) {
+            QList<QColor> all;
+            for (const QLabel* label : tab.findChildren<QLabel*>()) {
+                all << label->palette().color(label->foregroundRole());
+            }
+            for (const SymbolView* symbol : tab.findChildren<SymbolView*>()) {
+                all << symbol->color();
+            }
+            return all;
+        };
+        m_players->setProbeStatus(QStringLiteral("automation-spotify"), Status::granted);
+        m_players->setProbeStatus(QStringLiteral("chrome-js"), Status::denied);
+        QApplication::setPalette(Screenshots::lightPalette());
+        openTab({spotify, chrome});
+        waitForCheck();
+        const std::unique_ptr<PermissionsSettingsTab> switched = std::move(m_tab);
+        const QList<QColor> light = colors(*switched);
+        QApplication::setPalette(Screenshots::darkPalette());
+        openTab({spotify, chrome});
+        waitForCheck();
+        QVERIFY(colors(*m_tab) != light);
+        // The application tells its windows on the next turn of the event loop.
+        QTRY_COMPARE(colors(*switched), colors(*m_tab));
+    }
+
     void screenshots_data() {
         QTest::addColumn<bool>("dark");
         QTest::newRow("light") << false;

@@ -62,30 +62,23 @@ private slots:
         m_home.reset();
     }
 
-    void settingsInAnyCaseMakesASettingsWindow_data() {
-        QTest::addColumn<QString>("identifier");
-        QTest::addColumn<QString>("title");
-        QTest::addColumn<bool>("settings");
-        QTest::newRow("identifier") << "settingsWindow"
-                                    << "Scrubline" << true;
-        QTest::newRow("identifier in capitals") << "com_SETTINGS_1"
-                                                << "" << true;
-        QTest::newRow("title") << ""
-                               << "Scrubline Settings" << true;
-        QTest::newRow("title in mixed case") << "window"
-                                             << "sEtTiNgS" << true;
-        QTest::newRow("overlay") << "overlayPanel"
-                                 << "Scrubline Overlay" << false;
-        QTest::newRow("panel") << "trayPanelWindow"
-                               << "" << false;
-        QTest::newRow("nothing") << ""
-                                 << "" << false;
-    }
-    void settingsInAnyCaseMakesASettingsWindow() {
-        QFETCH(QString, identifier);
-        QFETCH(QString, title);
-        QFETCH(bool, settings);
-        QCOMPARE(SettingsWindowController::isSettingsWindow(identifier, title), settings);
+    // Known by the window it made, not by words: a window named and titled like it is another.
+    void aLookAlikeIsNotTheSettingsWindowAndTheRealOneIs() {
+        QLabel lookAlike(QStringLiteral("settings"));
+        lookAlike.setObjectName(SettingsView::identifier);
+        lookAlike.setWindowTitle(QStringLiteral("Settings"));
+        lookAlike.show();
+        lookAlike.activateWindow();
+        QVERIFY(QTest::qWaitForWindowActive(&lookAlike));
+        lookAlike.close();
+        QCOMPARE(m_desktop->calls(), QStringList());
+
+        m_controller->showSettingsWindow();
+        QVERIFY(QTest::qWaitForWindowActive(m_controller->window()));
+        QCOMPARE(m_desktop->calls().value(0), QStringLiteral("regular"));
+        m_desktop->clear();
+        m_controller->window()->close();
+        QCOMPARE(m_desktop->calls(), QStringList{QStringLiteral("accessory")});
     }
 
     void openingTwiceGivesOneWindowRaised() {

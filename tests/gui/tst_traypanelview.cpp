@@ -473,6 +473,44 @@ private slots:
         QCOMPARE(next->notice(), QString());
     }
 
+    // A switch from light to dark while the panel exists: each line of text and the buttons'
+    // symbols take the colours a panel made in the dark would have.
+    void theStateRowsFollowAPaletteChange() {
+        completeOnboarding();
+        const auto texts = [](const TrayPanelView& view) {
+            QList<QColor> colors;
+            for (const QLabel* label : view.findChildren<QLabel*>()) {
+                colors << label->palette().color(QPalette::WindowText);
+            }
+            return colors;
+        };
+        const auto symbols = [](const TrayPanelView& view) {
+            QList<QImage> images;
+            for (const QToolButton* button : view.findChildren<QToolButton*>()) {
+                images << button->icon().pixmap(QSize(20, 20)).toImage();
+            }
+            return images;
+        };
+        const QString key = QStringLiteral("hasSeenPaletteNote");
+        const QString note = QStringLiteral("Global hotkeys are not available here.");
+        QApplication::setPalette(Screenshots::lightPalette());
+        auto view = makeView();
+        view->setNoticeOnce(key, note);
+        const QList<QColor> light = texts(*view);
+        QApplication::setPalette(Screenshots::darkPalette());
+        auto dark = makeView();
+        dark->setNoticeOnce(key, note);
+        QVERIFY(texts(*dark).size() >= 8);
+        QVERIFY(texts(*dark) != light);
+        // The application tells its windows on the next turn of the event loop.
+        QTRY_COMPARE(texts(*view), texts(*dark));
+        QCOMPARE(symbols(*view).size(), 2);
+        QCOMPARE(symbols(*view), symbols(*dark));
+        // And back.
+        QApplication::setPalette(Screenshots::lightPalette());
+        QTRY_COMPARE(texts(*view), light);
+    }
+
     void screenshots_data() {
         QTest::addColumn<bool>("dark");
         QTest::newRow("light") << false;

@@ -2,111 +2,72 @@
 
 #include "platform/HotkeyService.h"
 
+#include <QHash>
 #include <QList>
 
-#include <algorithm>
-
-#include <memory>
-
-// Stands for the system's hotkey service: records each call, refuses the combinations a test
-// says another program holds, and lets the test press a registered hotkey by its id.
+// Stands for the system's hotkey service: records each call, answers each binding at once,
+// refuses the keys a test says another program holds, gives the triggers a test says the
+// desktop chose, and lets the test press a binding by its id.
 class RecordingHotkeyService final : public HotkeyService {
 public:
-    struct Registration {
-        std::uint32_t keyCode;
-        std::uint32_t modifiers;
-        std::uint32_t signature;
-        std::uint32_t id;
-        friend bool operator==(const Registration&, const Registration&) = default;
-    };
-    struct Record {
-        bool installed = false;
-        int installs = 0;
-        int removals = 0;
-        // Every registration tried, granted or not, in call order.
-        QList<Registration> attempts;
-        // The handles given out and not yet taken back, in registration order.
-        QList<std::pair<Handle, Registration>> live;
-        QList<Handle> unregistered;
-        // Combinations held elsewhere: (key code, modifiers).
-        QList<std::pair<std::uint32_t, std::uint32_t>> heldElsewhere;
-        // Whether a combination this program holds already is refused, as Carbon does.
-        bool refusesRepeats = false;
-        // Whether the session gives no global hotkeys at all.
-        bool refusesHandler = false;
-        PressHandler handler;
+    using HotkeyService::HotkeyService;
 
-        // A tap of the hotkey registered under `id`, as the system would deliver it: down and
-        // up at once.
-        void press(std::uint32_t id) const {
-            keyDown(id);
-            keyUp(id);
-        }
-        // The two halves of a press, for a test that holds the hotkey down between them.
-        void keyDown(std::uint32_t id) const {
-            if (handler) {
-                handler(id, KeyEvent::pressed);
-            }
-        }
-        void keyUp(std::uint32_t id) const {
-            if (handler) {
-                handler(id, KeyEvent::released);
-            }
-        }
-        QList<std::uint32_t> liveIds() const {
-            QList<std::uint32_t> ids;
-            for (const auto& entry : live) {
-                ids.append(entry.second.id);
-            }
-            return ids;
-        }
-    };
+    // Whether the session gives no global hotkeys at all.
+    bool refusesStart = false;
+    // Keys held elsewhere, which every binding of them finds taken.
+    QList<QKeyCombination> heldElsewhere;
+    // Triggers the desktop gives in place of the keys asked for, by binding id.
+    QHash<QString, QString> reassigned;
+    QString mechanismText = QStringLiteral("Test hotkeys");
 
-    explicit RecordingHotkeyService(std::shared_ptr<Record> record)
-        : m_record(std::move(record)) {}
+    bool started = false;
+    int starts = 0;
+    int stops = 0;
+    // Every set bound, in call order.
+    QList<HotkeyBindings> binds;
 
-    bool installHandler(PressHandler handler) override {
-        if (m_record->refusesHandler) {
+    // The set bound now: the last one asked for while started.
+    HotkeyBindings bound() const {
+        return started && !binds.isEmpty() ? binds.last() : HotkeyBindings();
+    }
+
+    bool start() override {
+        if (refusesStart) {
             return false;
         }
-        m_record->installed = true;
-        ++m_record->installs;
-        m_record->handler = std::move(handler);
+        started = true;
+        ++starts;
         return true;
     }
 
-    void removeHandler() override {
-        m_record->installed = false;
-        ++m_record->removals;
-        m_record->handler = nullptr;
+    void stop() override {
+        started = false;
+        ++stops;
     }
 
-    std::optional<Handle> registerHotkey(std::uint32_t keyCode, std::uint32_t carbonModifiers,
-                                         std::uint32_t signature, std::uint32_t id) override {
-        const Registration registration{keyCode, carbonModifiers, signature, id};
-        m_record->attempts.append(registration);
-        if (m_record->heldElsewhere.contains(std::pair{keyCode, carbonModifiers})) {
-            return std::nullopt;
+    void bind(const HotkeyBindings& bindings) override {
+        binds.append(bindings);
+        Results results;
+        for (const HotkeyBinding& binding : bindings) {
+            if (heldElsewhere.contains(binding.keys)) {
+                results.insert(binding.id, {Status::taken, {}});
+            } else if (reassigned.contains(binding.id)) {
+                results.insert(binding.id, {Status::reassigned, reassigned.value(binding.id)});
+            } else {
+                results.insert(binding.id, {Status::bound, {}});
+            }
         }
-        const bool repeat = std::any_of(m_record->live.begin(), m_record->live.end(),
-                                        [&registration](const auto& entry) {
-                                            return entry.second.keyCode == registration.keyCode &&
-                                                   entry.second.modifiers == registration.modifiers;
-                                        });
-        if (repeat && m_record->refusesRepeats) {
-            return std::nullopt;
-        }
-        const Handle handle = m_nextHandle++;
-        m_record->live.append({handle, registration});
-        return handle;
+        emit resultsChanged(results);
     }
 
-    void unregisterHotkey(Handle handle) override {
-        m_record->unregistered.append(handle);
-        m_record->live.removeIf([handle](const auto& entry) { return entry.first == handle; });
-    }
+    QString mechanism() const override { return started ? mechanismText : QString(); }
 
-private:
-    std::shared_ptr<Record> m_record;
-    Handle m_nextHandle = 1;
+    // A tap of the binding with this id, as the system would deliver it: down and up at once.
+    void press(const QString& id) {
+        keyDown(id);
+        keyUp(id);
+    }
+    // The two halves of a press, for a test that holds the hotkey down between them.
+    void keyDown(const QString& id) { emit pressed(id); }
+    void keyUp(const QString& id) { emit released(id); }
 };

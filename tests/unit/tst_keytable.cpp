@@ -2,6 +2,8 @@
 
 #include <QtTest>
 
+#include <array>
+
 #include <cstdint>
 #include <set>
 #include <utility>
@@ -179,6 +181,79 @@ private slots:
         const auto key = KeyTable::forQtKey(qtKey);
         QVERIFY(key.has_value());
         QCOMPARE(int(key->keyCode), keyCode);
+    }
+
+    // The stored form and the combination turn into each other and back for every key of the
+    // table under every set of the four modifiers.
+    void everyStoredHotkeyRoundTripsThroughItsCombination() {
+        const std::array<std::uint32_t, 4> bits{CarbonModifier::control, CarbonModifier::option,
+                                                CarbonModifier::shift, CarbonModifier::command};
+        for (const KeyTable::Key& key : KeyTable::keys()) {
+            for (std::uint32_t set = 0; set < 16; ++set) {
+                std::uint32_t mask = 0;
+                for (std::size_t bit = 0; bit < bits.size(); ++bit) {
+                    mask |= (set & (1U << bit)) != 0 ? bits[bit] : 0;
+                }
+                const KeyTable::StoredKeys stored{key.keyCode, mask};
+                const auto keys = KeyTable::toKeyCombination(stored);
+                QVERIFY2(keys.has_value(), key.name);
+                QCOMPARE(keys->key(), key.qtKey);
+                QCOMPARE(keys->keyboardModifiers().testFlag(Qt::KeypadModifier), key.keypad);
+                QCOMPARE(KeyTable::toStoredKeys(*keys), std::optional(stored));
+                QCOMPARE(KeyTable::displayString(*keys),
+                         KeyTable::displayString(key.keyCode, mask));
+            }
+        }
+    }
+
+    void theModifiersAreNamedAsOnAPcKeyboard_data() {
+        QTest::addColumn<std::uint32_t>("mask");
+        QTest::addColumn<Qt::KeyboardModifiers>("modifiers");
+        QTest::newRow("none") << std::uint32_t{0} << Qt::KeyboardModifiers();
+        QTest::newRow("control") << CarbonModifier::control
+                                 << Qt::KeyboardModifiers(Qt::ControlModifier);
+        QTest::newRow("option") << CarbonModifier::option << Qt::KeyboardModifiers(Qt::AltModifier);
+        QTest::newRow("shift") << CarbonModifier::shift << Qt::KeyboardModifiers(Qt::ShiftModifier);
+        QTest::newRow("command") << CarbonModifier::command
+                                 << Qt::KeyboardModifiers(Qt::MetaModifier);
+        QTest::newRow("all four") << std::uint32_t{6912}
+                                  << (Qt::ControlModifier | Qt::AltModifier | Qt::ShiftModifier |
+                                      Qt::MetaModifier);
+    }
+
+    void theModifiersAreNamedAsOnAPcKeyboard() {
+        QFETCH(std::uint32_t, mask);
+        QFETCH(Qt::KeyboardModifiers, modifiers);
+        QCOMPARE(KeyTable::toQtModifiers(mask), modifiers);
+        QCOMPARE(KeyTable::toCarbonModifiers(modifiers), mask);
+        QCOMPARE(KeyTable::toKeyCombination({124, mask}),
+                 std::optional(QKeyCombination(modifiers, Qt::Key_Right)));
+    }
+
+    void whatNoStoredHotkeyCanBeHasNoOtherForm() {
+        // A code outside the table, and bits beyond the four.
+        QVERIFY(!KeyTable::toKeyCombination({10, CarbonModifier::control}).has_value());
+        QVERIFY(!KeyTable::toKeyCombination({124, CarbonModifier::control | 0x1}).has_value());
+        // A key the table has no code for, a keypad key that is none, another modifier.
+        QVERIFY(
+            !KeyTable::toStoredKeys(QKeyCombination(Qt::ControlModifier, Qt::Key_F21)).has_value());
+        QVERIFY(!KeyTable::toStoredKeys(
+                     QKeyCombination(Qt::ControlModifier | Qt::KeypadModifier, Qt::Key_A))
+                     .has_value());
+        QVERIFY(!KeyTable::toStoredKeys(
+                     QKeyCombination(Qt::ControlModifier | Qt::GroupSwitchModifier, Qt::Key_A))
+                     .has_value());
+        // Shown all the same, in case a log line names one.
+        KeyTable::setModifierStyle(KeyTable::ModifierStyle::words);
+        QCOMPARE(KeyTable::displayString(QKeyCombination(Qt::ControlModifier, Qt::Key_F21)),
+                 QStringLiteral("Ctrl+Key?"));
+        KeyTable::setModifierStyle(KeyTable::ModifierStyle::glyphs);
+        // The keypad's point and the main block's are two keys.
+        QCOMPARE(KeyTable::toStoredKeys(QKeyCombination(Qt::AltModifier, Qt::Key_Period)),
+                 std::optional(KeyTable::StoredKeys{47, CarbonModifier::option}));
+        QCOMPARE(KeyTable::toStoredKeys(
+                     QKeyCombination(Qt::AltModifier | Qt::KeypadModifier, Qt::Key_Period)),
+                 std::optional(KeyTable::StoredKeys{65, CarbonModifier::option}));
     }
 
     void keysOutsideTheTableHaveNoCode() {

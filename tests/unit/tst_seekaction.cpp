@@ -285,47 +285,6 @@ private slots:
         QCOMPARE(CarbonModifier::shift, std::uint32_t{512});
         QCOMPARE(CarbonModifier::option, std::uint32_t{2048});
         QCOMPARE(CarbonModifier::control, std::uint32_t{4096});
-
-        QCOMPARE(ModifierFlag::capsLock, std::uint64_t{1} << 16);
-        QCOMPARE(ModifierFlag::shift, std::uint64_t{1} << 17);
-        QCOMPARE(ModifierFlag::control, std::uint64_t{1} << 18);
-        QCOMPARE(ModifierFlag::option, std::uint64_t{1} << 19);
-        QCOMPARE(ModifierFlag::command, std::uint64_t{1} << 20);
-    }
-
-    void toCarbonModifiers_data() {
-        QTest::addColumn<std::uint64_t>("flags");
-        QTest::addColumn<std::uint32_t>("mask");
-
-        using namespace ModifierFlag;
-        QTest::newRow("none") << std::uint64_t{0} << std::uint32_t{0};
-        QTest::newRow("command") << command << std::uint32_t{256};
-        QTest::newRow("shift") << shift << std::uint32_t{512};
-        QTest::newRow("option") << option << std::uint32_t{2048};
-        QTest::newRow("control") << control << std::uint32_t{4096};
-        QTest::newRow("command option") << (command | option) << std::uint32_t{2304};
-        QTest::newRow("control option") << (control | option) << std::uint32_t{6144};
-        QTest::newRow("control option command")
-            << (control | option | command) << std::uint32_t{6400};
-        QTest::newRow("all four") << (command | shift | option | control) << std::uint32_t{6912};
-        QTest::newRow("caps lock alone") << capsLock << std::uint32_t{0};
-        QTest::newRow("function alone") << function << std::uint32_t{0};
-        QTest::newRow("numeric pad alone") << numericPad << std::uint32_t{0};
-        QTest::newRow("help alone") << help << std::uint32_t{0};
-        QTest::newRow("dropped flags beside shift")
-            << (capsLock | function | numericPad | help | shift) << std::uint32_t{512};
-        QTest::newRow("every flag")
-            << (capsLock | shift | control | option | command | numericPad | help | function)
-            << std::uint32_t{6912};
-        // Device-dependent low bits travel along in real key events and must not leak through.
-        QTest::newRow("device bits") << (std::uint64_t{0xFFFF} | command) << std::uint32_t{256};
-    }
-
-    void toCarbonModifiers() {
-        QFETCH(std::uint64_t, flags);
-        QFETCH(std::uint32_t, mask);
-
-        QCOMPARE(SeekAction::toCarbonModifiers(flags), mask);
     }
 
     void defaultsAreForwardAndBackwardTenSeconds() {

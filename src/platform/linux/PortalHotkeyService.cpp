@@ -2,7 +2,6 @@
 
 #include "PortalTrigger.h"
 #include "X11KeySymbols.h"
-#include "models/KeyTable.h"
 #include "utilities/Logger.h"
 
 #include <QDBusMessage>
@@ -98,6 +97,24 @@ bool sameBinding(const PortalShortcuts& a, const PortalShortcuts& b) {
     return true;
 }
 
+// What the set says of one of its shortcuts.
+QString propertyOf(const PortalShortcut& shortcut, const PortalShortcuts& set, const char* key) {
+    for (const PortalShortcut& offered : set) {
+        if (offered.id == shortcut.id) {
+            return offered.properties.value(QString::fromLatin1(key)).toString();
+        }
+    }
+    return {};
+}
+
+QString trigger(const PortalShortcut& shortcut, const PortalShortcuts& set) {
+    return propertyOf(shortcut, set, "preferred_trigger");
+}
+
+QString description(const PortalShortcut& shortcut, const PortalShortcuts& set) {
+    return propertyOf(shortcut, set, "description");
+}
+
 } // namespace
 
 void registerPortalShortcutTypes() {
@@ -106,13 +123,10 @@ void registerPortalShortcutTypes() {
 }
 
 PortalHotkeyService::PortalHotkeyService(QDBusConnection bus, QObject* parent)
-    : QObject(parent)
+    : HotkeyService(parent)
     , m_bus(std::move(bus))
     , m_watcher(serviceName(), m_bus, QDBusServiceWatcher::WatchForOwnerChange) {
     registerPortalShortcutTypes();
-    m_bindSoon.setSingleShot(true);
-    m_bindSoon.setInterval(0);
-    connect(&m_bindSoon, &QTimer::timeout, this, &PortalHotkeyService::bind);
     m_askAgain.setSingleShot(true);
     m_askAgain.setInterval(askAgainMs);
     connect(&m_askAgain, &QTimer::timeout, this, [this] {
@@ -134,122 +148,72 @@ PortalHotkeyService::PortalHotkeyService(QDBusConnection bus, QObject* parent)
                 m_pending = Pending::none;
                 m_bindAgain = false;
                 m_available = false;
-                if (!newOwner.isEmpty() && m_installed) {
+                reportMechanism();
+                if (!newOwner.isEmpty() && m_started) {
                     qCInfo(Log::general(), "The desktop portal restarted; binding the global "
                                            "shortcuts again");
-                    start();
+                    registerHost();
                 }
             });
 }
 
 PortalHotkeyService::~PortalHotkeyService() {
-    removeHandler();
+    stop();
 }
 
-bool PortalHotkeyService::installHandler(PressHandler handler) {
+bool PortalHotkeyService::start() {
     if (!m_bus.isConnected()) {
         qCWarning(Log::general(), "%s", unavailableMessage);
         return false;
     }
-    m_handler = std::move(handler);
-    if (!m_installed) {
-        m_installed = true;
+    if (!m_started) {
+        m_started = true;
         m_bus.connect(serviceName(), rootPath(), shortcutsInterface, QStringLiteral("Activated"),
                       this, SLOT(onActivated(QDBusMessage)));
         m_bus.connect(serviceName(), rootPath(), shortcutsInterface, QStringLiteral("Deactivated"),
                       this, SLOT(onDeactivated(QDBusMessage)));
-        start();
+        registerHost();
     }
     return true;
 }
 
-void PortalHotkeyService::removeHandler() {
-    if (m_installed) {
+void PortalHotkeyService::stop() {
+    if (m_started) {
         m_bus.disconnect(serviceName(), rootPath(), shortcutsInterface, QStringLiteral("Activated"),
                          this, SLOT(onActivated(QDBusMessage)));
         m_bus.disconnect(serviceName(), rootPath(), shortcutsInterface,
                          QStringLiteral("Deactivated"), this, SLOT(onDeactivated(QDBusMessage)));
     }
     m_heldName.clear();
-    m_installed = false;
-    m_handler = nullptr;
-    m_bindSoon.stop();
+    m_started = false;
+    m_bindings.clear();
     closeSession();
 }
 
-void PortalHotkeyService::describeHotkey(std::uint32_t id, const std::string& name,
-                                         const std::string& description) {
-    m_descriptions.insert(id, {QString::fromStdString(name), QString::fromStdString(description)});
-}
-
-std::optional<HotkeyService::Handle>
-PortalHotkeyService::registerHotkey(std::uint32_t keyCode, std::uint32_t carbonModifiers,
-                                    std::uint32_t /*signature*/, std::uint32_t id) {
-    if (keyCode > 0xffff) {
-        return std::nullopt;
-    }
-    const auto trigger = preferredTrigger(static_cast<std::uint16_t>(keyCode), carbonModifiers);
-    if (!trigger) {
-        return std::nullopt;
-    }
-    const auto described = m_descriptions.value(id);
-    Registration registration{id, described.first, described.second, *trigger};
-    if (registration.name.isEmpty()) {
-        registration.name = QString::number(id);
-    }
-    const Handle handle = m_nextHandle++;
-    m_registrations.emplace(handle, std::move(registration));
-    scheduleBind();
-    return handle;
-}
-
-std::string PortalHotkeyService::assignedTrigger(std::uint32_t id) const {
-    const auto assigned = m_assigned.find(id);
-    if (assigned == m_assigned.end() || assigned->second.isEmpty()) {
-        return {};
-    }
-    for (const auto& [handle, registration] : m_registrations) {
-        if (registration.id == id &&
-            PortalTrigger::sameKeys(assigned->second, registration.trigger)) {
-            return {};
-        }
-    }
-    // Shown in the program's own words where the desktop's can be read.
-    const auto parsed = PortalTrigger::parse(assigned->second);
-    return (parsed ? parsed->displayText() : assigned->second).toStdString();
-}
-
-void PortalHotkeyService::setTriggersHandler(std::function<void()> handler) {
-    m_triggersHandler = std::move(handler);
+void PortalHotkeyService::bind(const HotkeyBindings& bindings) {
+    m_bindings = bindings;
+    offer();
 }
 
 bool PortalHotkeyService::answerBinds(uint response, const PortalShortcuts& shortcuts) {
     return response == 0 || !shortcuts.isEmpty();
 }
 
-std::string PortalHotkeyService::mechanism() const {
+QString PortalHotkeyService::mechanism() const {
     if (!m_available) {
         return {};
     }
     if (!m_boundCount || m_boundCount->second == 0) {
-        return "Desktop portal";
+        return QStringLiteral("Desktop portal");
     }
     // Two short lines, so that the Permissions row has room for them beside its description.
     return QStringLiteral("Desktop portal\n%1 of %2 bound")
         .arg(m_boundCount->first)
-        .arg(m_boundCount->second)
-        .toStdString();
+        .arg(m_boundCount->second);
 }
 
-void PortalHotkeyService::unregisterHotkey(Handle handle) {
-    if (m_registrations.erase(handle) > 0) {
-        scheduleBind();
-    }
-}
-
-std::optional<QString> PortalHotkeyService::preferredTrigger(std::uint16_t keyCode,
-                                                             std::uint32_t carbonModifiers) {
-    const auto symbol = X11KeySymbols::forKeyCode(keyCode);
+std::optional<QString> PortalHotkeyService::preferredTrigger(QKeyCombination keys) {
+    const auto symbol = X11KeySymbols::forKeys(keys);
     if (!symbol) {
         return std::nullopt;
     }
@@ -257,11 +221,12 @@ std::optional<QString> PortalHotkeyService::preferredTrigger(std::uint16_t keyCo
     if (xkb_keysym_get_name(*symbol, name.data(), name.size()) <= 0) {
         return std::nullopt;
     }
-    return PortalTrigger::modifierPrefix(carbonModifiers, PortalTrigger::Spelling::shortcutFormat) +
+    return PortalTrigger::modifierPrefix(keys.keyboardModifiers(),
+                                         PortalTrigger::Spelling::shortcutFormat) +
            QString::fromLatin1(name.data());
 }
 
-void PortalHotkeyService::start() {
+void PortalHotkeyService::registerHost() {
     // Newer portals take a host program's word for its app id only through the registry, and
     // only before its first other call; older ones have no registry, which is no matter.
     QDBusMessage call = portalCall(registryInterface, QStringLiteral("Register"));
@@ -284,7 +249,8 @@ void PortalHotkeyService::queryVersion() {
             if (!m_saidUnavailable) {
                 m_saidUnavailable = true;
                 qCWarning(Log::general(), "%s", unavailableMessage);
-                reportTriggers();
+                reportMechanism();
+                emit unavailable();
             }
             return;
         }
@@ -295,36 +261,29 @@ void PortalHotkeyService::queryVersion() {
                "version %u)",
                version);
         m_available = true;
-        bind();
+        reportMechanism();
+        offer();
     });
-}
-
-void PortalHotkeyService::scheduleBind() {
-    m_bindSoon.start();
 }
 
 PortalShortcuts PortalHotkeyService::offeredShortcuts() const {
     PortalShortcuts shortcuts;
     QSet<QString> named;
-    std::map<std::uint32_t, const Registration*> byID;
-    for (const auto& [handle, registration] : m_registrations) {
-        byID.emplace(registration.id, &registration);
-    }
-    for (const auto& [id, registration] : byID) {
-        // One shortcut per name: the first action with a name is the one presses go to.
-        if (named.contains(registration->name)) {
+    for (const HotkeyBinding& binding : m_bindings) {
+        const auto trigger = preferredTrigger(binding.keys);
+        if (!trigger || named.contains(binding.id)) {
             continue;
         }
-        named.insert(registration->name);
-        shortcuts.append({registration->name,
-                          {{QStringLiteral("description"), registration->description},
-                           {QStringLiteral("preferred_trigger"), registration->trigger}}});
+        named.insert(binding.id);
+        shortcuts.append({binding.id,
+                          {{QStringLiteral("description"), binding.description},
+                           {QStringLiteral("preferred_trigger"), *trigger}}});
     }
     return shortcuts;
 }
 
-void PortalHotkeyService::bind() {
-    if (!m_available || !m_installed) {
+void PortalHotkeyService::offer() {
+    if (!m_available || !m_started) {
         return;
     }
     if (m_pending != Pending::none) {
@@ -336,6 +295,8 @@ void PortalHotkeyService::bind() {
         (!m_refusedSet.isEmpty() && sameBinding(offered, m_refusedSet))) {
         // The desktop has answered for this very set: a rebuild that changed nothing asks
         // nothing, neither a second binding at start nor a dialog the user already answered.
+        // What it answered still stands for the bindings as they are now.
+        reportResults();
         return;
     }
     m_refusedSet.clear();
@@ -367,7 +328,7 @@ void PortalHotkeyService::startBinding(const PortalShortcuts& shortcuts) {
         }
         m_pending = Pending::none;
         if (std::exchange(m_bindAgain, false)) {
-            bind(); // the set changed again meanwhile
+            offer(); // the set changed again meanwhile
             return;
         }
         createSession();
@@ -543,17 +504,13 @@ void PortalHotkeyService::takeBound(const PortalShortcuts& bound) {
         ++count;
         const QString given =
             shortcut.properties.value(QStringLiteral("trigger_description")).toString();
-        for (const auto& [handle, registration] : m_registrations) {
-            if (registration.name != shortcut.id) {
-                continue;
-            }
-            m_assigned[registration.id] = given;
-            // The desktop keeps the key it gave a shortcut first, whatever is asked later.
-            if (!given.isEmpty() && !PortalTrigger::sameKeys(given, registration.trigger)) {
-                qCInfo(Log::general(), "The desktop keeps %s on \"%s\" (asked for %s)",
-                       qPrintable(given), qPrintable(registration.description),
-                       qPrintable(registration.trigger));
-            }
+        m_assigned.insert(shortcut.id, given);
+        const QString asked = trigger(shortcut, m_sessionSet);
+        // The desktop keeps the key it gave a shortcut first, whatever is asked later.
+        if (!given.isEmpty() && !PortalTrigger::sameKeys(given, asked)) {
+            qCInfo(Log::general(), "The desktop keeps %s on \"%s\" (asked for %s)",
+                   qPrintable(given), qPrintable(description(shortcut, m_sessionSet)),
+                   qPrintable(asked));
         }
     }
     for (const PortalShortcut& shortcut : bound) {
@@ -563,7 +520,7 @@ void PortalHotkeyService::takeBound(const PortalShortcuts& bound) {
     qCInfo(Log::general(), "The desktop bound %d of %d global shortcuts", m_boundCount->first,
            m_boundCount->second);
     emit shortcutsBound();
-    reportTriggers();
+    reportResults();
     finishRequest();
 }
 
@@ -595,47 +552,73 @@ void PortalHotkeyService::declined(uint response) {
     m_answered = true;
     m_boundCount = std::make_pair(0, m_offeredCount);
     m_assigned.clear();
-    reportTriggers();
+    reportResults();
     finishRequest();
 }
 
 void PortalHotkeyService::finishRequest() {
     if (std::exchange(m_bindAgain, false)) {
-        bind();
+        offer();
     }
 }
 
-void PortalHotkeyService::reportTriggers() {
-    if (m_triggersHandler) {
-        m_triggersHandler();
+void PortalHotkeyService::reportResults() {
+    reportMechanism();
+    if (!m_answered) {
+        return;
+    }
+    Results results;
+    for (const HotkeyBinding& binding : m_bindings) {
+        const auto asked = preferredTrigger(binding.keys);
+        if (!asked) {
+            results.insert(binding.id, {Status::taken, {}});
+            continue;
+        }
+        const auto assigned = m_assigned.constFind(binding.id);
+        if (assigned == m_assigned.constEnd()) {
+            results.insert(binding.id, {Status::refused, {}});
+            continue;
+        }
+        if (assigned->isEmpty() || PortalTrigger::sameKeys(*assigned, *asked)) {
+            results.insert(binding.id, {Status::bound, {}});
+            continue;
+        }
+        // Shown in the program's own words where the desktop's can be read.
+        const auto parsed = PortalTrigger::parse(*assigned);
+        results.insert(binding.id,
+                       {Status::reassigned, parsed ? parsed->displayText() : *assigned});
+    }
+    emit resultsChanged(results);
+}
+
+void PortalHotkeyService::reportMechanism() {
+    if (const QString now = mechanism(); now != m_mechanism) {
+        m_mechanism = now;
+        emit mechanismChanged(m_mechanism);
     }
 }
 
-std::optional<std::uint32_t>
-PortalHotkeyService::signalledHotkey(const QDBusMessage& message) const {
+std::optional<QString> PortalHotkeyService::signalledBinding(const QDBusMessage& message) const {
     const QVariantList arguments = message.arguments();
-    if (arguments.size() < 2 || !m_handler) {
+    if (arguments.size() < 2 || !m_started) {
         return std::nullopt;
     }
     if (m_session.isEmpty() || arguments[0].value<QDBusObjectPath>().path() != m_session) {
         return std::nullopt; // a session of ours that is already closed
     }
     const QString name = arguments[1].toString();
-    std::optional<std::uint32_t> hotkey;
-    for (const auto& [handle, registration] : m_registrations) {
-        if (registration.name == name && (!hotkey || registration.id < *hotkey)) {
-            hotkey = registration.id;
-        }
-    }
-    return hotkey;
+    const bool known =
+        std::any_of(m_bindings.cbegin(), m_bindings.cend(),
+                    [&name](const HotkeyBinding& binding) { return binding.id == name; });
+    return known ? std::optional<QString>(name) : std::nullopt;
 }
 
 void PortalHotkeyService::onActivated(const QDBusMessage& message) {
-    const std::optional<std::uint32_t> pressed = signalledHotkey(message);
-    if (!pressed) {
+    const std::optional<QString> activated = signalledBinding(message);
+    if (!activated) {
         return;
     }
-    const QString name = message.arguments().at(1).toString();
+    const QString& name = *activated;
     if (!m_heldName.isEmpty() && m_heldName == name) {
         return; // the keyboard's repeat, passed on by the desktop
     }
@@ -651,19 +634,16 @@ void PortalHotkeyService::onActivated(const QDBusMessage& message) {
     }
     // Another shortcut while one is down: that one is over.
     releaseHeld();
-    // A copy: the handler may re-register, which replaces the table being read.
-    const PressHandler handler = m_handler;
-    handler(*pressed, KeyEvent::pressed);
+    emit pressed(name);
     if (m_desktopSendsReleases) {
         m_heldName = name;
-        m_heldId = *pressed;
     } else {
-        handler(*pressed, KeyEvent::released);
+        emit released(name);
     }
 }
 
 void PortalHotkeyService::onDeactivated(const QDBusMessage& message) {
-    if (!signalledHotkey(message)) {
+    if (!signalledBinding(message)) {
         return;
     }
     m_lastActivatedName.clear();
@@ -681,8 +661,8 @@ void PortalHotkeyService::releaseHeld() {
     if (m_heldName.isEmpty()) {
         return;
     }
-    m_heldName.clear();
-    if (const PressHandler handler = m_handler) {
-        handler(m_heldId, KeyEvent::released);
+    const QString name = std::exchange(m_heldName, QString());
+    if (m_started) {
+        emit released(name);
     }
 }

@@ -13,14 +13,12 @@
 #include <QTimer>
 #include <QVariantMap>
 
-#include <cstdint>
-#include <map>
 #include <optional>
 
 class QDBusMessage;
 
 // Global hotkeys as the desktop portal's global shortcuts, for Wayland sessions, where no
-// program may grab keys. The desktop owns the keys: the program offers its actions as one set,
+// program may grab keys. The desktop owns the keys: the program offers its bindings as one set,
 // each under an id that never changes and with the combination it would like, and the desktop
 // decides (and may ask the user) which trigger each gets, remembering its choice under the id.
 // Real desktops read the set in different places, so it goes to all of them: CreateSession's
@@ -35,7 +33,7 @@ class QDBusMessage;
 // without an end, so until the first Deactivated shows that this desktop sends them, each
 // Activated is a press and a release at once. An Activated for the shortcut already down is
 // the desktop passing on the keyboard's repeat, and is dropped.
-class PortalHotkeyService final : public QObject, public HotkeyService {
+class PortalHotkeyService final : public HotkeyService {
     Q_OBJECT
 
 public:
@@ -54,29 +52,22 @@ public:
     explicit PortalHotkeyService(QDBusConnection bus, QObject* parent = nullptr);
     ~PortalHotkeyService() override;
 
-    bool installHandler(PressHandler handler) override;
-    void removeHandler() override;
-    void describeHotkey(std::uint32_t id, const std::string& name,
-                        const std::string& description) override;
-    std::optional<Handle> registerHotkey(std::uint32_t keyCode, std::uint32_t carbonModifiers,
-                                         std::uint32_t signature, std::uint32_t id) override;
-    void unregisterHotkey(Handle handle) override;
-    std::string mechanism() const override;
-    std::string assignedTrigger(std::uint32_t id) const override;
-    void setTriggersHandler(std::function<void()> handler) override;
+    bool start() override;
+    void stop() override;
+    void bind(const HotkeyBindings& bindings) override;
+    QString mechanism() const override;
 
     // A combination in the shortcut format desktops read, such as "CTRL+ALT+LOGO+Right";
-    // nothing for a key outside the key table.
-    static std::optional<QString> preferredTrigger(std::uint16_t keyCode,
-                                                   std::uint32_t carbonModifiers);
+    // nothing for a key no hotkey is made of.
+    static std::optional<QString> preferredTrigger(QKeyCombination keys);
 
     // Whether an answer to BindShortcuts bound shortcuts: a success, or any answer that lists
     // them (GNOME 48.0 answers 2 with the full list of what it bound).
     static bool answerBinds(uint response, const PortalShortcuts& shortcuts);
 
-    // The trigger the desktop gave each shortcut at the last binding, by hotkey id, in the
+    // The trigger the desktop gave each shortcut at the last binding, by binding id, in the
     // desktop's own words.
-    const std::map<std::uint32_t, QString>& assignedTriggers() const { return m_assigned; }
+    const QHash<QString, QString>& assignedTriggers() const { return m_assigned; }
     // Whether the portal answered that it offers global shortcuts.
     bool isAvailable() const { return m_available; }
     // How many of the offered shortcuts the desktop bound at the last binding, and how many
@@ -93,12 +84,6 @@ private slots:
     void onDeactivated(const QDBusMessage& message);
 
 private:
-    struct Registration {
-        std::uint32_t id;
-        QString name;
-        QString description;
-        QString trigger;
-    };
     enum class Pending {
         none,
         closeSession,
@@ -108,10 +93,10 @@ private:
         bindShortcuts
     };
 
-    void start();
+    void registerHost();
     void queryVersion();
-    void scheduleBind();
-    void bind();
+    // Offers the set as it is now, unless the desktop has answered for the very same.
+    void offer();
     void startBinding(const PortalShortcuts& shortcuts);
     void createSession();
     void listShortcuts();
@@ -119,7 +104,8 @@ private:
     void takeBound(const PortalShortcuts& bound);
     void declined(uint response);
     void finishRequest();
-    // The set as it is offered now: one shortcut per name, in the order of the actions.
+    // The set as it is offered now: one shortcut per binding whose keys a desktop can read, in
+    // the order of the bindings.
     PortalShortcuts offeredShortcuts() const;
     void closeSession();
     // Sends a call whose answer comes as its Response, saying `refusal` if the portal refuses.
@@ -127,22 +113,21 @@ private:
     // The request object a call with this token answers through, subscribed before the call.
     QString expectResponse(const QString& token, Pending pending);
     QString nextToken();
-    void reportTriggers();
-    // The hotkey a shortcut signal of this session is about, if any.
-    std::optional<std::uint32_t> signalledHotkey(const QDBusMessage& message) const;
+    // Tells what became of each binding, and the mechanism where it changed.
+    void reportResults();
+    void reportMechanism();
+    // The binding a shortcut signal of this session is about, if any.
+    std::optional<QString> signalledBinding(const QDBusMessage& message) const;
     // Passes on the release of the shortcut down now, if one is.
     void releaseHeld();
 
     QDBusConnection m_bus;
     QDBusServiceWatcher m_watcher;
-    PressHandler m_handler;
-    bool m_installed = false;
+    bool m_started = false;
     // Whether this desktop has been seen to send Deactivated.
     bool m_desktopSendsReleases = false;
-    // The shortcut down now, by name, and its hotkey, while the desktop is to say when it
-    // comes up.
+    // The shortcut down now, while the desktop is to say when it comes up.
     QString m_heldName;
-    std::uint32_t m_heldId = 0;
     // The last shortcut activated, and when, to know the keyboard's repeat by its pace.
     QString m_lastActivatedName;
     QElapsedTimer m_lastActivated;
@@ -150,22 +135,19 @@ private:
     bool m_saidUnavailable = false;
     bool m_saidDeclined = false;
     bool m_saidUnknownApp = false;
-    // Registrations settle into one binding once a burst of them is over.
-    QTimer m_bindSoon;
     QTimer m_askAgain;
-    std::map<Handle, Registration> m_registrations;
-    QHash<std::uint32_t, std::pair<QString, QString>> m_descriptions;
-    Handle m_nextHandle = 1;
-    std::map<std::uint32_t, QString> m_assigned;
+    HotkeyBindings m_bindings;
+    QHash<QString, QString> m_assigned;
     std::optional<std::pair<int, int>> m_boundCount;
-    std::function<void()> m_triggersHandler;
+    // The mechanism as last told.
+    QString m_mechanism;
     QString m_session;
     // The set the session was made for, and whether the desktop has answered for it.
     PortalShortcuts m_sessionSet;
     bool m_answered = false;
-    // How many shortcuts the actions make, which may be more than the session was made for.
+    // How many shortcuts the bindings make, which may be more than the session was made for.
     int m_offeredCount = 0;
-    // A set the desktop refused, not offered again while the actions stay as they are.
+    // A set the desktop refused, not offered again while the bindings stay as they are.
     PortalShortcuts m_refusedSet;
     // The ids the desktop has bound in this run, which it binds again without asking.
     QSet<QString> m_heldIDs;

@@ -1,7 +1,5 @@
 #include "PortalTrigger.h"
 
-#include "models/KeyTable.h"
-
 #include <QHash>
 #include <QLatin1String>
 #include <QStringList>
@@ -11,18 +9,18 @@
 
 namespace {
 
-std::optional<std::uint32_t> modifierNamed(const QString& name) {
-    static const QHash<QString, std::uint32_t> modifiers{
-        {QStringLiteral("CTRL"), CarbonModifier::control},
-        {QStringLiteral("CONTROL"), CarbonModifier::control},
-        {QStringLiteral("PRIMARY"), CarbonModifier::control},
-        {QStringLiteral("ALT"), CarbonModifier::option},
-        {QStringLiteral("OPTION"), CarbonModifier::option},
-        {QStringLiteral("SHIFT"), CarbonModifier::shift},
-        {QStringLiteral("LOGO"), CarbonModifier::command},
-        {QStringLiteral("META"), CarbonModifier::command},
-        {QStringLiteral("SUPER"), CarbonModifier::command},
-        {QStringLiteral("WIN"), CarbonModifier::command},
+std::optional<Qt::KeyboardModifier> modifierNamed(const QString& name) {
+    static const QHash<QString, Qt::KeyboardModifier> modifiers{
+        {QStringLiteral("CTRL"), Qt::ControlModifier},
+        {QStringLiteral("CONTROL"), Qt::ControlModifier},
+        {QStringLiteral("PRIMARY"), Qt::ControlModifier},
+        {QStringLiteral("ALT"), Qt::AltModifier},
+        {QStringLiteral("OPTION"), Qt::AltModifier},
+        {QStringLiteral("SHIFT"), Qt::ShiftModifier},
+        {QStringLiteral("LOGO"), Qt::MetaModifier},
+        {QStringLiteral("META"), Qt::MetaModifier},
+        {QStringLiteral("SUPER"), Qt::MetaModifier},
+        {QStringLiteral("WIN"), Qt::MetaModifier},
     };
     const auto found = modifiers.constFind(name.trimmed().toUpper());
     if (found == modifiers.constEnd()) {
@@ -100,17 +98,18 @@ bool PortalTrigger::sameKeys(const QString& description, const QString& other) {
     return first && second && *first == *second;
 }
 
-QString PortalTrigger::modifierPrefix(std::uint32_t carbonModifiers, Spelling spelling) {
+QString PortalTrigger::modifierPrefix(Qt::KeyboardModifiers modifiers, Spelling spelling) {
     // In the order desktops write them.
-    static constexpr std::array<std::pair<std::uint32_t, std::array<const char*, 2>>, 4> names{{
-        {CarbonModifier::control, {"Ctrl+", "CTRL+"}},
-        {CarbonModifier::option, {"Alt+", "ALT+"}},
-        {CarbonModifier::shift, {"Shift+", "SHIFT+"}},
-        {CarbonModifier::command, {"Super+", "LOGO+"}},
-    }};
+    static constexpr std::array<std::pair<Qt::KeyboardModifier, std::array<const char*, 2>>, 4>
+        names{{
+            {Qt::ControlModifier, {"Ctrl+", "CTRL+"}},
+            {Qt::AltModifier, {"Alt+", "ALT+"}},
+            {Qt::ShiftModifier, {"Shift+", "SHIFT+"}},
+            {Qt::MetaModifier, {"Super+", "LOGO+"}},
+        }};
     QString text;
     for (const auto& [modifier, spelled] : names) {
-        if ((carbonModifiers & modifier) != 0) {
+        if (modifiers.testFlag(modifier)) {
             text += QLatin1String(spelled[spelling == Spelling::shown ? 0 : 1]);
         }
     }

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <QString>
+#include <QtCore/qnamespace.h>
 
-#include <cstdint>
 #include <optional>
 
 // A trigger as a desktop describes it back to the program, read into its keys. Desktops write
@@ -16,8 +16,8 @@ public:
     // Whether two descriptions, in any of the desktops' forms, name the same keys.
     static bool sameKeys(const QString& description, const QString& other);
 
-    // The modifiers, as the key table numbers them (control, option, shift, command).
-    std::uint32_t carbonModifiers() const { return m_modifiers; }
+    // The modifiers, among Control, Alt, Shift and Meta (Super).
+    Qt::KeyboardModifiers modifiers() const { return m_modifiers; }
     // The key, in one spelling whatever the desktop wrote: upper case, the paging keys as
     // "PRIOR" and "NEXT".
     const QString& key() const { return m_key; }
@@ -28,14 +28,14 @@ public:
     // How the modifiers are written before the key: as desktops show them ("Ctrl+Alt+"), or in
     // the shortcut format programs ask in ("CTRL+ALT+").
     enum class Spelling { shown, shortcutFormat };
-    static QString modifierPrefix(std::uint32_t carbonModifiers, Spelling spelling);
+    static QString modifierPrefix(Qt::KeyboardModifiers modifiers, Spelling spelling);
 
     friend bool operator==(const PortalTrigger& a, const PortalTrigger& b) {
         return a.m_modifiers == b.m_modifiers && a.m_key == b.m_key;
     }
 
 private:
-    std::uint32_t m_modifiers = 0;
+    Qt::KeyboardModifiers m_modifiers;
     QString m_key;
     // The key as the desktop wrote it, for showing.
     QString m_keyText;

@@ -9,6 +9,7 @@
 
 #include <X11/keysym.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <memory>
 #include <string_view>
@@ -94,17 +95,16 @@ private:
     ReplyPtr<xcb_get_keyboard_mapping_reply_t> m_reply;
 };
 
-X11HotkeyService::X11HotkeyService()
-    : m_connection(toolkitConnection()) {
+X11HotkeyService::X11HotkeyService(QObject* parent)
+    : HotkeyService(parent)
+    , m_connection(toolkitConnection()) {
     m_mappingChanged.setSingleShot(true);
     m_mappingChanged.setInterval(kMappingSettleMs);
-    QObject::connect(&m_mappingChanged, &QTimer::timeout, &m_mappingChanged,
-                     [this] { followMappingChange(); });
+    connect(&m_mappingChanged, &QTimer::timeout, this, &X11HotkeyService::followMappingChange);
     m_releaseSettle.setSingleShot(true);
     m_releaseSettle.setInterval(kReleaseSettleMs);
     m_releaseSettle.setTimerType(Qt::PreciseTimer);
-    QObject::connect(&m_releaseSettle, &QTimer::timeout, &m_releaseSettle,
-                     [this] { releaseHeldKey(); });
+    connect(&m_releaseSettle, &QTimer::timeout, this, &X11HotkeyService::releaseHeldKey);
     if (m_connection == nullptr) {
         return;
     }
@@ -123,24 +123,15 @@ X11HotkeyService::X11HotkeyService()
 }
 
 X11HotkeyService::~X11HotkeyService() {
-    for (auto& [handle, registration] : m_registrations) {
-        if (const auto held = std::exchange(registration.grabbed, std::nullopt)) {
-            if (!isGrabbed(*held)) {
-                ungrab(*held);
-            }
-        }
-    }
-    m_registrations.clear();
-    removeHandler();
+    stop();
 }
 
-bool X11HotkeyService::installHandler(PressHandler handler) {
+bool X11HotkeyService::start() {
     if (m_connection == nullptr) {
         qCWarning(Log::general(), "Global hotkeys need an X11 session for now; the tray menu and "
                                   "its buttons still work");
         return false;
     }
-    m_handler = std::move(handler);
     if (!m_filtering) {
         QCoreApplication::instance()->installNativeEventFilter(this);
         m_filtering = true;
@@ -148,51 +139,65 @@ bool X11HotkeyService::installHandler(PressHandler handler) {
     return true;
 }
 
-void X11HotkeyService::removeHandler() {
+void X11HotkeyService::stop() {
+    for (auto& registration : m_registrations) {
+        if (const auto held = std::exchange(registration.grabbed, std::nullopt)) {
+            if (!isGrabbed(*held)) {
+                ungrab(*held);
+            }
+        }
+    }
+    m_registrations.clear();
     if (m_filtering && QCoreApplication::instance() != nullptr) {
         QCoreApplication::instance()->removeNativeEventFilter(this);
     }
     m_filtering = false;
-    m_handler = nullptr;
     m_releaseSettle.stop();
     m_pendingRelease.reset();
     m_held.reset();
 }
 
-std::optional<HotkeyService::Handle> X11HotkeyService::registerHotkey(std::uint32_t keyCode,
-                                                                      std::uint32_t carbonModifiers,
-                                                                      std::uint32_t /*signature*/,
-                                                                      std::uint32_t id) {
-    // The signature tells owners apart in a shared hot-key table; X keeps each client's grabs
-    // apart by itself.
-    if (m_connection == nullptr || keyCode > 0xffff) {
-        return std::nullopt;
+void X11HotkeyService::bind(const HotkeyBindings& bindings) {
+    Results results;
+    std::vector<Registration> next;
+    const auto heldBy = [](const std::vector<Registration>& registrations,
+                           const Combination& combination) {
+        return std::any_of(
+            registrations.begin(), registrations.end(),
+            [&combination](const Registration& held) { return held.grabbed == combination; });
+    };
+    std::optional<KeyboardMapping> mapping;
+    if (m_connection != nullptr) {
+        mapping.emplace(m_connection);
     }
-    const auto code = static_cast<std::uint16_t>(keyCode);
-    const auto combination = combinationFor(KeyboardMapping(m_connection), code, carbonModifiers);
-    if (!combination || (!isGrabbed(*combination) && !grab(*combination))) {
-        return std::nullopt;
+    for (const HotkeyBinding& binding : bindings) {
+        const auto combination =
+            mapping ? combinationFor(*mapping, binding.keys) : std::optional<Combination>();
+        // A combination held already, by this set or the last, keeps its grab: one the user
+        // did not touch never goes without it.
+        if (combination && (heldBy(next, *combination) || heldBy(m_registrations, *combination) ||
+                            grab(*combination))) {
+            next.push_back({binding.id, binding.keys, combination});
+            results.insert(binding.id, {Status::bound, {}});
+        } else {
+            results.insert(binding.id, {Status::taken, {}});
+        }
     }
-    const Handle handle = m_nextHandle++;
-    m_registrations.emplace(handle, Registration{code, carbonModifiers, id, combination});
-    return handle;
+    std::vector<Combination> letGo;
+    for (const Registration& registration : m_registrations) {
+        const auto& held = registration.grabbed;
+        if (held && !heldBy(next, *held) &&
+            std::find(letGo.begin(), letGo.end(), *held) == letGo.end()) {
+            letGo.push_back(*held);
+            ungrab(*held);
+        }
+    }
+    m_registrations = std::move(next);
+    emit resultsChanged(results);
 }
 
-std::string X11HotkeyService::mechanism() const {
-    return m_connection != nullptr ? "X11 key grabs" : std::string();
-}
-
-void X11HotkeyService::unregisterHotkey(Handle handle) {
-    const auto found = m_registrations.find(handle);
-    if (found == m_registrations.end()) {
-        return;
-    }
-    const std::optional<Combination> held = found->second.grabbed;
-    m_registrations.erase(found);
-    // Two registrations of one combination share the one grab.
-    if (held && !isGrabbed(*held)) {
-        ungrab(*held);
-    }
+QString X11HotkeyService::mechanism() const {
+    return m_connection != nullptr ? QStringLiteral("X11 key grabs") : QString();
 }
 
 bool X11HotkeyService::nativeEventFilter(const QByteArray& eventType, void* message,
@@ -206,7 +211,7 @@ bool X11HotkeyService::nativeEventFilter(const QByteArray& eventType, void* mess
         return false; // the toolkit follows the change as well
     }
     const auto type = static_cast<std::uint8_t>(event->response_type & ~0x80);
-    if (!m_handler) {
+    if (!m_filtering) {
         return false;
     }
     if (type == XCB_KEY_PRESS) {
@@ -243,18 +248,19 @@ bool X11HotkeyService::filterPress(const xcb_key_press_event_t* press) {
     // A press of another moment: whatever was held came up before it.
     releaseHeldKey();
     const auto locks = static_cast<std::uint16_t>(XCB_MOD_MASK_LOCK | m_modifierBits.numLock);
-    const Combination pressed{
-        press->detail, static_cast<std::uint16_t>(press->state & kModifierStateBits & ~locks)};
-    for (const auto& [handle, registration] : m_registrations) {
-        if (registration.grabbed == pressed) {
-            m_held = HeldKey{press->detail, registration.id, press->time};
-            // A copy: the handler may re-register, which replaces the table being read.
-            const PressHandler handler = m_handler;
-            handler(registration.id, KeyEvent::pressed);
-            return true;
-        }
+    const Combination down{press->detail,
+                           static_cast<std::uint16_t>(press->state & kModifierStateBits & ~locks)};
+    const auto found =
+        std::find_if(m_registrations.begin(), m_registrations.end(),
+                     [&down](const Registration& held) { return held.grabbed == down; });
+    if (found == m_registrations.end()) {
+        return false;
     }
-    return false;
+    m_held = HeldKey{press->detail, found->id, press->time};
+    // A copy: whoever hears it may bind anew, which replaces the table read here.
+    const QString id = found->id;
+    emit pressed(id);
+    return true;
 }
 
 bool X11HotkeyService::filterRelease(const xcb_key_release_event_t* release) {
@@ -272,12 +278,11 @@ void X11HotkeyService::releaseHeldKey() {
     if (!m_pendingRelease || !m_held) {
         return;
     }
-    const std::uint32_t id = m_held->id;
+    const QString id = m_held->id;
     m_pendingRelease.reset();
     m_held.reset();
-    const PressHandler handler = m_handler;
-    if (handler) {
-        handler(id, KeyEvent::released);
+    if (m_filtering) {
+        emit released(id);
     }
 }
 
@@ -302,10 +307,9 @@ void X11HotkeyService::followMappingChange() {
     // was made with the old bits, lock variants included.
     const bool sameBits = bits == m_modifierBits;
     bool regrabbed = false;
-    for (auto& [handle, registration] : m_registrations) {
+    for (auto& registration : m_registrations) {
         if (!registration.grabbed ||
-            (sameBits && registration.grabbed == combinationFor(mapping, registration.keyCode,
-                                                                registration.carbonModifiers))) {
+            (sameBits && registration.grabbed == combinationFor(mapping, registration.keys))) {
             continue;
         }
         const Combination held = *std::exchange(registration.grabbed, std::nullopt);
@@ -315,20 +319,18 @@ void X11HotkeyService::followMappingChange() {
         regrabbed = true;
     }
     m_modifierBits = bits;
-    for (auto& [handle, registration] : m_registrations) {
+    for (auto& registration : m_registrations) {
         if (registration.grabbed) {
             continue;
         }
-        const auto combination =
-            combinationFor(mapping, registration.keyCode, registration.carbonModifiers);
+        const auto combination = combinationFor(mapping, registration.keys);
         if (combination && (isGrabbed(*combination) || grab(*combination))) {
             registration.grabbed = combination;
             regrabbed = true;
         } else {
             // Kept, so that the next mapping change tries again.
             qCWarning(Log::general(), "Hotkey %s does not work with this keyboard mapping",
-                      qPrintable(KeyTable::displayString(registration.keyCode,
-                                                         registration.carbonModifiers)));
+                      qPrintable(KeyTable::displayString(registration.keys)));
         }
     }
     if (regrabbed) {
@@ -381,9 +383,8 @@ X11HotkeyService::readModifierBits(const KeyboardMapping& mapping) const {
 }
 
 std::optional<X11HotkeyService::Combination>
-X11HotkeyService::combinationFor(const KeyboardMapping& mapping, std::uint16_t keyCode,
-                                 std::uint32_t carbonModifiers) const {
-    const auto symbol = X11KeySymbols::forKeyCode(keyCode);
+X11HotkeyService::combinationFor(const KeyboardMapping& mapping, QKeyCombination keys) const {
+    const auto symbol = X11KeySymbols::forKeys(keys);
     if (!symbol) {
         return std::nullopt;
     }
@@ -391,21 +392,21 @@ X11HotkeyService::combinationFor(const KeyboardMapping& mapping, std::uint16_t k
     if (!serverKey) {
         return std::nullopt; // the keyboard has no such key
     }
-    return Combination{*serverKey, modifiersFor(carbonModifiers)};
+    return Combination{*serverKey, modifiersFor(keys.keyboardModifiers())};
 }
 
-std::uint16_t X11HotkeyService::modifiersFor(std::uint32_t carbonModifiers) const {
+std::uint16_t X11HotkeyService::modifiersFor(Qt::KeyboardModifiers keyboardModifiers) const {
     std::uint16_t modifiers = 0;
-    if ((carbonModifiers & CarbonModifier::control) != 0) {
+    if (keyboardModifiers.testFlag(Qt::ControlModifier)) {
         modifiers |= XCB_MOD_MASK_CONTROL;
     }
-    if ((carbonModifiers & CarbonModifier::option) != 0) {
+    if (keyboardModifiers.testFlag(Qt::AltModifier)) {
         modifiers |= m_modifierBits.alt;
     }
-    if ((carbonModifiers & CarbonModifier::shift) != 0) {
+    if (keyboardModifiers.testFlag(Qt::ShiftModifier)) {
         modifiers |= XCB_MOD_MASK_SHIFT;
     }
-    if ((carbonModifiers & CarbonModifier::command) != 0) {
+    if (keyboardModifiers.testFlag(Qt::MetaModifier)) {
         modifiers |= m_modifierBits.super;
     }
     return modifiers;
@@ -422,7 +423,7 @@ std::vector<std::uint16_t> X11HotkeyService::lockVariants() const {
 }
 
 bool X11HotkeyService::isGrabbed(const Combination& combination) const {
-    for (const auto& [handle, registration] : m_registrations) {
+    for (const auto& registration : m_registrations) {
         if (registration.grabbed == combination) {
             return true;
         }

@@ -3,10 +3,10 @@
 #include "platform/HotkeyService.h"
 
 #include <QAbstractNativeEventFilter>
+#include <QKeyCombination>
 #include <QTimer>
 
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <vector>
 
@@ -20,23 +20,21 @@
 //
 // A held key repeats, and how the server sends the repeats depends on the client: one more
 // press each time where the client asked for detectable auto-repeat, else a release and a press
-// with the same time stamp. Either way a hotkey held down reaches the handler as one press and
-// one release: a press of the key already down is dropped, and a release is passed on only
-// once no press of the same moment has followed it. Two presses quicker than any keyboard
+// with the same time stamp. Either way a hotkey held down is one press and one release: a press
+// of the key already down is dropped, and a release is passed on only once no press of the same
+// moment has followed it. Two presses quicker than any keyboard
 // repeats (a program's) are two presses.
 class X11HotkeyService final : public HotkeyService, private QAbstractNativeEventFilter {
-public:
-    X11HotkeyService();
-    ~X11HotkeyService() override;
-    X11HotkeyService(const X11HotkeyService&) = delete;
-    X11HotkeyService& operator=(const X11HotkeyService&) = delete;
+    Q_OBJECT
 
-    bool installHandler(PressHandler handler) override;
-    void removeHandler() override;
-    std::optional<Handle> registerHotkey(std::uint32_t keyCode, std::uint32_t carbonModifiers,
-                                         std::uint32_t signature, std::uint32_t id) override;
-    void unregisterHotkey(Handle handle) override;
-    std::string mechanism() const override;
+public:
+    explicit X11HotkeyService(QObject* parent = nullptr);
+    ~X11HotkeyService() override;
+
+    bool start() override;
+    void stop() override;
+    void bind(const HotkeyBindings& bindings) override;
+    QString mechanism() const override;
 
 private:
     class KeyboardMapping;
@@ -47,11 +45,10 @@ private:
         friend bool operator==(const Combination&, const Combination&) = default;
     };
     struct Registration {
-        std::uint16_t keyCode;
-        std::uint32_t carbonModifiers;
-        std::uint32_t id;
-        // What this registration holds, alone or with others; nothing while another program
-        // holds it or the keyboard has no such key since a mapping change.
+        QString id;
+        QKeyCombination keys;
+        // What this binding holds, alone or with others; nothing while another program holds
+        // it or the keyboard has no such key since a mapping change.
         std::optional<Combination> grabbed;
     };
     // Where the server puts the modifiers whose bit depends on its keymap.
@@ -65,7 +62,7 @@ private:
     // The hotkey whose key is down now.
     struct HeldKey {
         xcb_keycode_t keyCode;
-        std::uint32_t id;
+        QString id;
         xcb_timestamp_t pressedAt;
         // Whether the keyboard has repeated it yet.
         bool repeating = false;
@@ -86,9 +83,9 @@ private:
     void followMappingChange();
 
     ModifierBits readModifierBits(const KeyboardMapping& mapping) const;
-    std::optional<Combination> combinationFor(const KeyboardMapping& mapping, std::uint16_t keyCode,
-                                              std::uint32_t carbonModifiers) const;
-    std::uint16_t modifiersFor(std::uint32_t carbonModifiers) const;
+    std::optional<Combination> combinationFor(const KeyboardMapping& mapping,
+                                              QKeyCombination keys) const;
+    std::uint16_t modifiersFor(Qt::KeyboardModifiers modifiers) const;
     std::vector<std::uint16_t> lockVariants() const;
     bool isGrabbed(const Combination& combination) const;
     bool grab(const Combination& combination);
@@ -96,7 +93,6 @@ private:
 
     xcb_connection_t* m_connection = nullptr;
     xcb_window_t m_root = XCB_WINDOW_NONE;
-    PressHandler m_handler;
     bool m_filtering = false;
     // Every grab held was made under these bits, lock variants included: when they change, so
     // does every grab.
@@ -110,8 +106,7 @@ private:
     std::optional<PendingRelease> m_pendingRelease;
     // Runs out when no press came with a release: the key really came up.
     QTimer m_releaseSettle;
-    // By handle, which grows with each registration: the first registration of a combination
-    // held twice is the one its presses go to.
-    std::map<Handle, Registration> m_registrations;
-    Handle m_nextHandle = 1;
+    // The bindings held, in the order of the set: the first of a combination held twice is the
+    // one its presses go to.
+    std::vector<Registration> m_registrations;
 };

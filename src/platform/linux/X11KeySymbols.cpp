@@ -1,7 +1,5 @@
 #include "X11KeySymbols.h"
 
-#include "models/KeyTable.h"
-
 #include <X11/keysym.h>
 
 namespace {
@@ -38,12 +36,9 @@ std::optional<std::uint32_t> keypadSymbol(Qt::Key qtKey) {
 
 namespace X11KeySymbols {
 
-std::optional<std::uint32_t> forKeyCode(std::uint16_t keyCode) {
-    const auto key = KeyTable::forKeyCode(keyCode);
-    if (!key) {
-        return std::nullopt;
-    }
-    return key->keypad ? keypadSymbol(key->qtKey) : forQtKey(key->qtKey);
+std::optional<std::uint32_t> forKeys(QKeyCombination keys) {
+    return keys.keyboardModifiers().testFlag(Qt::KeypadModifier) ? keypadSymbol(keys.key())
+                                                                 : forQtKey(keys.key());
 }
 
 std::optional<std::uint32_t> forQtKey(Qt::Key qtKey) {

@@ -4,29 +4,38 @@
 
 #include <Carbon/Carbon.h>
 
-#include <map>
+#include <vector>
 
 // Global hotkeys through the Carbon event manager's hot-key service, the one way an
 // application without a key window hears a key combination. Presses arrive on the main run
 // loop, which is the GUI thread.
 class CarbonHotkeyService final : public HotkeyService {
 public:
-    CarbonHotkeyService() = default;
-    ~CarbonHotkeyService() override;
-    CarbonHotkeyService(const CarbonHotkeyService&) = delete;
-    CarbonHotkeyService& operator=(const CarbonHotkeyService&) = delete;
+    // The owner signature of every hot key: the four characters "SCR1".
+    static constexpr OSType signature = 0x53435231;
 
-    bool installHandler(PressHandler handler) override;
-    void removeHandler() override;
-    std::optional<Handle> registerHotkey(std::uint32_t keyCode, std::uint32_t carbonModifiers,
-                                         std::uint32_t signature, std::uint32_t id) override;
-    void unregisterHotkey(Handle handle) override;
+    explicit CarbonHotkeyService(QObject* parent = nullptr);
+    ~CarbonHotkeyService() override;
+
+    bool start() override;
+    void stop() override;
+    void bind(const HotkeyBindings& bindings) override;
 
 private:
-    static OSStatus handleHotKey(EventHandlerCallRef next, EventRef event, void* userData);
+    struct Registration {
+        QString id;
+        // The number the event manager reports presses under.
+        UInt32 number;
+        UInt32 keyCode;
+        UInt32 modifiers;
+        // Nothing for the second binding of keys the first one holds already.
+        EventHotKeyRef ref;
+    };
 
-    PressHandler m_handler;
+    static OSStatus handleHotKey(EventHandlerCallRef next, EventRef event, void* userData);
+    void unregisterAll();
+
     EventHandlerRef m_eventHandlerRef = nullptr;
-    std::map<Handle, EventHotKeyRef> m_hotKeyRefs;
-    Handle m_nextHandle = 1;
+    std::vector<Registration> m_registrations;
+    UInt32 m_nextNumber = 1;
 };

@@ -1,21 +1,67 @@
 #include "CarbonHotkeyService.h"
 
+#include "models/KeyTable.h"
+
+#include <algorithm>
+#include <optional>
+
 // The event this service listens for, and what it answers without one.
 static_assert(kEventClassKeyboard == 0x6B657962, "'keyb'");
 static_assert(kEventHotKeyPressed == 5);
 static_assert(kEventHotKeyReleased == 6);
 static_assert(eventNotHandledErr == -9874);
 
-CarbonHotkeyService::~CarbonHotkeyService() {
-    for (const auto& [handle, ref] : m_hotKeyRefs) {
-        UnregisterEventHotKey(ref);
+// The key table stores keys under the virtual key codes of Events.h, so that its codes are what
+// RegisterEventHotKey takes; a few of every kind, to catch a table that drifted.
+static_assert(kVK_ANSI_A == 0 && kVK_ANSI_B == 11 && kVK_ANSI_1 == 18 && kVK_ANSI_0 == 29);
+static_assert(kVK_Return == 36 && kVK_Tab == 48 && kVK_Space == 49 && kVK_Delete == 51 &&
+              kVK_Escape == 53);
+static_assert(kVK_ANSI_KeypadDecimal == 65 && kVK_ANSI_KeypadEnter == 76 &&
+              kVK_ANSI_Keypad0 == 82 && kVK_ANSI_Keypad9 == 92);
+static_assert(kVK_F1 == 122 && kVK_F5 == 96 && kVK_F12 == 111 && kVK_F20 == 90);
+static_assert(kVK_Home == 115 && kVK_PageUp == 116 && kVK_ForwardDelete == 117 && kVK_End == 119 &&
+              kVK_PageDown == 121);
+static_assert(kVK_LeftArrow == 123 && kVK_RightArrow == 124 && kVK_DownArrow == 125 &&
+              kVK_UpArrow == 126);
+
+namespace {
+
+// The hot-key modifiers of the combination. Bindings name the keys as a PC keyboard does
+// (Meta is the Command key), which is not how the toolkit reports them on a Mac.
+UInt32 carbonModifiers(Qt::KeyboardModifiers modifiers) {
+    UInt32 mask = 0;
+    if (modifiers.testFlag(Qt::MetaModifier)) {
+        mask |= cmdKey;
     }
-    m_hotKeyRefs.clear();
-    removeHandler();
+    if (modifiers.testFlag(Qt::ShiftModifier)) {
+        mask |= shiftKey;
+    }
+    if (modifiers.testFlag(Qt::AltModifier)) {
+        mask |= optionKey;
+    }
+    if (modifiers.testFlag(Qt::ControlModifier)) {
+        mask |= controlKey;
+    }
+    return mask;
 }
 
-bool CarbonHotkeyService::installHandler(PressHandler handler) {
-    m_handler = std::move(handler);
+std::optional<UInt32> virtualKeyCode(QKeyCombination keys) {
+    if (const auto stored = KeyTable::toStoredKeys(keys)) {
+        return UInt32{stored->keyCode};
+    }
+    return std::nullopt;
+}
+
+} // namespace
+
+CarbonHotkeyService::CarbonHotkeyService(QObject* parent)
+    : HotkeyService(parent) {}
+
+CarbonHotkeyService::~CarbonHotkeyService() {
+    stop();
+}
+
+bool CarbonHotkeyService::start() {
     if (m_eventHandlerRef != nullptr) {
         return true;
     }
@@ -32,36 +78,60 @@ bool CarbonHotkeyService::installHandler(PressHandler handler) {
     return m_eventHandlerRef != nullptr;
 }
 
-void CarbonHotkeyService::removeHandler() {
+void CarbonHotkeyService::stop() {
+    unregisterAll();
     if (m_eventHandlerRef != nullptr) {
         RemoveEventHandler(m_eventHandlerRef);
         m_eventHandlerRef = nullptr;
     }
-    m_handler = nullptr;
 }
 
-std::optional<HotkeyService::Handle>
-CarbonHotkeyService::registerHotkey(std::uint32_t keyCode, std::uint32_t carbonModifiers,
-                                    std::uint32_t signature, std::uint32_t id) {
-    const EventHotKeyID hotKeyID{signature, id};
-    EventHotKeyRef ref = nullptr;
-    // The status says why a combination was refused; the caller only needs whether.
-    RegisterEventHotKey(keyCode, carbonModifiers, hotKeyID, GetApplicationEventTarget(), 0, &ref);
-    if (ref == nullptr) {
-        return std::nullopt;
+void CarbonHotkeyService::bind(const HotkeyBindings& bindings) {
+    unregisterAll();
+    Results results;
+    for (const HotkeyBinding& binding : bindings) {
+        const std::optional<UInt32> keyCode = virtualKeyCode(binding.keys);
+        if (!keyCode) {
+            results.insert(binding.id, {Status::taken, {}});
+            continue;
+        }
+        const UInt32 modifiers = carbonModifiers(binding.keys.keyboardModifiers());
+        const UInt32 number = m_nextNumber++;
+        // The event manager refuses this program the same keys twice; the first binding of
+        // them hears their presses, and the second is no less bound for it.
+        const bool heldAlready = std::any_of(
+            m_registrations.begin(), m_registrations.end(), [&](const Registration& held) {
+                return held.ref != nullptr && held.keyCode == *keyCode &&
+                       held.modifiers == modifiers;
+            });
+        if (heldAlready) {
+            m_registrations.push_back({binding.id, number, *keyCode, modifiers, nullptr});
+            results.insert(binding.id, {Status::bound, {}});
+            continue;
+        }
+        const EventHotKeyID hotKeyID{signature, number};
+        EventHotKeyRef ref = nullptr;
+        // The status says why a combination was refused, most often because another program
+        // holds it (eventHotKeyExistsErr); the row only says that it cannot be had.
+        const OSStatus status = RegisterEventHotKey(*keyCode, modifiers, hotKeyID,
+                                                    GetApplicationEventTarget(), 0, &ref);
+        if (status != noErr || ref == nullptr) {
+            results.insert(binding.id, {Status::taken, {}});
+            continue;
+        }
+        m_registrations.push_back({binding.id, number, *keyCode, modifiers, ref});
+        results.insert(binding.id, {Status::bound, {}});
     }
-    const Handle handle = m_nextHandle++;
-    m_hotKeyRefs.emplace(handle, ref);
-    return handle;
+    emit resultsChanged(results);
 }
 
-void CarbonHotkeyService::unregisterHotkey(Handle handle) {
-    const auto found = m_hotKeyRefs.find(handle);
-    if (found == m_hotKeyRefs.end()) {
-        return;
+void CarbonHotkeyService::unregisterAll() {
+    for (const Registration& registration : m_registrations) {
+        if (registration.ref != nullptr) {
+            UnregisterEventHotKey(registration.ref);
+        }
     }
-    UnregisterEventHotKey(found->second);
-    m_hotKeyRefs.erase(found);
+    m_registrations.clear();
 }
 
 OSStatus CarbonHotkeyService::handleHotKey(EventHandlerCallRef /*next*/, EventRef event,
@@ -77,10 +147,18 @@ OSStatus CarbonHotkeyService::handleHotKey(EventHandlerCallRef /*next*/, EventRe
     }
     auto* service = static_cast<CarbonHotkeyService*>(userData);
     // The owner signature is not compared: only this program's hot keys reach its handler.
-    if (service->m_handler) {
-        const PressHandler handler = service->m_handler;
-        handler(hotKeyID.id, GetEventKind(event) == kEventHotKeyReleased ? KeyEvent::released
-                                                                         : KeyEvent::pressed);
+    const auto found =
+        std::find_if(service->m_registrations.begin(), service->m_registrations.end(),
+                     [&hotKeyID](const Registration& held) { return held.number == hotKeyID.id; });
+    if (found == service->m_registrations.end()) {
+        return eventNotHandledErr; // a hot key of a binding since replaced
+    }
+    // A copy: whoever hears it may bind anew, which replaces the table read here.
+    const QString id = found->id;
+    if (GetEventKind(event) == kEventHotKeyReleased) {
+        emit service->released(id);
+    } else {
+        emit service->pressed(id);
     }
     return noErr;
 }

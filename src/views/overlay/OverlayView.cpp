@@ -3,6 +3,7 @@
 #include "views/widgets/SkipSymbols.h"
 #include "views/widgets/Style.h"
 #include "views/widgets/SymbolView.h"
+#include "views/widgets/TintedLabel.h"
 
 #include <QFontInfo>
 #include <QGraphicsDropShadowEffect>
@@ -42,12 +43,9 @@ OverlayView::OverlayView(const SeekFeedback& feedback, std::int64_t forwardSecon
         layout->addWidget(total, 0, Qt::AlignHCenter);
     }
 
-    auto* name = new QLabel(playerName(), this);
+    auto* name = new TintedLabel(playerName(), Style::Role::secondary, this);
     name->setObjectName(QStringLiteral("playerName"));
     name->setFont(Style::systemFont(namePointSize, QFont::Medium));
-    QPalette namePalette = name->palette();
-    namePalette.setColor(QPalette::WindowText, Style::secondary(palette()));
-    name->setPalette(namePalette);
     name->setAlignment(Qt::AlignHCenter);
     layout->addWidget(name, 0, Qt::AlignHCenter);
 

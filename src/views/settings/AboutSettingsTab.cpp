@@ -2,11 +2,12 @@
 
 #include "core/UpdateChecker.h"
 #include "views/widgets/FormSection.h"
+#include "views/widgets/PaletteFollower.h"
 #include "views/widgets/Style.h"
 #include "views/widgets/SymbolView.h"
+#include "views/widgets/TintedLabel.h"
 
 #include <QClipboard>
-#include <QEvent>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -24,18 +25,22 @@ const QString fallbackBuild = QStringLiteral("1");
 const QString copyText = QStringLiteral("Copy Debug Info");
 const QString copiedText = QStringLiteral("Copied");
 
-void setColor(QWidget& widget, QPalette::ColorRole role, const QColor& color) {
-    QPalette palette = widget.palette();
-    palette.setColor(role, color);
-    widget.setPalette(palette);
-}
-
-QLabel* makeText(const QString& text, const QString& name, const QFont& font, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
+// A line of plain text with its name and font.
+template <typename Label>
+Label* named(Label* label, const QString& name, const QFont& font) {
     label->setObjectName(name);
     label->setTextFormat(Qt::PlainText);
     label->setFont(font);
     return label;
+}
+
+QLabel* makeText(const QString& text, const QString& name, const QFont& font, QWidget* parent) {
+    return named(new QLabel(text, parent), name, font);
+}
+
+TintedLabel* makeText(const QString& text, const QString& name, const QFont& font, Style::Role role,
+                      QWidget* parent) {
+    return named(new TintedLabel(text, role, parent), name, font);
 }
 
 QLabel* makeLink(const QUrl& url, const QString& text, const QString& name, QWidget* parent) {
@@ -49,6 +54,7 @@ QLabel* makeLink(const QUrl& url, const QString& text, const QString& name, QWid
     label->setTextInteractionFlags(Qt::TextBrowserInteraction);
     label->setAccessibleName(text);
     label->setProperty("url", url);
+    PaletteFollower::keepColor(*label, QPalette::Link, Style::Role::accent);
     return label;
 }
 
@@ -76,6 +82,7 @@ AboutSettingsTab::AboutSettingsTab(Info info, QWidget* parent)
     m_copy->setObjectName(QStringLiteral("copyDebugInfoButton"));
     m_copy->setFlat(true);
     m_copy->setAutoDefault(false);
+    new PaletteFollower(*m_copy, [this] { tintCopyButton(); });
     connect(m_copy, &QPushButton::clicked, this, &AboutSettingsTab::copyDebugInfo);
     actions->addRow(m_copy);
 
@@ -89,7 +96,8 @@ AboutSettingsTab::AboutSettingsTab(Info info, QWidget* parent)
     m_check->setAutoDefault(false);
     connect(m_check, &QPushButton::clicked, this, &AboutSettingsTab::checkForUpdates);
     updateLayout->addWidget(m_check, 0, Qt::AlignLeft);
-    m_status = makeText(QString(), QStringLiteral("updateStatus"), Style::captionFont(), update);
+    m_status = makeText(QString(), QStringLiteral("updateStatus"), Style::captionFont(),
+                        Style::Role::success, update);
     m_status->setWordWrap(true);
     updateLayout->addWidget(m_status);
     m_download = makeLink(m_info.web.downloadPage(), QStringLiteral("Download Latest Version"),
@@ -101,13 +109,14 @@ AboutSettingsTab::AboutSettingsTab(Info info, QWidget* parent)
     layout->addStretch(1);
 
     m_checker = new UpdateChecker(appVersion(), m_info.web.updateDocument(), this);
-    connect(m_checker, &UpdateChecker::finished, this, [this](const QString& status) {
-        m_updateStatus = status;
-        showState();
-        emit updateChecked(status);
-    });
+    connect(m_checker, &UpdateChecker::finished, this,
+            [this](const QString& status, bool updateAvailable) {
+                m_updateStatus = status;
+                m_updateAvailable = updateAvailable;
+                showState();
+                emit updateChecked(status);
+            });
     showState();
-    applyColors();
 }
 
 AboutSettingsTab::~AboutSettingsTab() = default;
@@ -127,11 +136,12 @@ QWidget* AboutSettingsTab::makeHeader() {
     layout->addWidget(m_name, 0, Qt::AlignHCenter);
     m_version = makeText(QStringLiteral("Version ") + appVersion() + QStringLiteral(" (") +
                              buildNumber() + QLatin1Char(')'),
-                         QStringLiteral("versionLine"), Style::captionFont(), header);
+                         QStringLiteral("versionLine"), Style::captionFont(),
+                         Style::Role::secondary, header);
     layout->addWidget(m_version, 0, Qt::AlignHCenter);
-    m_system = makeText(m_info.system, QStringLiteral("systemLine"), Style::caption2Font(), header);
+    m_system = makeText(m_info.system, QStringLiteral("systemLine"), Style::caption2Font(),
+                        Style::Role::secondary, header);
     layout->addWidget(m_system, 0, Qt::AlignHCenter);
-    m_secondary << m_version << m_system;
     return header;
 }
 
@@ -183,6 +193,7 @@ void AboutSettingsTab::checkForUpdates() {
         return;
     }
     m_updateStatus.reset();
+    m_updateAvailable = false;
     m_checker->check();
     showState();
 }
@@ -199,32 +210,14 @@ void AboutSettingsTab::showState() {
     m_status->setVisible(hasStatus);
     m_status->setText(m_updateStatus.value_or(QString()));
     m_status->setAccessibleName(m_status->text());
-    // Keyed on the one word: the error lines are green like the up-to-date line.
-    const bool available = hasStatus && m_updateStatus->contains(QStringLiteral("available"));
+    // Only an offered update stands out: the error lines are green like the up-to-date line.
+    const bool available = hasStatus && m_updateAvailable;
     m_download->setVisible(available);
-    applyColors();
+    m_status->setRole(available ? Style::Role::warningText : Style::Role::success);
+    tintCopyButton();
 }
 
-void AboutSettingsTab::changeEvent(QEvent* event) {
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) {
-        applyColors();
-    }
-}
-
-void AboutSettingsTab::applyColors() {
-    const QPalette& colors = palette();
-    for (QLabel* label : m_secondary) {
-        setColor(*label, QPalette::WindowText, Style::secondary(colors));
-    }
-    for (QLabel* link : findChildren<QLabel*>()) {
-        if (link->textFormat() == Qt::RichText) {
-            setColor(*link, QPalette::Link, Style::accent(colors));
-        }
-    }
-    setColor(*m_copy, QPalette::ButtonText,
-             m_copied ? Style::success(colors) : Style::accent(colors));
-    const bool available = m_updateStatus && m_updateStatus->contains(QStringLiteral("available"));
-    setColor(*m_status, QPalette::WindowText,
-             available ? Style::warningText(colors) : Style::success(colors));
+void AboutSettingsTab::tintCopyButton() {
+    Style::setColor(*m_copy, QPalette::ButtonText,
+                    m_copied ? Style::Role::success : Style::Role::accent);
 }

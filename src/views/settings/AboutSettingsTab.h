@@ -10,6 +10,7 @@
 class QLabel;
 class QPushButton;
 class SymbolView;
+class TintedLabel;
 class UpdateChecker;
 
 // The settings tab that names the program, its version and the system it runs on, copies a
@@ -54,27 +55,24 @@ signals:
     // An update check ended, with the line it shows.
     void updateChecked(const QString& status);
 
-protected:
-    void changeEvent(QEvent* event) override;
-
 private:
     QWidget* makeHeader();
     QWidget* makeRow(const QString& title, QWidget* value);
     void showState();
-    void applyColors();
+    void tintCopyButton();
 
     Info m_info;
     bool m_copied = false;
     int m_copiedMs = copiedMs;
     std::optional<QString> m_updateStatus;
+    bool m_updateAvailable = false;
     UpdateChecker* m_checker = nullptr;
     QLabel* m_name = nullptr;
     QLabel* m_version = nullptr;
     QLabel* m_system = nullptr;
-    QList<QLabel*> m_secondary;
     QPushButton* m_copy = nullptr;
     QPushButton* m_check = nullptr;
-    QLabel* m_status = nullptr;
+    TintedLabel* m_status = nullptr;
     QLabel* m_download = nullptr;
     SymbolView* m_symbol = nullptr;
 };

@@ -2,9 +2,9 @@
 
 #include "views/widgets/SegmentedControl.h"
 #include "views/widgets/Style.h"
+#include "views/widgets/TintedLabel.h"
 
 #include <QComboBox>
-#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
@@ -34,12 +34,6 @@ bool isSpace(QChar c) {
     // What the C library skips before a number: space, tab, line feed, vertical tab, form feed
     // and carriage return.
     return c == u' ' || (c >= u'\t' && c <= u'\r');
-}
-
-void setTextColor(QWidget& widget, const QColor& color) {
-    QPalette palette = widget.palette();
-    palette.setColor(QPalette::WindowText, color);
-    widget.setPalette(palette);
 }
 
 } // namespace
@@ -138,7 +132,7 @@ ActionEditor::ActionEditor(ActionBinding binding, std::span<const double> preset
     m_customField->setFixedWidth(customFieldWidth);
     connect(m_customField, &QLineEdit::textEdited, this, &ActionEditor::applyCustomValue);
     connect(m_customField, &QLineEdit::returnPressed, this, &ActionEditor::applyCustomValue);
-    m_customUnit = new QLabel(QStringLiteral("s"), seconds);
+    m_customUnit = new TintedLabel(QStringLiteral("s"), Style::Role::secondary, seconds);
     m_customUnit->setObjectName(QStringLiteral("customSecondsUnit"));
     secondsLayout->addStretch();
     secondsLayout->addWidget(m_secondsPicker);
@@ -180,7 +174,6 @@ ActionEditor::ActionEditor(ActionBinding binding, std::span<const double> preset
 
     showCustom(false, QString());
     showAction();
-    applyColors();
 }
 
 ActionEditor::~ActionEditor() {
@@ -192,11 +185,10 @@ QWidget* ActionEditor::row(const QString& title, QWidget* control) {
     auto* line = new QWidget(this);
     auto* layout = new QHBoxLayout(line);
     layout->setContentsMargins(0, 0, 0, 0);
-    auto* label = new QLabel(title, line);
+    auto* label = new TintedLabel(title, Style::Role::secondary, line);
     label->setObjectName(QStringLiteral("editorRowTitle"));
     label->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
     label->setBuddy(control);
-    m_titles.append(label);
     layout->addWidget(label);
     layout->addStretch();
     control->setParent(line);
@@ -286,18 +278,4 @@ void ActionEditor::showEvent(QShowEvent* event) {
         }
     }
     showAction();
-}
-
-void ActionEditor::changeEvent(QEvent* event) {
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) {
-        applyColors();
-    }
-}
-
-void ActionEditor::applyColors() {
-    for (QLabel* title : m_titles) {
-        setTextColor(*title, Style::secondary(palette()));
-    }
-    setTextColor(*m_customUnit, Style::secondary(palette()));
 }

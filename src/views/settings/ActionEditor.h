@@ -52,14 +52,12 @@ signals:
 
 protected:
     void showEvent(QShowEvent* event) override;
-    void changeEvent(QEvent* event) override;
 
 private:
     // A title in the secondary style at its natural size, then the control right-aligned in a
     // column `controlWidth` wide.
     QWidget* row(const QString& title, QWidget* control);
     void showCustom(bool on, const QString& text);
-    void applyColors();
 
     ActionBinding m_binding;
     std::span<const double> m_presets;
@@ -71,7 +69,6 @@ private:
     QLabel* m_customUnit = nullptr;
     HotkeyRecorder* m_recorder = nullptr;
     QPushButton* m_test = nullptr;
-    QList<QLabel*> m_titles;
 };
 
 // The custom field's text as a step, if it is a number from 1 to 300 written in full: no

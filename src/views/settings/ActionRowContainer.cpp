@@ -2,9 +2,9 @@
 
 #include "views/settings/ActionEditor.h"
 #include "views/settings/ActionRowHeader.h"
+#include "views/widgets/PaletteFollower.h"
 #include "views/widgets/Style.h"
 
-#include <QEvent>
 #include <QVBoxLayout>
 
 namespace {
@@ -32,6 +32,7 @@ ActionRowContainer::ActionRowContainer(ActionBinding binding, std::span<const do
     connect(m_header, &ActionRowHeader::clicked, this, &ActionRowContainer::toggleRequested);
     connect(m_header, &ActionRowHeader::deleteRequested, this,
             &ActionRowContainer::deleteRequested);
+    new PaletteFollower(*this, [this] { applyColors(); });
     showAction();
 }
 
@@ -159,13 +160,6 @@ void ActionRowContainer::setModifierMapping(const HotkeyRecorder::ModifierMappin
     m_mapping = mapping;
     if (m_editor != nullptr) {
         m_editor->setModifierMapping(mapping);
-    }
-}
-
-void ActionRowContainer::changeEvent(QEvent* event) {
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) {
-        applyColors();
     }
 }
 

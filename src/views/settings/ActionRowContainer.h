@@ -53,9 +53,6 @@ signals:
     void testRequested(double seconds);
     void recordingChanged(bool recording);
 
-protected:
-    void changeEvent(QEvent* event) override;
-
 private:
     void applyColors();
 

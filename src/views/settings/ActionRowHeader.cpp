@@ -1,10 +1,10 @@
 #include "views/settings/ActionRowHeader.h"
 
+#include "views/widgets/PaletteFollower.h"
 #include "views/widgets/Style.h"
 #include "views/widgets/SymbolButton.h"
 #include "views/widgets/SymbolView.h"
 
-#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
@@ -29,12 +29,6 @@ constexpr int deleteFadeMs = 150;
 QColor withAlpha(QColor color, qreal alpha) {
     color.setAlphaF(color.alphaF() * alpha);
     return color;
-}
-
-void setTextColor(QLabel& label, const QColor& color) {
-    QPalette palette = label.palette();
-    palette.setColor(QPalette::WindowText, color);
-    label.setPalette(palette);
 }
 
 void fade(QVariantAnimation& animation, bool in, int durationMs) {
@@ -74,20 +68,22 @@ ActionRowHeader::ActionRowHeader(QWidget* parent)
     m_chevron = new SymbolView(QStringLiteral("chevron.right"), chevronSize, this);
     m_chevron->setObjectName(QStringLiteral("chevron"));
     m_chevron->setFixedWidth(chevronFrame);
+    m_chevron->setTone(SymbolView::Tone::tertiary);
     layout->addWidget(passive(m_chevron));
 
     m_direction = new SymbolView(QStringLiteral("goforward.10"), directionSize, this);
     m_direction->setObjectName(QStringLiteral("directionSymbol"));
     m_direction->setFixedWidth(directionFrame);
+    m_direction->setTone(SymbolView::Tone::accent);
     layout->addWidget(passive(m_direction));
 
     auto* texts = new QVBoxLayout;
     texts->setSpacing(1);
-    m_label = new QLabel(this);
+    m_label = new TintedLabel(Style::Role::primary, this);
     m_label->setObjectName(QStringLiteral("actionLabel"));
     m_label->setTextFormat(Qt::PlainText);
     texts->addWidget(passive(m_label));
-    m_note = new QLabel(this);
+    m_note = new TintedLabel(Style::Role::warningText, this);
     m_note->setObjectName(QStringLiteral("actionNote"));
     m_note->setTextFormat(Qt::PlainText);
     m_note->setFont(Style::captionFont());
@@ -98,10 +94,11 @@ ActionRowHeader::ActionRowHeader(QWidget* parent)
     m_conflict =
         new SymbolView(QStringLiteral("exclamationmark.triangle.fill"), conflictSize, this);
     m_conflict->setObjectName(QStringLiteral("conflictMark"));
+    m_conflict->setTone(SymbolView::Tone::warning);
     m_conflict->hide();
     layout->addWidget(passive(m_conflict));
 
-    m_hotkey = new QLabel(this);
+    m_hotkey = new TintedLabel(Style::Role::tertiary, this);
     m_hotkey->setObjectName(QStringLiteral("hotkeyLabel"));
     m_hotkey->setTextFormat(Qt::PlainText);
     layout->addWidget(passive(m_hotkey));
@@ -117,6 +114,7 @@ ActionRowHeader::ActionRowHeader(QWidget* parent)
     connect(&m_groundFade, &QVariantAnimation::valueChanged, this, [this] { update(); });
     m_deleteFade.setEasingCurve(QEasingCurve::InOutQuad);
     connect(&m_deleteFade, &QVariantAnimation::valueChanged, this, [this] { applyColors(); });
+    new PaletteFollower(*this, [this] { applyColors(); });
 
     setAccessibleDescription(QStringLiteral("Double-tap to edit"));
     showDeleteButton();
@@ -127,14 +125,17 @@ void ActionRowHeader::setContent(const Content& content) {
     m_content = content;
     m_label->setText(content.label);
     m_direction->setSymbolName(content.directionIcon);
+    m_direction->setTone(content.forward ? SymbolView::Tone::accent : SymbolView::Tone::warning);
     m_conflict->setVisible(content.conflict);
     m_note->setText(content.note);
     m_note->setVisible(!content.note.isEmpty());
+    m_note->setRole(content.noteIsInformation ? Style::Role::secondary : Style::Role::warningText);
     const bool none = content.hotkey.isEmpty();
     m_hotkey->setText(none ? QStringLiteral("No hotkey") : content.hotkey);
     QFont hotkeyFont = Style::calloutFont();
     hotkeyFont.setItalic(none);
     m_hotkey->setFont(hotkeyFont);
+    m_hotkey->setRole(none ? Style::Role::tertiary : Style::Role::secondary);
     // A key cap has room around its text for the rounded ground drawn behind it.
     m_hotkey->setContentsMargins(none ? QMargins() : QMargins(8, 3, 8, 3));
 
@@ -191,29 +192,13 @@ void ActionRowHeader::leaveEvent(QEvent* event) {
     setHovered(false);
 }
 
-void ActionRowHeader::changeEvent(QEvent* event) {
-    QAbstractButton::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) {
-        applyColors();
-    }
-}
-
 void ActionRowHeader::applyColors() {
-    const QPalette& colors = palette();
-    m_chevron->setColor(Style::tertiary(colors));
-    m_direction->setColor(m_content.forward ? Style::accent(colors) : Style::warning(colors));
-    m_conflict->setColor(Style::warning(colors));
-    setTextColor(*m_label, Style::primary(colors));
-    setTextColor(*m_note, m_content.noteIsInformation ? Style::secondary(colors)
-                                                      : Style::warningText(colors));
-    setTextColor(*m_hotkey,
-                 m_content.hotkey.isEmpty() ? Style::tertiary(colors) : Style::secondary(colors));
     // Clear while it cannot be used; red at 60 % once it can.
     const bool shown = m_hovered || m_expanded;
     const qreal faded = m_deleteFade.state() == QAbstractAnimation::Running
                             ? m_deleteFade.currentValue().toReal()
                             : (shown ? 1.0 : 0.0);
-    m_delete->setColor(withAlpha(Style::red(colors), 0.6 * faded));
+    m_delete->setColor(withAlpha(Style::red(palette()), 0.6 * faded));
     update();
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "views/widgets/TintedLabel.h"
+
 #include <QAbstractButton>
 #include <QVariantAnimation>
 
@@ -45,13 +47,13 @@ signals:
 protected:
     void enterEvent(QEnterEvent* event) override;
     void leaveEvent(QEvent* event) override;
-    void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
     void setHovered(bool hovered);
     // The delete button is seen and answers only while the pointer is on the line or it is open.
     void showDeleteButton();
+    // The delete button's red, faded in as far as it has come.
     void applyColors();
 
     Content m_content;
@@ -59,10 +61,10 @@ private:
     bool m_hovered = false;
     SymbolView* m_chevron = nullptr;
     SymbolView* m_direction = nullptr;
-    QLabel* m_label = nullptr;
-    QLabel* m_note = nullptr;
+    TintedLabel* m_label = nullptr;
+    TintedLabel* m_note = nullptr;
     SymbolView* m_conflict = nullptr;
-    QLabel* m_hotkey = nullptr;
+    TintedLabel* m_hotkey = nullptr;
     SymbolButton* m_delete = nullptr;
     // 0 to 1: how far the hover ground and the delete button have faded in.
     QVariantAnimation m_groundFade;

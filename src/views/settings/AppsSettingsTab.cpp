@@ -1,12 +1,13 @@
 #include "views/settings/AppsSettingsTab.h"
 
 #include "settings/AppSettings.h"
+#include "views/widgets/PaletteFollower.h"
 #include "views/widgets/Style.h"
 #include "views/widgets/SymbolButton.h"
 #include "views/widgets/SymbolView.h"
+#include "views/widgets/TintedLabel.h"
 
 #include <QCheckBox>
-#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPainter>
@@ -26,12 +27,6 @@ constexpr int rowSpacing = 8;
 constexpr int rowInset = 10;
 constexpr int outerPadding = 20;
 constexpr qreal sectionRadius = 8;
-
-void setTextColor(QLabel& label, const QColor& color) {
-    QPalette palette = label.palette();
-    palette.setColor(QPalette::WindowText, color);
-    label.setPalette(palette);
-}
 
 // The ground of the grouped section: a shade lighter than the window on either theme.
 QColor sectionFill(const QPalette& palette) {
@@ -62,8 +57,9 @@ AppsSettingsTab::AppsSettingsTab(AppSettings& settings, QWidget* parent)
     m_rowsLayout->setSpacing(0);
     layout->addWidget(m_section);
 
-    m_footer = new QLabel(
-        QStringLiteral("Use arrows to reorder priority. The first playing app wins."), this);
+    m_footer = new TintedLabel(
+        QStringLiteral("Use arrows to reorder priority. The first playing app wins."),
+        Style::Role::secondary, this);
     m_footer->setObjectName(QStringLiteral("appsFooter"));
     m_footer->setFont(Style::captionFont());
     m_footer->setTextFormat(Qt::PlainText);
@@ -74,7 +70,9 @@ AppsSettingsTab::AppsSettingsTab(AppSettings& settings, QWidget* parent)
 
     connect(&m_settings, &AppSettings::enabledAppsChanged, this, &AppsSettingsTab::refresh);
     connect(&m_settings, &AppSettings::disabledAppsChanged, this, &AppsSettingsTab::refresh);
-    applyColors();
+    refresh();
+    // The arrows' shades are given as each row is shown.
+    new PaletteFollower(*this, [this] { refresh(); });
 }
 
 AppsSettingsTab::Row AppsSettingsTab::makeRow(int index) {
@@ -102,11 +100,10 @@ AppsSettingsTab::Row AppsSettingsTab::makeRow(int index) {
     connect(row.up, &SymbolButton::clicked, this, [this, index] { move(index, -1); });
     connect(row.down, &SymbolButton::clicked, this, [this, index] { move(index, 1); });
 
-    row.position = new QLabel(row.row);
+    row.position = new TintedLabel(Style::Role::secondary, row.row);
     row.position->setObjectName(QStringLiteral("positionLabel"));
     row.position->setFont(Style::captionFont());
     row.position->setAlignment(Qt::AlignRight | Qt::AlignVCenter);
-    setTextColor(*row.position, Style::secondary(palette()));
     layout->addWidget(row.position);
 
     // Any app's symbol for now; showRow gives it the app at this position.
@@ -197,15 +194,6 @@ void AppsSettingsTab::paintArrow(SymbolButton& button, bool atEnd) {
     button.setEnabled(!atEnd);
 }
 
-void AppsSettingsTab::applyColors() {
-    // Everything but the apps' own tints is a shade of the palette's text colour.
-    setTextColor(*m_footer, Style::secondary(palette()));
-    for (Row& row : m_rows) {
-        setTextColor(*row.position, Style::secondary(palette()));
-    }
-    refresh();
-}
-
 void AppsSettingsTab::move(int index, int step) {
     QList<MediaApp> apps = m_settings.enabledApps();
     const QList<int> shown = shownPositions();
@@ -239,13 +227,6 @@ void AppsSettingsTab::setAppEnabled(int index, bool on) {
         disabled.insert(app);
     }
     m_settings.setDisabledApps(std::move(disabled));
-}
-
-void AppsSettingsTab::changeEvent(QEvent* event) {
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) {
-        applyColors();
-    }
 }
 
 void AppsSettingsTab::paintEvent(QPaintEvent* /*event*/) {

@@ -23,7 +23,6 @@ public:
     explicit AppsSettingsTab(AppSettings& settings, QWidget* parent = nullptr);
 
 protected:
-    void changeEvent(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
 
 private:
@@ -43,7 +42,6 @@ private:
     void refresh();
     void showRow(Row& row, int index, MediaApp app, int count);
     void paintArrow(SymbolButton& button, bool atEnd);
-    void applyColors();
     // Swaps the apps at `index` and `index + step`, in one assignment of the whole order.
     // Where each row's app is in the settings' list: apps this platform does not offer are
     // kept there, unshown.

@@ -4,11 +4,12 @@
 #include "utilities/Logger.h"
 #include "views/widgets/FormSection.h"
 #include "views/widgets/FormSwitch.h"
+#include "views/widgets/PaletteFollower.h"
 #include "views/widgets/SegmentedControl.h"
 #include "views/widgets/Style.h"
+#include "views/widgets/TintedLabel.h"
 
 #include <QDir>
-#include <QEvent>
 #include <QFile>
 #include <QFileDialog>
 #include <QHBoxLayout>
@@ -44,12 +45,6 @@ const QString couldNotRead = QStringLiteral("Error: Could not read file.");
 const QString invalidFile = QStringLiteral("Error: Invalid settings file.");
 const QString imported = QStringLiteral("Settings imported successfully.");
 
-void setTextColor(QWidget& widget, QPalette::ColorRole role, const QColor& color) {
-    QPalette palette = widget.palette();
-    palette.setColor(role, color);
-    widget.setPalette(palette);
-}
-
 QPushButton* makeButton(const QString& text, const QString& name, QWidget* parent) {
     auto* button = new QPushButton(text, parent);
     button->setObjectName(name);
@@ -71,7 +66,7 @@ QMessageBox* makeConfirmation(const QString& name, const QString& title, const Q
     box->setInformativeText(message);
     QPushButton* destructive = box->addButton(action, QMessageBox::DestructiveRole);
     destructive->setObjectName(QStringLiteral("destructiveButton"));
-    setTextColor(*destructive, QPalette::ButtonText, Style::destructive(box->palette()));
+    PaletteFollower::keepColor(*destructive, QPalette::ButtonText, Style::Role::error);
     QPushButton* cancel = box->addButton(QStringLiteral("Cancel"), QMessageBox::RejectRole);
     cancel->setObjectName(QStringLiteral("cancelButton"));
     box->setDefaultButton(cancel);
@@ -121,7 +116,6 @@ GeneralSettingsTab::GeneralSettingsTab(AppSettings& settings, const PlatformText
     });
     showFromStore();
     setShowMenuBarIcon(m_showMenuBarIcon);
-    applyColors();
 }
 
 GeneralSettingsTab::~GeneralSettingsTab() = default;
@@ -185,7 +179,8 @@ FormSection* GeneralSettingsTab::makeFeedbackSection() {
 FormSection* GeneralSettingsTab::makeHiddenIconSection() {
     m_hiddenIconSection = new FormSection(QString(), this);
     m_hiddenIconSection->setObjectName(QStringLiteral("hiddenIconSection"));
-    m_hiddenIconNote = new QLabel(m_texts.iconHiddenNote, m_hiddenIconSection);
+    m_hiddenIconNote =
+        new TintedLabel(m_texts.iconHiddenNote, Style::Role::warningText, m_hiddenIconSection);
     m_hiddenIconNote->setObjectName(QStringLiteral("iconHiddenNote"));
     m_hiddenIconNote->setFont(Style::captionFont());
     m_hiddenIconNote->setWordWrap(true);
@@ -210,7 +205,7 @@ FormSection* GeneralSettingsTab::makeBackupSection() {
     buttonsLayout->addStretch(1);
     section->addRow(buttons);
 
-    m_importMessage = new QLabel(section);
+    m_importMessage = new TintedLabel(Style::Role::success, section);
     m_importMessage->setObjectName(QStringLiteral("importMessage"));
     m_importMessage->setFont(Style::captionFont());
     m_importMessage->setWordWrap(true);
@@ -226,6 +221,7 @@ FormSection* GeneralSettingsTab::makeResetSection() {
     rowLayout->setContentsMargins(0, 0, 0, 0);
     m_resetButton =
         makeButton(QStringLiteral("Reset to Defaults"), QStringLiteral("resetButton"), row);
+    PaletteFollower::keepColor(*m_resetButton, QPalette::ButtonText, Style::Role::error);
     connect(m_resetButton, &QPushButton::clicked, this, &GeneralSettingsTab::confirmReset);
     rowLayout->addWidget(m_resetButton);
     rowLayout->addStretch(1);
@@ -245,23 +241,6 @@ void GeneralSettingsTab::showFromStore() {
         }
     }
     m_duration->setSelectedIndex(selected);
-}
-
-void GeneralSettingsTab::changeEvent(QEvent* event) {
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) {
-        applyColors();
-    }
-}
-
-void GeneralSettingsTab::applyColors() {
-    const QPalette& colors = palette();
-    setTextColor(*m_hiddenIconNote, QPalette::WindowText, Style::warningText(colors));
-    setTextColor(*m_resetButton, QPalette::ButtonText, Style::destructive(colors));
-    setTextColor(*m_importMessage, QPalette::WindowText,
-                 m_importMessage->text().contains(QStringLiteral("Error"))
-                     ? Style::destructive(colors)
-                     : Style::success(colors));
 }
 
 void GeneralSettingsTab::switchIcon(bool show) {
@@ -354,21 +333,25 @@ void GeneralSettingsTab::importSettings() {
 void GeneralSettingsTab::importFile(const QString& path) {
     QFile file(path);
     if (!file.open(QIODevice::ReadOnly)) {
-        setImportMessage(couldNotRead);
+        setImportMessage(couldNotRead, Style::Role::error);
         return;
     }
     const QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError) {
-        setImportMessage(couldNotRead);
+        setImportMessage(couldNotRead, Style::Role::error);
         return;
     }
-    setImportMessage(m_settings.importSettings(bytes) ? imported : invalidFile);
+    if (m_settings.importSettings(bytes)) {
+        setImportMessage(imported, Style::Role::success);
+    } else {
+        setImportMessage(invalidFile, Style::Role::error);
+    }
 }
 
-void GeneralSettingsTab::setImportMessage(const QString& message) {
+void GeneralSettingsTab::setImportMessage(const QString& message, Style::Role role) {
     m_importMessage->setText(message);
+    m_importMessage->setRole(role);
     m_importMessage->show();
-    applyColors();
     // Each message starts its own clearing, which clears whatever shows by then, a newer
     // message included.
     QTimer::singleShot(importMessageMs, Qt::PreciseTimer, this,

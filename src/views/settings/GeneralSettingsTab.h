@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/PlatformTexts.h"
+#include "views/widgets/Style.h"
 
 #include <QPointer>
 #include <QWidget>
@@ -9,10 +10,10 @@ class AppSettings;
 class FormSection;
 class FormSwitch;
 class QFileDialog;
-class QLabel;
 class QMessageBox;
 class QPushButton;
 class SegmentedControl;
+class TintedLabel;
 
 // The settings window's first tab: launch at login, the tray (menu bar) icon, the seek
 // overlay and how long feedback shows, backup and restore of the settings file, and a reset.
@@ -28,9 +29,6 @@ public:
                        QWidget* parent = nullptr);
     ~GeneralSettingsTab() override;
 
-protected:
-    void changeEvent(QEvent* event) override;
-
 private:
     FormSection* makeTogglesSection();
     FormSection* makeFeedbackSection();
@@ -39,7 +37,6 @@ private:
     FormSection* makeResetSection();
 
     void showFromStore();
-    void applyColors();
 
     void switchIcon(bool show);
     void confirmHidingIcon();
@@ -49,7 +46,7 @@ private:
     void exportSettings();
     void importSettings();
     void importFile(const QString& path);
-    void setImportMessage(const QString& message);
+    void setImportMessage(const QString& message, Style::Role role);
     void clearImportMessage();
 
     void confirmReset();
@@ -64,8 +61,8 @@ private:
     FormSwitch* m_holdToSeek = nullptr;
     SegmentedControl* m_duration = nullptr;
     FormSection* m_hiddenIconSection = nullptr;
-    QLabel* m_hiddenIconNote = nullptr;
-    QLabel* m_importMessage = nullptr;
+    TintedLabel* m_hiddenIconNote = nullptr;
+    TintedLabel* m_importMessage = nullptr;
     QPushButton* m_resetButton = nullptr;
 
     QPointer<QMessageBox> m_hideConfirmation;

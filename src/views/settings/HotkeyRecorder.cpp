@@ -128,47 +128,52 @@ void HotkeyRecorder::record(const QKeyEvent& event) {
         stopRecording();
         return;
     }
-    const std::uint64_t flags = modifierFlags(event.modifiers());
-    if (flags == 0) {
+    if (hotkeyModifiers(event.modifiers()) == Qt::NoModifier) {
         // A bare key would take a letter away from every program; it is refused silently.
         return;
     }
-    const std::optional<std::uint16_t> code = keyCodeFor(event);
-    if (!code) {
+    const std::optional<QKeyCombination> keys = keysFor(event);
+    const auto stored = keys ? KeyTable::toStoredKeys(*keys) : std::nullopt;
+    if (!stored) {
         // A modifier on its own, or a key no hotkey can be made of: wait for the next.
         return;
     }
-    m_keyCode = *code;
-    m_carbonModifiers = KeyTable::toCarbonModifiers(flags);
+    m_keyCode = stored->keyCode;
+    m_carbonModifiers = stored->carbonModifiers;
     emit changed(m_keyCode, m_carbonModifiers);
     stopRecording();
 }
 
-std::optional<std::uint16_t> HotkeyRecorder::keyCodeFor(const QKeyEvent& event) const {
-    // The keypad and the shifted symbols of the top rows are told apart by the modifiers.
-    if (const auto key = KeyTable::forKeyPress(static_cast<Qt::Key>(event.key()), event.modifiers(),
-                                               m_mapping.keypadFlag)) {
-        return key->keyCode;
-    }
-    return std::nullopt;
-}
-
-std::uint64_t HotkeyRecorder::modifierFlags(Qt::KeyboardModifiers modifiers) const {
+Qt::KeyboardModifiers HotkeyRecorder::hotkeyModifiers(Qt::KeyboardModifiers modifiers) const {
     // Keypad and group-switch modifiers are dropped: they are not part of a combination.
-    std::uint64_t flags = 0;
+    Qt::KeyboardModifiers held;
     if (modifiers & Qt::ShiftModifier) {
-        flags |= ModifierFlag::shift;
+        held |= Qt::ShiftModifier;
     }
     if (modifiers & m_mapping.control) {
-        flags |= ModifierFlag::control;
+        held |= Qt::ControlModifier;
     }
     if (modifiers & Qt::AltModifier) {
-        flags |= ModifierFlag::option;
+        held |= Qt::AltModifier;
     }
     if (modifiers & m_mapping.command) {
-        flags |= ModifierFlag::command;
+        held |= Qt::MetaModifier;
     }
-    return flags;
+    return held;
+}
+
+std::optional<QKeyCombination> HotkeyRecorder::keysFor(const QKeyEvent& event) const {
+    // The keypad and the shifted symbols of the top rows are told apart by the modifiers.
+    const auto key = KeyTable::forKeyPress(static_cast<Qt::Key>(event.key()), event.modifiers(),
+                                           m_mapping.keypadFlag);
+    if (!key) {
+        return std::nullopt;
+    }
+    Qt::KeyboardModifiers modifiers = hotkeyModifiers(event.modifiers());
+    if (key->keypad) {
+        modifiers |= Qt::KeypadModifier;
+    }
+    return QKeyCombination(modifiers, key->qtKey);
 }
 
 void HotkeyRecorder::refresh() {

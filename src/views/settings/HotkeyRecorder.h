@@ -3,6 +3,7 @@
 #include "models/KeyTable.h"
 
 #include <QAbstractButton>
+#include <QKeyCombination>
 
 #include <cstdint>
 #include <optional>
@@ -72,10 +73,11 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
-    // The stored key code of the key pressed, if a hotkey can be made of it.
-    std::optional<std::uint16_t> keyCodeFor(const QKeyEvent& event) const;
-    // The modifiers held, as the four bits a hotkey may use.
-    std::uint64_t modifierFlags(Qt::KeyboardModifiers modifiers) const;
+    // The modifiers held that a hotkey may use, named as a PC keyboard names them whatever the
+    // toolkit reports.
+    Qt::KeyboardModifiers hotkeyModifiers(Qt::KeyboardModifiers modifiers) const;
+    // The combination pressed, if a hotkey can be made of its key.
+    std::optional<QKeyCombination> keysFor(const QKeyEvent& event) const;
     void record(const QKeyEvent& event);
     void refresh();
 

@@ -5,9 +5,11 @@
 #include "views/settings/ActionRowContainer.h"
 #include "views/settings/ActionRowHeader.h"
 #include "views/widgets/FormSection.h"
+#include "views/widgets/PaletteFollower.h"
 #include "views/widgets/Style.h"
 #include "views/widgets/SymbolView.h"
 #include "views/widgets/Symbols.h"
+#include "views/widgets/TintedLabel.h"
 
 #include <QEvent>
 #include <QHBoxLayout>
@@ -27,14 +29,8 @@ constexpr int emptySymbolSize = 22;
 constexpr int addSymbolSize = 14;
 constexpr int footerSymbolSize = 11;
 
-void setTextColor(QWidget& widget, QPalette::ColorRole role, const QColor& color) {
-    QPalette palette = widget.palette();
-    palette.setColor(role, color);
-    widget.setPalette(palette);
-}
-
-QLabel* makeCaption(const QString& text, const QString& name, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
+QLabel* makeCaption(const QString& text, Style::Role role, const QString& name, QWidget* parent) {
+    auto* label = new TintedLabel(text, role, parent);
     label->setObjectName(name);
     label->setTextFormat(Qt::PlainText);
     label->setFont(Style::captionFont());
@@ -61,8 +57,10 @@ HotkeysSettingsTab::HotkeysSettingsTab(AppSettings& settings, QWidget* parent)
     empty->setContentsMargins(0, emptyPadding, 0, emptyPadding);
     empty->setSpacing(6);
     m_emptySymbol = new SymbolView(QStringLiteral("keyboard"), emptySymbolSize, m_emptyState);
+    m_emptySymbol->setTone(SymbolView::Tone::quaternary);
     empty->addWidget(m_emptySymbol, 0, Qt::AlignHCenter);
-    m_emptyText = new QLabel(QStringLiteral("No seek actions configured"), m_emptyState);
+    m_emptyText = new TintedLabel(QStringLiteral("No seek actions configured"),
+                                  Style::Role::tertiary, m_emptyState);
     m_emptyText->setObjectName(QStringLiteral("emptyStateText"));
     m_emptyText->setFont(Style::calloutFont());
     empty->addWidget(m_emptyText, 0, Qt::AlignHCenter);
@@ -76,6 +74,13 @@ HotkeysSettingsTab::HotkeysSettingsTab(AppSettings& settings, QWidget* parent)
     m_addAction->setAutoRaise(true);
     m_addAction->setIconSize(QSize(addSymbolSize, addSymbolSize));
     m_addAction->setCursor(Qt::PointingHandCursor);
+    PaletteFollower::keepColor(*m_addAction, QPalette::ButtonText, Style::Role::accent);
+    const auto drawAddSymbol = [button = m_addAction] {
+        button->setIcon(
+            Symbols::icon(QStringLiteral("plus.circle.fill"), Style::accent(button->palette())));
+    };
+    drawAddSymbol();
+    new PaletteFollower(*m_addAction, drawAddSymbol);
     connect(m_addAction, &QToolButton::clicked, this, &HotkeysSettingsTab::addAction);
     m_section->addRow(m_addAction);
     layout->addWidget(m_section);
@@ -93,17 +98,19 @@ HotkeysSettingsTab::HotkeysSettingsTab(AppSettings& settings, QWidget* parent)
     conflict->setSpacing(4);
     m_conflictSymbol = new SymbolView(QStringLiteral("exclamationmark.triangle.fill"),
                                       footerSymbolSize, m_conflictFooter);
+    m_conflictSymbol->setTone(SymbolView::Tone::warning);
     conflict->addWidget(m_conflictSymbol);
     m_conflictText =
         makeCaption(QStringLiteral("Some actions share the same hotkey. Only one will trigger."),
-                    QStringLiteral("conflictText"), m_conflictFooter);
+                    Style::Role::warning, QStringLiteral("conflictText"), m_conflictFooter);
     conflict->addWidget(m_conflictText, 1);
     notesLayout->addWidget(m_conflictFooter);
-    m_systemWideFooter = makeCaption(QStringLiteral("Hotkeys are system-wide and work in any app."),
-                                     QStringLiteral("systemWideText"), notes);
+    m_systemWideFooter =
+        makeCaption(QStringLiteral("Hotkeys are system-wide and work in any app."),
+                    Style::Role::secondary, QStringLiteral("systemWideText"), notes);
     notesLayout->addWidget(m_systemWideFooter);
     m_clickFooter = makeCaption(QStringLiteral("Click a row to edit its settings."),
-                                QStringLiteral("clickText"), notes);
+                                Style::Role::tertiary, QStringLiteral("clickText"), notes);
     notesLayout->addWidget(m_clickFooter);
     footer->addRow(notes);
     layout->addWidget(footer);
@@ -112,7 +119,6 @@ HotkeysSettingsTab::HotkeysSettingsTab(AppSettings& settings, QWidget* parent)
     // Whoever changes the list (this tab, an import, a reset), the rows follow at once.
     connect(&m_settings, &AppSettings::seekActionsChanged, this, &HotkeysSettingsTab::refresh);
     refresh();
-    applyColors();
 }
 
 HotkeysSettingsTab::~HotkeysSettingsTab() {
@@ -306,25 +312,10 @@ void HotkeysSettingsTab::rowRecordingChanged(const ActionRowContainer* row, bool
 
 void HotkeysSettingsTab::changeEvent(QEvent* event) {
     QWidget::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) {
-        applyColors();
-    } else if (event->type() == QEvent::ParentChange) {
+    if (event->type() == QEvent::ParentChange) {
         // Moved into a window, the tab's part of the focus chain goes in as it stood. Alone it
         // was a ring, in which Add Action right after the tab itself already counted as after
         // the last row, so the order was left so; in the window it would come first.
         orderFocus();
     }
-}
-
-void HotkeysSettingsTab::applyColors() {
-    const QPalette& colors = palette();
-    m_emptySymbol->setColor(Style::quaternary(colors));
-    setTextColor(*m_emptyText, QPalette::WindowText, Style::tertiary(colors));
-    const QColor accent = Style::accent(colors);
-    m_addAction->setIcon(Symbols::icon(QStringLiteral("plus.circle.fill"), accent));
-    setTextColor(*m_addAction, QPalette::ButtonText, accent);
-    m_conflictSymbol->setColor(Style::warning(colors));
-    setTextColor(*m_conflictText, QPalette::WindowText, Style::warning(colors));
-    setTextColor(*m_systemWideFooter, QPalette::WindowText, Style::secondary(colors));
-    setTextColor(*m_clickFooter, QPalette::WindowText, Style::tertiary(colors));
 }

@@ -65,7 +65,6 @@ private:
     // Tab goes through the rows in the order they are shown, then to "Add Action".
     void orderFocus();
     void rowRecordingChanged(const ActionRowContainer* row, bool recording);
-    void applyColors();
 
 protected:
     void changeEvent(QEvent* event) override;

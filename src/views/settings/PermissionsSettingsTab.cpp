@@ -6,10 +6,10 @@
 #include "views/widgets/Spinner.h"
 #include "views/widgets/Style.h"
 #include "views/widgets/SymbolView.h"
+#include "views/widgets/TintedLabel.h"
 
 #include <algorithm>
 
-#include <QEvent>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QPushButton>
@@ -26,37 +26,40 @@ constexpr int spinnerSize = 14;
 
 using Pane = DesktopIntegration::SettingsPane;
 
-void setTextColor(QWidget& widget, QPalette::ColorRole role, const QColor& color) {
-    QPalette palette = widget.palette();
-    palette.setColor(role, color);
-    widget.setPalette(palette);
-}
-
-QLabel* makeText(const QString& text, const QString& name, const QFont& font, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
+// A line of plain text with its name and font.
+template <typename Label>
+Label* named(Label* label, const QString& name, const QFont& font) {
     label->setObjectName(name);
     label->setTextFormat(Qt::PlainText);
     label->setFont(font);
     return label;
 }
 
-QColor statusColor(PermissionStatus status, const QPalette& palette) {
+QLabel* makeText(const QString& text, const QString& name, const QFont& font, QWidget* parent) {
+    return named(new QLabel(text, parent), name, font);
+}
+
+TintedLabel* makeText(const QString& text, const QString& name, const QFont& font, Style::Role role,
+                      QWidget* parent) {
+    return named(new TintedLabel(text, role, parent), name, font);
+}
+
+Style::Role statusRole(PermissionStatus status) {
     switch (status) {
     case PermissionStatus::granted:
-        return Style::success(palette);
+        return Style::Role::success;
     case PermissionStatus::denied:
-        return Style::warningText(palette);
+        return Style::Role::warningText;
     case PermissionStatus::unknown:
     case PermissionStatus::appNotRunning:
     case PermissionStatus::checking:
         break;
     }
-    return Style::secondary(palette);
+    return Style::Role::secondary;
 }
 
-QColor iconColor(PermissionStatus status, const QPalette& palette) {
-    return status == PermissionStatus::denied ? Style::warning(palette)
-                                              : statusColor(status, palette);
+Style::Role iconRole(PermissionStatus status) {
+    return status == PermissionStatus::denied ? Style::Role::warning : statusRole(status);
 }
 
 } // namespace
@@ -147,22 +150,21 @@ QWidget* PermissionsSettingsTab::makeAccessibilitySection() {
     line->addWidget(m_accessibilityIcon);
     m_accessibilitySymbol = new SymbolView(QStringLiteral("accessibility"), iconSize, row);
     m_accessibilitySymbol->setFixedWidth(iconFrame);
-    m_secondarySymbols << m_accessibilitySymbol;
+    m_accessibilitySymbol->setTone(SymbolView::Tone::secondary);
     line->addWidget(m_accessibilitySymbol);
     auto* texts = new QVBoxLayout;
     texts->setSpacing(2);
     texts->addWidget(makeText(m_texts.accessibilityTitle, QStringLiteral("rowTitle"), font(), row));
     m_accessibilityDetail = makeText(m_texts.accessibilityDetail, QStringLiteral("rowDetail"),
-                                     Style::captionFont(), row);
-    m_secondaryTexts << m_accessibilityDetail;
+                                     Style::captionFont(), Style::Role::secondary, row);
     texts->addWidget(m_accessibilityDetail);
     line->addLayout(texts, 1);
-    m_accessibilityStatus =
-        makeText(QString(), QStringLiteral("statusText"), Style::captionFont(), row);
+    m_accessibilityStatus = makeText(QString(), QStringLiteral("statusText"), Style::captionFont(),
+                                     Style::Role::warningText, row);
     line->addWidget(m_accessibilityStatus);
     rows->addLayout(line);
-    m_accessibilityHint =
-        makeText(m_texts.accessibilityHint, QStringLiteral("hint"), Style::caption2Font(), row);
+    m_accessibilityHint = makeText(m_texts.accessibilityHint, QStringLiteral("hint"),
+                                   Style::caption2Font(), Style::Role::warningText, row);
     m_accessibilityHint->setWordWrap(true);
     m_accessibilityHint->setContentsMargins(hintIndent, 0, 0, 0);
     rows->addWidget(m_accessibilityHint);
@@ -194,9 +196,9 @@ QWidget* PermissionsSettingsTab::makeItemSection(const QString& title, Permissio
         }
     }
     if (!footnote.isEmpty()) {
-        auto* note = makeText(footnote, QStringLiteral("footnote"), Style::captionFont(), section);
+        auto* note = makeText(footnote, QStringLiteral("footnote"), Style::captionFont(),
+                              Style::Role::secondary, section);
         note->setWordWrap(true);
-        m_secondaryTexts << note;
         section->addRow(note);
     }
     return section;
@@ -223,23 +225,24 @@ void PermissionsSettingsTab::makeRow(const PermissionItem& item, QWidget* parent
     line->addWidget(row.spinner);
     auto* symbol = new SymbolView(item.systemImage, iconSize, row.widget);
     symbol->setFixedWidth(iconFrame);
-    m_secondarySymbols << symbol;
+    symbol->setTone(SymbolView::Tone::secondary);
     line->addWidget(symbol);
     auto* texts = new QVBoxLayout;
     texts->setSpacing(2);
     texts->addWidget(makeText(item.targetApp, QStringLiteral("rowTitle"), font(), row.widget));
-    auto* name = makeText(item.name, QStringLiteral("rowDetail"), Style::captionFont(), row.widget);
-    m_secondaryTexts << name;
+    auto* name = makeText(item.name, QStringLiteral("rowDetail"), Style::captionFont(),
+                          Style::Role::secondary, row.widget);
     texts->addWidget(name);
     line->addLayout(texts, 1);
-    row.status =
-        makeText(QString(), QStringLiteral("statusText"), Style::captionFont(), row.widget);
+    row.status = makeText(QString(), QStringLiteral("statusText"), Style::captionFont(),
+                          Style::Role::secondary, row.widget);
     line->addWidget(row.status);
     rows->addLayout(line);
     const QString hint = item.kind == PermissionItem::Kind::browserJavaScript
                              ? m_texts.chromeDeniedHint
                              : m_texts.automationDeniedHint;
-    row.hint = makeText(hint, QStringLiteral("hint"), Style::caption2Font(), row.widget);
+    row.hint = makeText(hint, QStringLiteral("hint"), Style::caption2Font(),
+                        Style::Role::warningText, row.widget);
     row.hint->setWordWrap(true);
     row.hint->setContentsMargins(hintIndent, 0, 0, 0);
     rows->addWidget(row.hint);
@@ -295,8 +298,10 @@ void PermissionsSettingsTab::showState() {
     const bool granted = m_checker->accessibilityGranted();
     m_accessibilityIcon->setSymbolName(
         statusSymbol(granted ? PermissionStatus::granted : PermissionStatus::denied));
+    m_accessibilityIcon->setTone(granted ? SymbolView::Tone::success : SymbolView::Tone::warning);
     m_accessibilityStatus->setText(granted ? m_accessibilityGrantedText
                                            : m_texts.accessibilityNotGranted);
+    m_accessibilityStatus->setRole(granted ? Style::Role::success : Style::Role::warningText);
     m_accessibilityHint->setVisible(!granted && !m_texts.accessibilityHint.isEmpty());
     m_openAccessibility->parentWidget()->setVisible(!granted &&
                                                     m_desktop.canOpenSettings(Pane::accessibility));
@@ -310,7 +315,6 @@ void PermissionsSettingsTab::showState() {
     }
     m_check->setEnabled(!m_checker->isChecking());
     m_checking->setVisible(m_checker->isChecking());
-    applyColors();
 }
 
 void PermissionsSettingsTab::showRow(Row& row) {
@@ -321,36 +325,10 @@ void PermissionsSettingsTab::showRow(Row& row) {
     if (!checking) {
         row.icon->setSymbolName(statusSymbol(status));
     }
+    row.icon->setTone(iconRole(status));
     row.status->setText(statusText(status));
+    row.status->setRole(statusRole(status));
     row.hint->setVisible(status == PermissionStatus::denied);
     row.widget->setAccessibleName(row.item.name + QStringLiteral(" for ") + row.item.targetApp +
                                   QStringLiteral(": ") + statusText(status));
-}
-
-void PermissionsSettingsTab::changeEvent(QEvent* event) {
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) {
-        applyColors();
-    }
-}
-
-void PermissionsSettingsTab::applyColors() {
-    const QPalette& colors = palette();
-    const bool granted = m_checker->accessibilityGranted();
-    m_accessibilityIcon->setColor(granted ? Style::success(colors) : Style::warning(colors));
-    setTextColor(*m_accessibilityStatus, QPalette::WindowText,
-                 granted ? Style::success(colors) : Style::warningText(colors));
-    setTextColor(*m_accessibilityHint, QPalette::WindowText, Style::warningText(colors));
-    for (Row& row : m_rows) {
-        const PermissionStatus status = m_checker->status(row.item.id);
-        row.icon->setColor(iconColor(status, colors));
-        setTextColor(*row.status, QPalette::WindowText, statusColor(status, colors));
-        setTextColor(*row.hint, QPalette::WindowText, Style::warningText(colors));
-    }
-    for (QLabel* label : m_secondaryTexts) {
-        setTextColor(*label, QPalette::WindowText, Style::secondary(colors));
-    }
-    for (SymbolView* symbol : m_secondarySymbols) {
-        symbol->setColor(Style::secondary(colors));
-    }
 }

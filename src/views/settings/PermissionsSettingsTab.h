@@ -9,10 +9,10 @@
 
 class DesktopIntegration;
 class PermissionChecker;
-class QLabel;
 class QPushButton;
 class Spinner;
 class SymbolView;
+class TintedLabel;
 struct PlatformTexts;
 
 // The settings tab that shows whether each media target may be controlled and whether the
@@ -42,7 +42,6 @@ public:
 
 protected:
     void showEvent(QShowEvent* event) override;
-    void changeEvent(QEvent* event) override;
 
 private:
     struct Row {
@@ -50,8 +49,8 @@ private:
         QWidget* widget = nullptr;
         SymbolView* icon = nullptr;
         Spinner* spinner = nullptr;
-        QLabel* status = nullptr;
-        QLabel* hint = nullptr;
+        TintedLabel* status = nullptr;
+        TintedLabel* hint = nullptr;
     };
 
     QWidget* makeAccessibilitySection();
@@ -61,7 +60,6 @@ private:
     QWidget* makeButtons();
     void showState();
     void showRow(Row& row);
-    void applyColors();
 
     std::unique_ptr<PermissionChecker> m_checker;
     DesktopIntegration& m_desktop;
@@ -71,13 +69,11 @@ private:
     QList<QWidget*> m_rowWidgets;
     SymbolView* m_accessibilityIcon = nullptr;
     SymbolView* m_accessibilitySymbol = nullptr;
-    QLabel* m_accessibilityDetail = nullptr;
-    QLabel* m_accessibilityStatus = nullptr;
-    QLabel* m_accessibilityHint = nullptr;
+    TintedLabel* m_accessibilityDetail = nullptr;
+    TintedLabel* m_accessibilityStatus = nullptr;
+    TintedLabel* m_accessibilityHint = nullptr;
     QPushButton* m_openAccessibility = nullptr;
     QPushButton* m_check = nullptr;
     Spinner* m_checking = nullptr;
     QPushButton* m_openSettings = nullptr;
-    QList<QLabel*> m_secondaryTexts;
-    QList<SymbolView*> m_secondarySymbols;
 };

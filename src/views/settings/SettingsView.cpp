@@ -1,10 +1,10 @@
 #include "views/settings/SettingsView.h"
 
 #include "settings/SettingsStore.h"
+#include "views/widgets/PaletteFollower.h"
 #include "views/widgets/Style.h"
 #include "views/widgets/Symbols.h"
 
-#include <QEvent>
 #include <QTabBar>
 #include <QVBoxLayout>
 
@@ -46,6 +46,7 @@ SettingsView::SettingsView(SettingsStore& defaults, QWidget* parent)
     m_pageLayout->setContentsMargins(12, 12, 12, 12);
     layout->addLayout(m_pageLayout);
     layout->setSizeConstraint(QLayout::SetFixedSize);
+    new PaletteFollower(*this, [this] { refreshIcons(); });
 
     connect(m_tabBar, &QTabBar::currentChanged, this, [this] {
         fitToPage();
@@ -116,13 +117,6 @@ void SettingsView::restoreSelectedTab() {
 void SettingsView::showEvent(QShowEvent* event) {
     QWidget::showEvent(event);
     fitToPage();
-}
-
-void SettingsView::changeEvent(QEvent* event) {
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) {
-        refreshIcons();
-    }
 }
 
 void SettingsView::fitToPage() {

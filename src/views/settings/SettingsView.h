@@ -16,7 +16,7 @@ class SettingsView : public QWidget {
 public:
     static constexpr int windowWidth = 480;
     static inline const QString lastTabKey = QStringLiteral("lastSettingsTab");
-    // The window's identifier, which tells it apart as the settings window.
+    // The window's object name, by which tools that look at the program's windows find it.
     static inline const QString identifier = QStringLiteral("settingsWindow");
 
     struct Tab {
@@ -46,7 +46,6 @@ public:
 
 protected:
     void showEvent(QShowEvent* event) override;
-    void changeEvent(QEvent* event) override;
 
 private:
     void fitToPage();

@@ -8,10 +8,12 @@
 #include "views/tray/WelcomeView.h"
 #include "views/widgets/ColorDot.h"
 #include "views/widgets/Divider.h"
+#include "views/widgets/PaletteFollower.h"
 #include "views/widgets/SkipSymbols.h"
 #include "views/widgets/Style.h"
 #include "views/widgets/SymbolView.h"
 #include "views/widgets/Symbols.h"
+#include "views/widgets/TintedLabel.h"
 
 #include <QCoreApplication>
 #include <QEvent>
@@ -27,14 +29,11 @@ namespace {
 
 constexpr int stateFadeMs = 200;
 
-QLabel* makeText(const QString& text, const QFont& font, const QColor& color, int maxLines,
+QLabel* makeText(const QString& text, const QFont& font, Style::Role role, int maxLines,
                  const QString& name, QWidget* parent) {
-    auto* label = new QLabel(text, parent);
+    auto* label = new TintedLabel(text, role, parent);
     label->setObjectName(name);
     label->setFont(font);
-    QPalette palette = label->palette();
-    palette.setColor(QPalette::WindowText, color);
-    label->setPalette(palette);
     label->setTextFormat(Qt::PlainText);
     if (maxLines > 1) {
         // Long texts grow the row downwards, up to the given number of lines.
@@ -167,7 +166,7 @@ void TrayPanelView::buildMenu() {
     layout->addWidget(new Divider(m_menu));
 
     auto* version = makeText(QStringLiteral("Scrubline ") + appVersion(), Style::caption2Font(),
-                             Style::tertiary(palette()), 1, QStringLiteral("versionLabel"), m_menu);
+                             Style::Role::tertiary, 1, QStringLiteral("versionLabel"), m_menu);
     version->setContentsMargins(14, 6, 14, 6);
     layout->addWidget(version);
 
@@ -184,10 +183,11 @@ void TrayPanelView::buildMenu() {
     });
     updateState();
     rebuildSeekButtons();
+    // The buttons' symbols are drawn in the text colour of the moment.
+    new PaletteFollower(*m_menu, [this] { rebuildSeekButtons(); });
 }
 
 void TrayPanelView::buildStateRows() {
-    const QPalette colors = palette();
     const auto addRow = [this](TrayState state) -> StateRow& {
         StateRow& row = m_stateRows[static_cast<std::size_t>(state)];
         row.row = new QWidget(m_stateSection);
@@ -215,14 +215,14 @@ void TrayPanelView::buildStateRows() {
     addSymbol(feedback, QStringLiteral("playpause"), {});
     feedback.symbol->setTone(SymbolView::Tone::accent);
     addDot(feedback);
-    feedback.text = makeText({}, Style::captionFont(), Style::primary(colors), 2,
+    feedback.text = makeText({}, Style::captionFont(), Style::Role::primary, 2,
                              QStringLiteral("stateText"), feedback.row);
     feedback.layout->addWidget(feedback.text);
 
     StateRow& status = addRow(TrayState::status);
     addSymbol(status, QStringLiteral("exclamationmark.triangle"), Qt::AlignTop);
     status.symbol->setTone(SymbolView::Tone::warning);
-    status.text = makeText({}, Style::captionFont(), Style::secondary(colors), 3,
+    status.text = makeText({}, Style::captionFont(), Style::Role::secondary, 3,
                            QStringLiteral("stateText"), status.row);
     status.layout->addWidget(status.text);
 
@@ -231,9 +231,9 @@ void TrayPanelView::buildStateRows() {
     playing.symbol->setTone(SymbolView::Tone::secondary);
     auto* lines = new QVBoxLayout;
     lines->setSpacing(1);
-    playing.text = makeText({}, Style::captionFont(), Style::primary(colors), 1,
+    playing.text = makeText({}, Style::captionFont(), Style::Role::primary, 1,
                             QStringLiteral("stateText"), playing.row);
-    playing.detail = makeText({}, Style::caption2Font(), Style::secondary(colors), 1,
+    playing.detail = makeText({}, Style::caption2Font(), Style::Role::secondary, 1,
                               QStringLiteral("stateDetail"), playing.row);
     lines->addWidget(playing.text);
     lines->addWidget(playing.detail);
@@ -241,13 +241,13 @@ void TrayPanelView::buildStateRows() {
 
     StateRow& none = addRow(TrayState::noMedia);
     none.text = makeText(QStringLiteral("No media detected"), Style::captionFont(),
-                         Style::secondary(colors), 1, QStringLiteral("stateText"), none.row);
+                         Style::Role::secondary, 1, QStringLiteral("stateText"), none.row);
     none.layout->addWidget(none.text);
 
     StateRow& last = addRow(TrayState::lastApp);
     addSymbol(last, QStringLiteral("music.note"), {});
     addDot(last);
-    last.text = makeText({}, Style::captionFont(), Style::secondary(colors), 1,
+    last.text = makeText({}, Style::captionFont(), Style::Role::secondary, 1,
                          QStringLiteral("stateText"), last.row);
     last.layout->addWidget(last.text);
 }
@@ -363,29 +363,17 @@ void TrayPanelView::hideEvent(QHideEvent* event) {
     }
 }
 
-void TrayPanelView::changeEvent(QEvent* event) {
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange && m_notice != nullptr) {
-        QPalette colors = m_notice->palette();
-        colors.setColor(QPalette::WindowText, Style::warningText(palette()));
-        m_notice->setPalette(colors);
-    }
-}
-
 void TrayPanelView::setNoticeOnce(const QString& seenKey, const QString& text) {
     if (m_settings.defaults().boolValue(seenKey).value_or(false)) {
         return;
     }
     if (m_notice == nullptr) {
-        m_notice = new QLabel(this);
+        m_notice = new TintedLabel(Style::Role::warningText, this);
         m_notice->setObjectName(QStringLiteral("panelNotice"));
         m_notice->setTextFormat(Qt::PlainText);
         m_notice->setWordWrap(true);
         m_notice->setFont(Style::captionFont());
         m_notice->setContentsMargins(14, 10, 14, 6);
-        QPalette colors = m_notice->palette();
-        colors.setColor(QPalette::WindowText, Style::warningText(palette()));
-        m_notice->setPalette(colors);
         m_layout->insertWidget(0, m_notice);
     }
     m_noticeKey = seenKey;

@@ -2,6 +2,7 @@
 
 #include "views/widgets/Style.h"
 #include "views/widgets/SymbolView.h"
+#include "views/widgets/TintedLabel.h"
 
 #include <QFontInfo>
 #include <QHBoxLayout>
@@ -30,11 +31,10 @@ QWidget* makeHintLine(const QString& symbol, const QString& text, const QString&
     icon->setObjectName(name + QStringLiteral("Symbol"));
     icon->setTone(SymbolView::Tone::secondary);
     layout->addWidget(icon, 0, Qt::AlignTop);
-    auto* label = makeLabel(text, font, name, line);
+    auto* label = new TintedLabel(text, Style::Role::secondary, line);
+    label->setObjectName(name);
+    label->setFont(font);
     label->setWordWrap(true);
-    QPalette palette = label->palette();
-    palette.setColor(QPalette::WindowText, Style::secondary(parent->palette()));
-    label->setPalette(palette);
     layout->addWidget(label, 1);
     return line;
 }

@@ -1,8 +1,8 @@
 #include "views/widgets/SegmentedControl.h"
 
+#include "views/widgets/PaletteFollower.h"
 #include "views/widgets/Style.h"
 
-#include <QEvent>
 #include <QHBoxLayout>
 #include <QStyle>
 #include <QToolButton>
@@ -27,6 +27,7 @@ SegmentedControl::SegmentedControl(QWidget* parent)
     m_layout->setContentsMargins(0, 0, 0, 0);
     m_layout->setSpacing(0);
     setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Fixed);
+    new PaletteFollower(*this, [this] { applyStyle(); });
 }
 
 QToolButton* SegmentedControl::addSegment(const QString& text) {
@@ -60,13 +61,6 @@ std::optional<qsizetype> SegmentedControl::selectedIndex() const {
 void SegmentedControl::setSelectedIndex(std::optional<qsizetype> index) {
     for (qsizetype i = 0; i < m_segments.size(); ++i) {
         m_segments[i]->setChecked(index == i);
-    }
-}
-
-void SegmentedControl::changeEvent(QEvent* event) {
-    QWidget::changeEvent(event);
-    if (event->type() == QEvent::PaletteChange) {
-        applyStyle();
     }
 }
 

@@ -28,9 +28,6 @@ signals:
     // The user chose the segment at `index`, also when it was selected already.
     void segmentChosen(qsizetype index);
 
-protected:
-    void changeEvent(QEvent* event) override;
-
 private:
     void applyStyle();
 

@@ -1,6 +1,7 @@
 #include "views/widgets/Style.h"
 
 #include <QApplication>
+#include <QWidget>
 
 #include <algorithm>
 
@@ -91,6 +92,40 @@ QColor separator(const QPalette& palette) {
 
 QColor tint(TintColor color) {
     return QColor::fromRgb(tintColorRgb(color));
+}
+
+QColor color(Role role, const QPalette& palette) {
+    switch (role) {
+    case Role::primary:
+        return primary(palette);
+    case Role::secondary:
+        return secondary(palette);
+    case Role::tertiary:
+        return tertiary(palette);
+    case Role::quaternary:
+        return quaternary(palette);
+    case Role::accent:
+        return accent(palette);
+    case Role::success:
+        return success(palette);
+    case Role::warning:
+        return warning(palette);
+    case Role::warningText:
+        return warningText(palette);
+    case Role::error:
+        return destructive(palette);
+    }
+    return primary(palette);
+}
+
+void setColor(QWidget& widget, QPalette::ColorRole target, Role role) {
+    // The widget's own palette holds the colour set last time: a new one is worked out from
+    // the palette around it, or a light-to-dark switch would keep the old text colour.
+    const QWidget* parent = widget.parentWidget();
+    const QPalette around = parent != nullptr ? parent->palette() : QApplication::palette(&widget);
+    QPalette palette = widget.palette();
+    palette.setColor(target, color(role, around));
+    widget.setPalette(palette);
 }
 
 } // namespace Style

@@ -6,6 +6,8 @@
 #include <QFont>
 #include <QPalette>
 
+class QWidget;
+
 // The fonts and colours the views share, derived from the application font and palette, so
 // that they read on light and dark themes alike.
 namespace Style {
@@ -39,5 +41,25 @@ QColor red(const QPalette& palette);
 QColor separator(const QPalette& palette);
 // The standard colour a player is shown in.
 QColor tint(TintColor color);
+
+// What a text or symbol says by its colour, named by the code that knows its meaning.
+enum class Role {
+    primary,
+    secondary,
+    tertiary,
+    quaternary,
+    accent,
+    success,
+    // The warning orange of symbols and larger text.
+    warning,
+    // The warning orange of small text.
+    warningText,
+    error,
+};
+QColor color(Role role, const QPalette& palette);
+
+// Gives `widget`'s colour `target` the colour of `role`, worked out from the palette it would
+// have without it (its parent's), so that it can be worked out again after a palette change.
+void setColor(QWidget& widget, QPalette::ColorRole target, Role role);
 
 } // namespace Style

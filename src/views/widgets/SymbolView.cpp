@@ -37,19 +37,7 @@ QColor SymbolView::color() const {
     if (m_color) {
         return *m_color;
     }
-    switch (m_tone) {
-    case Tone::primary:
-        return Style::primary(palette());
-    case Tone::secondary:
-        return Style::secondary(palette());
-    case Tone::tertiary:
-        return Style::tertiary(palette());
-    case Tone::accent:
-        return Style::accent(palette());
-    case Tone::warning:
-        return Style::warning(palette());
-    }
-    return Style::primary(palette());
+    return Style::color(m_tone, palette());
 }
 
 void SymbolView::paintEvent(QPaintEvent* /*event*/) {

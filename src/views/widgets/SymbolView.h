@@ -1,5 +1,7 @@
 #pragma once
 
+#include "views/widgets/Style.h"
+
 #include <QColor>
 #include <QWidget>
 
@@ -13,7 +15,7 @@ class SymbolView : public QWidget {
     Q_PROPERTY(QColor color READ color)
 
 public:
-    enum class Tone { primary, secondary, tertiary, accent, warning };
+    using Tone = Style::Role;
 
     // An unknown name is a programming error and stops the process.
     SymbolView(const QString& symbolName, int pixelSize, QWidget* parent = nullptr);
