@@ -5,6 +5,7 @@
 #include "Figures.h"
 #include "core/MediaController.h"
 #include "core/MediaStatus.h"
+#include "platform/Platform.h"
 #include "platform/linux/DirectBusCalls.h"
 #include "platform/linux/MprisClient.h"
 #include "platform/linux/MprisPlayerControl.h"
@@ -205,7 +206,8 @@ int main(int argc, char** argv) {
     }
     QTemporaryDir home;
     AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
-        home.filePath(QStringLiteral("settings.conf")), QSettings::IniFormat)));
+                             home.filePath(QStringLiteral("settings.conf")), QSettings::IniFormat)),
+                         Platform::profile().mediaApps);
     MprisPlayerRegistry registry(PlayerBus::session());
     auto control = std::make_shared<MprisPlayerControl>(registry);
     MediaStatus status(control, settings, [] { return QList<MediaApp>(); });

@@ -1,12 +1,11 @@
 #include "InstanceServer.h"
 
 #include "ScrublineApp.h"
-#include "platform/Platform.h"
 
 #include <QCoreApplication>
 
-InstanceServer::InstanceServer()
-    : m_instance(Platform::createSingleInstance()) {}
+InstanceServer::InstanceServer(std::unique_ptr<SingleInstance> instance)
+    : m_instance(std::move(instance)) {}
 
 InstanceServer::~InstanceServer() = default;
 

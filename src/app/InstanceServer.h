@@ -14,7 +14,8 @@ class ScrublineApp;
 // on rather than starting a second program; until then a seek is told that it is starting.
 class InstanceServer {
 public:
-    InstanceServer();
+    // `instance`: this session's way to the running copy, as the shell opened it.
+    explicit InstanceServer(std::unique_ptr<SingleInstance> instance);
     ~InstanceServer();
     InstanceServer(const InstanceServer&) = delete;
     InstanceServer& operator=(const InstanceServer&) = delete;

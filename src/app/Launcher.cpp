@@ -4,7 +4,6 @@
 #include "InstanceServer.h"
 #include "ScrublineApp.h"
 #include "commandline/CommandLineClient.h"
-#include "platform/Platform.h"
 #include "platform/TerminationSignals.h"
 
 #include <QApplication>
@@ -28,7 +27,7 @@ int seekAlone(double seconds, int argc, char* argv[]) {
 
 // The tray program, where no copy ran when it was asked to come forward.
 int launch(SingleInstance& instance, bool openSettings, int argc, char* argv[]) {
-    if (const QString problem = Platform::displayProblem(); !problem.isEmpty()) {
+    if (const QString problem = ScrublineApp::displayProblem(); !problem.isEmpty()) {
         return CommandLineClient::problem(problem.toStdString(), 1).print();
     }
     QApplication application(argc, argv);
@@ -37,7 +36,7 @@ int launch(SingleInstance& instance, bool openSettings, int argc, char* argv[]) 
     QApplication::setQuitOnLastWindowClosed(false);
 
     // Served by an object of its own, which is gone before the application object.
-    InstanceServer server;
+    InstanceServer server(ScrublineApp::openSingleInstance());
     if (!server.claim()) {
         // Another copy started in the meantime.
         const SingleInstance::Command forward =
@@ -61,7 +60,7 @@ namespace Launcher {
 
 int run(int argc, char* argv[]) {
     const CommandLine commandLine = CommandLine::parse(argc, argv);
-    const std::unique_ptr<SingleInstance> instance = Platform::createSingleInstance();
+    const std::unique_ptr<SingleInstance> instance = ScrublineApp::openSingleInstance();
     const auto reply = CommandLineClient::answer(
         commandLine, [&instance](RunningCopy::Command command, double seconds) {
             return instance->send(command, seconds);

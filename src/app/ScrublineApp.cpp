@@ -2,6 +2,7 @@
 
 #include "HotkeyBinder.h"
 #include "HotkeyHold.h"
+#include "MediaStack.h"
 #include "SeekWarmup.h"
 #include "SettingsWindowController.h"
 #include "core/MediaController.h"
@@ -10,9 +11,7 @@
 #include "core/WebAddresses.h"
 #include "models/KeyTable.h"
 #include "platform/Platform.h"
-#include "scripting/AppleScriptService.h"
 #include "settings/AppSettings.h"
-#include "settings/LaunchAtLogin.h"
 #include "settings/SettingsStore.h"
 #include "utilities/Logger.h"
 #include "views/overlay/OverlayManager.h"
@@ -40,34 +39,26 @@ void sayThereIsNoTray() {
 
 ScrublineApp::ScrublineApp(QObject* parent)
     : QObject(parent) {
-    // 1. The platform's facilities that live in namespaces, before anything can use them.
-    LaunchAtLogin::setLoginItem(Platform::createLoginItem());
-    AppleScriptService::setEngine(Platform::createScriptEngine());
-    Symbols::setPlatformImages(Platform::createSymbolImages());
-    KeyTable::setModifierStyle(Platform::writesModifiersAsWords()
-                                   ? KeyTable::ModifierStyle::words
-                                   : KeyTable::ModifierStyle::glyphs);
-    MediaApp::setBrowserNaming(Platform::browserNaming());
     m_desktop = Platform::createDesktopIntegration();
     // An accessory of the tray until the settings window opens.
     m_desktop->setRegularActivation(false);
 
-    // 2. The settings, loaded now rather than on first use, so a damaged file is reported at
-    // start.
-    m_settings = std::make_unique<AppSettings>(
-        std::make_unique<SettingsStore>(Platform::openSettingsStore()), Platform::mediaApps());
+    // 1. The platform's profile, the settings and the media side, made as a command line run
+    // makes them, now, so that they follow the players from the start.
+    MediaStack media = MediaStack::build(Platform::createLoginItem(), m_desktop->texts());
+    m_profile = media.profile;
+    m_settings = std::move(media.settings);
+    m_players = std::move(media.players);
+    m_mediaStatus = std::move(media.status);
+    m_mediaController = std::move(media.controller);
 
-    // 3. The media side, made now so that it follows the players from the start. The status
-    // asks the controller which apps run only when it polls, after both exist.
-    m_players = Platform::createPlayerControl();
-    m_mediaStatus = std::make_unique<MediaStatus>(
-        m_players, *m_settings, [this] { return m_mediaController->runningActiveApps(); });
-    m_mediaController = std::make_unique<MediaController>(
-        m_players, Platform::createRunningApps(), *m_settings, *m_mediaStatus,
-        m_desktop->texts().permissionDeniedStatus);
+    // 2. The platform's facilities that live in namespaces, before anything can show them.
+    Symbols::setPlatformImages(Platform::createSymbolImages());
+    KeyTable::setModifierStyle(m_profile.modifierStyle);
+    MediaApp::setBrowserNaming(m_profile.browserNaming);
     connect(m_mediaController.get(), &MediaController::alertRequested, this, &AlertBox::show);
 
-    // 4. The views.
+    // 3. The views.
     m_settingsWindow = std::make_unique<SettingsWindowController>(
         [this] { return makeSettingsView(); }, *m_desktop);
     m_overlay = std::make_unique<OverlayManager>(*m_mediaStatus, *m_settings, m_desktop.get());
@@ -93,7 +84,7 @@ ScrublineApp::ScrublineApp(QObject* parent)
     connect(m_trayIcon.get(), &TrayIcon::settingsRequested, m_settingsWindow.get(),
             &SettingsWindowController::showSettingsWindow);
 
-    // 5. The hotkeys, whose presses go through the hold to the controller.
+    // 4. The hotkeys, whose presses go through the hold to the controller.
     m_hotkeys = Platform::createHotkeyService();
     m_hotkeyHold = std::make_unique<HotkeyHold>(*m_mediaController);
     m_hotkeyBinder = std::make_unique<HotkeyBinder>(*m_hotkeys, *m_settings, *m_hotkeyHold);
@@ -110,6 +101,14 @@ ScrublineApp::ScrublineApp(QObject* parent)
             &AppSettings::savePendingChanges);
     connect(qApp, &QGuiApplication::commitDataRequest, m_settings.get(),
             &AppSettings::savePendingChanges);
+}
+
+QString ScrublineApp::displayProblem() {
+    return Platform::displayProblem();
+}
+
+std::unique_ptr<SingleInstance> ScrublineApp::openSingleInstance() {
+    return Platform::createSingleInstance();
 }
 
 void ScrublineApp::startUp() {
@@ -177,7 +176,7 @@ SettingsView* ScrublineApp::makeSettingsView() {
 
 HotkeysSettingsTab* ScrublineApp::makeHotkeysTab() {
     auto* tab = new HotkeysSettingsTab(*m_settings);
-    if (Platform::toolkitSwapsControlAndCommand()) {
+    if (m_profile.toolkitSwapsControlAndCommand) {
         tab->setModifierMapping(HotkeyRecorder::ModifierMapping::swapped());
     }
     tab->setUnavailableActionIDs(m_hotkeyBinder->unavailableActionIDs());

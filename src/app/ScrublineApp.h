@@ -1,6 +1,7 @@
 #pragma once
 
 #include "core/MediaController.h"
+#include "platform/PlatformProfile.h"
 
 #include <QObject>
 
@@ -17,18 +18,25 @@ class MediaStatus;
 class TrayIcon;
 class PlayerControl;
 class SettingsView;
+class SingleInstance;
 class SettingsWindowController;
 class TrayAvailability;
 
 // The running program and the one place that builds it: every long-lived object is made here,
 // in the order written in the constructor, and handed what it uses. Nothing below asks the
-// platform for a facility of its own.
+// platform for a facility of its own; what the launch needs before the program exists is
+// asked here as well (the media side alone is made by MediaStack, for the command line too).
 class ScrublineApp : public QObject {
     Q_OBJECT
 
 public:
     explicit ScrublineApp(QObject* parent = nullptr);
     ~ScrublineApp() override;
+
+    // Before the program is made: why no graphical session can be used (empty when one can),
+    // and the way to this session's running copy.
+    static QString displayProblem();
+    static std::unique_ptr<SingleInstance> openSingleInstance();
 
     // Requests of a later launch or the command line, handed on by the single instance.
     // The icon back on, then the panel, or the settings window where no tray shows it.
@@ -46,11 +54,12 @@ private:
     void startUp();
 
     // Declared in the order they are made, so they go in the reverse one.
+    PlatformProfile m_profile;
     std::unique_ptr<AppSettings> m_settings;
-    std::unique_ptr<DesktopIntegration> m_desktop;
     std::shared_ptr<PlayerControl> m_players;
     std::unique_ptr<MediaStatus> m_mediaStatus;
     std::unique_ptr<MediaController> m_mediaController;
+    std::unique_ptr<DesktopIntegration> m_desktop;
     std::unique_ptr<OverlayManager> m_overlay;
     std::unique_ptr<SettingsWindowController> m_settingsWindow;
     std::unique_ptr<TrayAvailability> m_tray;

@@ -26,9 +26,13 @@ MediaController::MediaController(std::shared_ptr<PlayerControl> players,
     m_running = m_runningApps->runningApps();
     connect(m_runningApps.get(), &RunningApps::launched, this, &MediaController::appDidLaunch);
     connect(m_runningApps.get(), &RunningApps::terminated, this, &MediaController::appDidTerminate);
+    // The status's now-playing line asks the apps this controller would try, in its order.
+    m_status.setCandidates([this] { return runningActiveApps(); });
 }
 
 MediaController::~MediaController() {
+    // The status may outlive this controller; it asks no app from now on.
+    m_status.setCandidates({});
     m_seekDispatchQueue.reset();
 }
 

@@ -30,6 +30,7 @@ class MediaController : public QObject {
     Q_OBJECT
 
 public:
+    // Tells `status` which apps to ask what is playing, for as long as both live.
     // `permissionDeniedStatus`: the platform's words for a player that waits for the user's
     // permission, "%1" standing for the app's name.
     MediaController(std::shared_ptr<PlayerControl> players, std::unique_ptr<RunningApps> running,

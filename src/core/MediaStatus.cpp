@@ -33,6 +33,10 @@ int milliseconds(double seconds) {
 } // namespace
 
 MediaStatus::MediaStatus(std::shared_ptr<PlayerControl> players, AppSettings& settings,
+                         QObject* parent)
+    : MediaStatus(std::move(players), settings, Candidates(), parent) {}
+
+MediaStatus::MediaStatus(std::shared_ptr<PlayerControl> players, AppSettings& settings,
                          Candidates candidates, QObject* parent)
     : QObject(parent)
     , m_players(std::move(players))
@@ -40,6 +44,10 @@ MediaStatus::MediaStatus(std::shared_ptr<PlayerControl> players, AppSettings& se
     , m_candidates(std::move(candidates)) {}
 
 MediaStatus::~MediaStatus() = default;
+
+void MediaStatus::setCandidates(Candidates candidates) {
+    m_candidates = std::move(candidates);
+}
 
 void MediaStatus::setLastActiveApp(MediaApp app, const QString& playerName) {
     if (m_lastActiveApp != app || m_lastActivePlayerName != playerName) {
@@ -110,7 +118,7 @@ void MediaStatus::stopNowPlayingPolling() {
 // Not serialized against seeks or other polls: a slow player may make two polls overlap, and
 // the later answer wins.
 void MediaStatus::pollNowPlaying() {
-    const QList<MediaApp> candidates = m_candidates();
+    const QList<MediaApp> candidates = m_candidates ? m_candidates() : QList<MediaApp>();
     QPointer<QObject> guard(this);
     // When no thread can be had, this poll yields nothing and the line keeps its last value.
     (void)ConcurrentQueue::utility().async([this, guard, players = m_players, candidates] {

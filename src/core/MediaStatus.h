@@ -36,9 +36,16 @@ public:
     // How often the panel's now-playing line is refreshed while it is open.
     static constexpr int nowPlayingIntervalMs = 10000;
 
+    // Asks no app until told which to ask: the media controller, which knows which apps run,
+    // tells it once it exists.
+    MediaStatus(std::shared_ptr<PlayerControl> players, AppSettings& settings,
+                QObject* parent = nullptr);
     MediaStatus(std::shared_ptr<PlayerControl> players, AppSettings& settings,
                 Candidates candidates, QObject* parent = nullptr);
     ~MediaStatus() override;
+
+    // Replaces the apps to ask; an empty function asks none.
+    void setCandidates(Candidates candidates);
 
     std::optional<MediaApp> lastActiveApp() const { return m_lastActiveApp; }
     // The last app's player by its own name, where the app stands for many kinds of player;

@@ -10,4 +10,8 @@ public:
     // Registers (enabled) or unregisters the program. Returns an empty string on success, else
     // a description of what failed, fit for the log.
     virtual QString setEnabled(bool enabled) = 0;
+
+    // Whether the desktop will start this program at the next login, asked of the desktop
+    // itself: the user may have removed or switched off the entry behind our back.
+    virtual bool isEnabled() const = 0;
 };

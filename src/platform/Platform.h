@@ -3,6 +3,7 @@
 #include "DesktopIntegration.h"
 #include "HotkeyService.h"
 #include "LoginItem.h"
+#include "PlatformProfile.h"
 #include "PlayerControl.h"
 #include "RunningApps.h"
 #include "ScriptEngine.h"
@@ -26,16 +27,8 @@ std::unique_ptr<QSettings> openSettingsStore();
 
 std::unique_ptr<LoginItem> createLoginItem();
 
-// The host that runs player scripts, or null where players are not driven by scripts.
-std::shared_ptr<ScriptEngine> createScriptEngine();
-
-// The media apps this platform offers, in their default priority order: what the settings
-// reconcile, the Apps tab shows and the controller tries.
-QList<MediaApp> mediaApps();
-
-// How the browser apps are named here: after the site they drive, or after the browser where
-// they drive the media of any page.
-MediaApp::BrowserNaming browserNaming();
+// What sets this platform apart: its media apps, their naming, how hotkeys are written and read.
+PlatformProfile profile();
 
 // How the media apps are driven. Shared by the seek thread, the now-playing polls and the
 // permission probes.
@@ -53,14 +46,6 @@ std::unique_ptr<HotkeyService> createHotkeyService();
 
 // Whether the program may watch the keyboard system-wide, read once.
 bool accessibilityTrusted();
-
-// Whether the toolkit reports the Command key as Control and Control as Meta, as it does on
-// macOS; the hotkey recorder reads the modifiers of a key event through this.
-bool toolkitSwapsControlAndCommand();
-
-// Whether this desktop writes key combinations with words ("Ctrl+Alt+Super+Right") rather
-// than with the Mac's glyphs.
-bool writesModifiersAsWords();
 
 // Why no graphical session can be used, or an empty string when one can. Checked before the
 // toolkit starts, which would otherwise abort with a long message of its own.

@@ -10,39 +10,7 @@
 #include <cmath>
 #include <mutex>
 
-namespace AppleScriptService {
 namespace {
-
-// The engine and the script objects built by it, shared by every thread. Nothing is ever
-// evicted: there is one entry per step size and player, a few dozen at most.
-struct ScriptCache {
-    std::mutex mutex;
-    std::shared_ptr<ScriptEngine> engine;
-    QHash<QString, std::shared_ptr<ScriptEngine::Script>> scripts;
-};
-
-ScriptCache& scriptCache() {
-    // Never destroyed: a timed-out run may still hold the engine when the process exits.
-    static auto* cache = new ScriptCache;
-    return *cache;
-}
-
-// The kept object for the source, built and kept on first use; null when it cannot be built.
-// Building only wraps the text (the script compiles on its first run), so it is done under
-// the lock: each source is built once however many threads ask for it at the same time.
-std::shared_ptr<ScriptEngine::Script> scriptFor(const QString& source) {
-    ScriptCache& cache = scriptCache();
-    std::lock_guard lock(cache.mutex);
-    if (auto found = cache.scripts.constFind(source); found != cache.scripts.cend()) {
-        return found.value();
-    }
-    const std::shared_ptr<ScriptEngine> engine = cache.engine;
-    std::shared_ptr<ScriptEngine::Script> script = engine ? engine->build(source) : nullptr;
-    if (script) {
-        cache.scripts.insert(source, script);
-    }
-    return script;
-}
 
 ScriptResult resultOf(const ScriptEngine::Reply& reply) {
     if (reply.failed) {
@@ -70,18 +38,39 @@ int waitMilliseconds(double seconds) {
 
 } // namespace
 
-void precompile(const QString& source) {
+AppleScriptService::AppleScriptService(std::shared_ptr<ScriptEngine> engine)
+    : m_engine(std::move(engine)) {}
+
+AppleScriptService::~AppleScriptService() = default;
+
+// Building only wraps the text (the script compiles on its first run), so it is done under the
+// lock: each source is built once however many threads ask for it at the same time.
+std::shared_ptr<ScriptEngine::Script> AppleScriptService::scriptFor(const QString& source) {
+    std::lock_guard lock(m_mutex);
+    if (auto found = m_scripts.constFind(source); found != m_scripts.cend()) {
+        return found.value();
+    }
+    std::shared_ptr<ScriptEngine::Script> script = m_engine ? m_engine->build(source) : nullptr;
+    if (script) {
+        m_scripts.insert(source, script);
+    }
+    return script;
+}
+
+void AppleScriptService::precompile(const QString& source) {
     scriptFor(source);
 }
 
-ScriptResult execute(const QString& source, double timeout) {
+ScriptResult AppleScriptService::execute(const QString& source, double timeout) {
     std::shared_ptr<ScriptEngine::Script> script = scriptFor(source);
     if (!script) {
         return ScriptResult::failure(AppleScriptError::compilationFailed());
     }
 
     auto box = std::make_shared<ResultBox>();
-    const bool started = ConcurrentQueue::userInitiated().async([box, script] {
+    // The run keeps the engine it came from: it may go on after this service is gone.
+    const bool started = ConcurrentQueue::userInitiated().async([box, script, engine = m_engine] {
+        (void)engine;
         ScriptResult result = resultOf(script->run());
         {
             std::lock_guard lock(box->lock);
@@ -107,12 +96,3 @@ ScriptResult execute(const QString& source, double timeout) {
     }
     return *std::move(box->value);
 }
-
-void setEngine(std::shared_ptr<ScriptEngine> engine) {
-    ScriptCache& cache = scriptCache();
-    std::lock_guard lock(cache.mutex);
-    cache.engine = std::move(engine);
-    cache.scripts.clear();
-}
-
-} // namespace AppleScriptService

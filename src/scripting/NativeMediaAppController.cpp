@@ -40,8 +40,9 @@ QString nowPlayingScript(QStringView appName) {
                           "return \"\"");
 }
 
-SeekResult seekIfPlaying(QStringView appName, double seconds, double timeout) {
-    return seekResultOfAnswer(AppleScriptService::execute(seekScript(appName, seconds), timeout));
+SeekResult seekIfPlaying(AppleScriptService& scripts, QStringView appName, double seconds,
+                         double timeout) {
+    return seekResultOfAnswer(scripts.execute(seekScript(appName, seconds), timeout));
 }
 
 } // namespace NativeScripts

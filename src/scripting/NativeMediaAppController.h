@@ -19,7 +19,8 @@ QString nowPlayingScript(QStringView appName);
 
 // Seeks the named player by a non-zero number of seconds if it is playing. Blocks for at most
 // `timeout` seconds.
-SeekResult seekIfPlaying(QStringView appName, double seconds, double timeout);
+SeekResult seekIfPlaying(AppleScriptService& scripts, QStringView appName, double seconds,
+                         double timeout);
 
 } // namespace NativeScripts
 
@@ -27,9 +28,9 @@ SeekResult seekIfPlaying(QStringView appName, double seconds, double timeout);
 // names the application its scripts address.
 template <class Player>
 struct NativeMediaAppController {
-    static SeekResult seekIfPlaying(double seconds,
+    static SeekResult seekIfPlaying(AppleScriptService& scripts, double seconds,
                                     double timeout = AppleScriptService::actionTimeout) {
-        return NativeScripts::seekIfPlaying(Player::appName, seconds, timeout);
+        return NativeScripts::seekIfPlaying(scripts, Player::appName, seconds, timeout);
     }
     static QString seekScript(double seconds) {
         return NativeScripts::seekScript(Player::appName, seconds);

@@ -63,6 +63,6 @@ QString SafariYouTubeController::nowPlayingScript() {
                                        BrowserScript::titleAction(doJavaScript, JS::titleJS()));
 }
 
-SeekResult SafariYouTubeController::togglePlayPause(double timeout) {
-    return seekResultOfAnswer(AppleScriptService::execute(toggleScript(), timeout));
+SeekResult SafariYouTubeController::togglePlayPause(AppleScriptService& scripts, double timeout) {
+    return seekResultOfAnswer(scripts.execute(toggleScript(), timeout));
 }

@@ -29,5 +29,6 @@ public:
     static QString nowPlayingScript();
 
     // Runs the toggle script for at most `timeout` seconds.
-    static SeekResult togglePlayPause(double timeout = AppleScriptService::actionTimeout);
+    static SeekResult togglePlayPause(AppleScriptService& scripts,
+                                      double timeout = AppleScriptService::actionTimeout);
 };

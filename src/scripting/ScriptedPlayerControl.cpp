@@ -45,13 +45,16 @@ QString nowPlayingScript(MediaApp app) {
 
 } // namespace
 
+ScriptedPlayerControl::ScriptedPlayerControl(std::shared_ptr<ScriptEngine> engine)
+    : m_scripts(std::move(engine)) {}
+
 PlayerControl::SeekAnswer ScriptedPlayerControl::seekIfPlaying(MediaApp app, double seconds,
                                                                double timeout) {
     switch (app.value()) {
     case MediaApp::spotify:
-        return {SpotifyController::seekIfPlaying(seconds, timeout)};
+        return {SpotifyController::seekIfPlaying(m_scripts, seconds, timeout)};
     case MediaApp::appleMusic:
-        return {MusicController::seekIfPlaying(seconds, timeout)};
+        return {MusicController::seekIfPlaying(m_scripts, seconds, timeout)};
     case MediaApp::chromiumYouTube:
     case MediaApp::safariYouTube:
         break;
@@ -60,7 +63,7 @@ PlayerControl::SeekAnswer ScriptedPlayerControl::seekIfPlaying(MediaApp app, dou
         return {SeekResult::error}; // no script drives them
     }
     // A Chrome refusal to run JavaScript goes back to the caller, who tells the user.
-    const ScriptResult result = AppleScriptService::execute(seekScript(app, seconds), timeout);
+    const ScriptResult result = m_scripts.execute(seekScript(app, seconds), timeout);
     SeekAnswer answer{seekResultOfAnswer(result)};
     if (app == MediaApp::chromiumYouTube && ChromeYouTubeController::isJavaScriptOff(result)) {
         answer.alert = ChromeYouTubeController::jsPermissionAlert();
@@ -74,15 +77,15 @@ SeekResult ScriptedPlayerControl::playPause(MediaApp app, double timeout) {
     switch (app.value()) {
     case MediaApp::spotify:
         return seekResultOfPlayPause(
-            AppleScriptService::execute(SpotifyController::playPauseScript(), timeout));
+            m_scripts.execute(SpotifyController::playPauseScript(), timeout));
     case MediaApp::appleMusic:
         return seekResultOfPlayPause(
-            AppleScriptService::execute(MusicController::playPauseScript(), timeout));
+            m_scripts.execute(MusicController::playPauseScript(), timeout));
     case MediaApp::chromiumYouTube:
         return seekResultOfAnswer(
-            AppleScriptService::execute(ChromeYouTubeController::playPauseScript(), timeout));
+            m_scripts.execute(ChromeYouTubeController::playPauseScript(), timeout));
     case MediaApp::safariYouTube:
-        return SafariYouTubeController::togglePlayPause(timeout);
+        return SafariYouTubeController::togglePlayPause(m_scripts, timeout);
     case MediaApp::firefox:
     case MediaApp::otherPlayers:
         break;
@@ -94,7 +97,7 @@ std::optional<NowPlaying> ScriptedPlayerControl::nowPlaying(MediaApp app, double
     if (nowPlayingScript(app).isEmpty()) {
         return std::nullopt;
     }
-    const ScriptResult result = AppleScriptService::execute(nowPlayingScript(app), timeout);
+    const ScriptResult result = m_scripts.execute(nowPlayingScript(app), timeout);
     if (!result.isSuccess() || !result.text()) {
         return std::nullopt;
     }
@@ -106,11 +109,11 @@ std::optional<NowPlaying> ScriptedPlayerControl::nowPlaying(MediaApp app, double
 PermissionStatus ScriptedPlayerControl::probe(const PermissionItem& item, double timeout) {
     switch (item.kind) {
     case PermissionItem::Kind::automation:
-        return PermissionProbes::automationStatus(AppleScriptService::execute(
-            PermissionProbes::automationProbe(item.processName), timeout));
+        return PermissionProbes::automationStatus(
+            m_scripts.execute(PermissionProbes::automationProbe(item.processName), timeout));
     case PermissionItem::Kind::browserJavaScript:
         return PermissionProbes::chromeJavaScriptStatus(
-            AppleScriptService::execute(PermissionProbes::chromeJavaScriptProbe(), timeout));
+            m_scripts.execute(PermissionProbes::chromeJavaScriptProbe(), timeout));
     case PermissionItem::Kind::accessibility:
         break; // read from the platform, never probed
     }
@@ -119,6 +122,6 @@ PermissionStatus ScriptedPlayerControl::probe(const PermissionItem& item, double
 
 void ScriptedPlayerControl::warmSeek(double seconds) {
     for (const MediaApp app : MediaApp::allCases()) {
-        AppleScriptService::precompile(seekScript(app, seconds));
+        m_scripts.precompile(seekScript(app, seconds));
     }
 }

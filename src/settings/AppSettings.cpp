@@ -1,45 +1,34 @@
 #include "AppSettings.h"
 
 #include "SettingsCoding.h"
-#include "settings/LaunchAtLogin.h"
+#include "platform/LoginItem.h"
 #include "utilities/Logger.h"
 
 #include <QCoreApplication>
 #include <QThread>
 
-namespace {
-
-constexpr bool defaultLaunchAtLogin = false;
-constexpr double defaultFeedbackDuration = 2.5;
-constexpr bool defaultShowHUDOverlay = true;
-constexpr bool defaultHoldToSeek = true;
-
-QList<MediaApp> referenceApps() {
-    const auto cases = MediaApp::allCases();
-    return QList<MediaApp>(cases.begin(), cases.end());
-}
-
-} // namespace
-
-AppSettings::AppSettings(std::unique_ptr<SettingsStore> defaults, QObject* parent)
-    : AppSettings(std::move(defaults), referenceApps(), parent) {}
-
 AppSettings::AppSettings(std::unique_ptr<SettingsStore> defaults, QList<MediaApp> offeredApps,
-                         QObject* parent)
+                         std::unique_ptr<LoginItem> loginItem, QObject* parent)
     : QObject(parent)
     , m_defaults(std::move(defaults))
+    , m_loginItem(std::move(loginItem))
     , m_offeredApps(std::move(offeredApps))
-    , m_enabledApps(m_offeredApps)
-    , m_seekActions(SeekAction::defaults()) {
+    , m_enabledApps(SettingsKeys::enabledApps.defaultValue(m_offeredApps))
+    , m_disabledApps(SettingsKeys::disabledApps.defaultValue(m_offeredApps))
+    , m_seekActions(SettingsKeys::seekActions.defaultValue(m_offeredApps)) {
     m_saveDebounce.setSingleShot(true);
     m_saveDebounce.setTimerType(Qt::PreciseTimer);
     m_saveDebounce.setInterval(saveDebounceMs);
     connect(&m_saveDebounce, &QTimer::timeout, this, [this] {
         saveSeekActions();
+        // The burst of edits is over already: the file is written now, before the hotkeys are
+        // registered anew from what it holds.
+        m_defaults->flush();
         if (m_onSeekActionsChanged) {
             m_onSeekActionsChanged();
         }
     });
+    reportUnreadableValues();
     loadEnabledApps();
     loadDisabledApps();
     loadSeekActions();
@@ -47,52 +36,69 @@ AppSettings::AppSettings(std::unique_ptr<SettingsStore> defaults, QList<MediaApp
 
 AppSettings::~AppSettings() = default;
 
+template <typename T>
+void AppSettings::assign(const Setting<T>& setting, T value, void (AppSettings::*changed)(T)) {
+    const bool differs = value != m_defaults->value(setting);
+    if constexpr (std::is_same_v<T, bool>) {
+        m_defaults->setBool(setting.key, value);
+    } else {
+        m_defaults->setDouble(setting.key, value);
+    }
+    if (differs) {
+        emit(this->*changed)(value);
+    }
+}
+
+void AppSettings::reportUnreadableValues() const {
+    // What cannot be read stays on disk as it is, in case a later version wrote it; the default
+    // is in force until a change overwrites it.
+    const auto report = [](QLatin1StringView key) {
+        qCCritical(Log::general(), "Failed to decode %s from UserDefaults",
+                   qUtf8Printable(QString(key)));
+    };
+    for (const Setting<bool>* setting : SettingsKeys::switches) {
+        if (m_defaults->contains(setting->key) && !m_defaults->boolValue(setting->key)) {
+            report(setting->key);
+        }
+    }
+    const Setting<double>& duration = SettingsKeys::feedbackDuration;
+    if (m_defaults->contains(duration.key) && !m_defaults->doubleValue(duration.key)) {
+        report(duration.key);
+    }
+}
+
 bool AppSettings::launchAtLogin() const {
-    return m_defaults->boolValue(Keys::launchAtLogin).value_or(defaultLaunchAtLogin);
+    return m_defaults->value(SettingsKeys::launchAtLogin);
 }
 
 void AppSettings::setLaunchAtLogin(bool value) {
-    const bool changed = value != launchAtLogin();
-    m_defaults->setBool(Keys::launchAtLogin, value);
-    if (changed) {
-        emit launchAtLoginChanged(value);
-    }
+    // The item first, so that whoever hears of the stored preference reads the new state.
+    m_loginItem.setEnabled(value);
+    assign(SettingsKeys::launchAtLogin, value, &AppSettings::launchAtLoginChanged);
 }
 
 double AppSettings::feedbackDuration() const {
-    return m_defaults->doubleValue(Keys::feedbackDuration).value_or(defaultFeedbackDuration);
+    return m_defaults->value(SettingsKeys::feedbackDuration);
 }
 
 void AppSettings::setFeedbackDuration(double seconds) {
-    const bool changed = seconds != feedbackDuration();
-    m_defaults->setDouble(Keys::feedbackDuration, seconds);
-    if (changed) {
-        emit feedbackDurationChanged(seconds);
-    }
+    assign(SettingsKeys::feedbackDuration, seconds, &AppSettings::feedbackDurationChanged);
 }
 
 bool AppSettings::showHUDOverlay() const {
-    return m_defaults->boolValue(Keys::showHUDOverlay).value_or(defaultShowHUDOverlay);
+    return m_defaults->value(SettingsKeys::showHUDOverlay);
 }
 
 void AppSettings::setShowHUDOverlay(bool value) {
-    const bool changed = value != showHUDOverlay();
-    m_defaults->setBool(Keys::showHUDOverlay, value);
-    if (changed) {
-        emit showHUDOverlayChanged(value);
-    }
+    assign(SettingsKeys::showHUDOverlay, value, &AppSettings::showHUDOverlayChanged);
 }
 
 bool AppSettings::holdToSeek() const {
-    return m_defaults->boolValue(Keys::holdToSeek).value_or(defaultHoldToSeek);
+    return m_defaults->value(SettingsKeys::holdToSeek);
 }
 
 void AppSettings::setHoldToSeek(bool value) {
-    const bool changed = value != holdToSeek();
-    m_defaults->setBool(Keys::holdToSeek, value);
-    if (changed) {
-        emit holdToSeekChanged(value);
-    }
+    assign(SettingsKeys::holdToSeek, value, &AppSettings::holdToSeekChanged);
 }
 
 void AppSettings::setEnabledApps(QList<MediaApp> apps) {
@@ -158,36 +164,41 @@ double AppSettings::firstBackwardSeconds() const {
 }
 
 void AppSettings::resetToDefaults() {
-    setEnabledApps(m_offeredApps);
-    setDisabledApps({});
-    setSeekActions(SeekAction::defaults());
-    setLaunchAtLogin(false);
-    setShowHUDOverlay(true);
-    setHoldToSeek(defaultHoldToSeek);
-    LaunchAtLogin::setEnabled(false);
-    m_defaults->setBool(Keys::showMenuBarIcon, true);
+    setEnabledApps(SettingsKeys::enabledApps.defaultValue(m_offeredApps));
+    setDisabledApps(SettingsKeys::disabledApps.defaultValue(m_offeredApps));
+    setSeekActions(SettingsKeys::seekActions.defaultValue(m_offeredApps));
+    setLaunchAtLogin(SettingsKeys::launchAtLogin.defaultValue);
+    setShowHUDOverlay(SettingsKeys::showHUDOverlay.defaultValue);
+    setHoldToSeek(SettingsKeys::holdToSeek.defaultValue);
+    setFeedbackDuration(SettingsKeys::feedbackDuration.defaultValue);
+    m_defaults->setBool(SettingsKeys::showMenuBarIcon.key,
+                        SettingsKeys::showMenuBarIcon.defaultValue);
+    // One write of the file for the whole reset, as for an import.
+    m_defaults->flush();
     if (m_onSeekActionsChanged) {
         m_onSeekActionsChanged();
     }
 }
 
-std::optional<QJsonValue> AppSettings::storedJson(const QString& key) const {
-    const std::optional<QByteArray> data = m_defaults->dataValue(key);
+template <typename T>
+std::optional<T> AppSettings::load(const DataSetting<T>& setting) const {
+    const std::optional<QByteArray> data = m_defaults->dataValue(setting.key);
     if (!data) {
         return std::nullopt;
     }
     // Undecodable bytes are handed on as an invalid value, which every decoder refuses.
-    return SettingsCoding::parse(*data).value_or(QJsonValue(QJsonValue::Undefined));
+    auto decoded =
+        setting.decode(SettingsCoding::parse(*data).value_or(QJsonValue(QJsonValue::Undefined)));
+    if (!decoded) {
+        qCCritical(Log::general(), "Failed to decode %s from UserDefaults",
+                   qUtf8Printable(QString(setting.field)));
+    }
+    return decoded;
 }
 
 void AppSettings::loadEnabledApps() {
-    const auto stored = storedJson(Keys::enabledApps);
-    if (!stored) {
-        return;
-    }
-    const auto saved = SettingsCoding::decodeApps(*stored);
+    const auto saved = load(SettingsKeys::enabledApps);
     if (!saved) {
-        qCCritical(Log::general(), "Failed to decode enabledApps from UserDefaults");
         return;
     }
     // Every decoded member is a known app, so the stored order (duplicates included) stays as
@@ -202,29 +213,15 @@ void AppSettings::loadEnabledApps() {
 }
 
 void AppSettings::loadDisabledApps() {
-    const auto stored = storedJson(Keys::disabledApps);
-    if (!stored) {
-        return;
+    if (auto saved = load(SettingsKeys::disabledApps)) {
+        setDisabledApps(std::move(*saved));
     }
-    const auto saved = SettingsCoding::decodeApps(*stored);
-    if (!saved) {
-        qCCritical(Log::general(), "Failed to decode disabledApps from UserDefaults");
-        return;
-    }
-    setDisabledApps(MediaAppSet(saved->begin(), saved->end()));
 }
 
 void AppSettings::loadSeekActions() {
-    const auto stored = storedJson(Keys::seekActions);
-    if (!stored) {
-        return;
+    if (auto saved = load(SettingsKeys::seekActions)) {
+        setSeekActions(std::move(*saved));
     }
-    auto saved = SettingsCoding::decodeSeekActions(*stored);
-    if (!saved) {
-        qCCritical(Log::general(), "Failed to decode seekActions from UserDefaults");
-        return;
-    }
-    setSeekActions(std::move(*saved));
 }
 
 void AppSettings::saveData(const QString& key, const OrderedJson& value) {
@@ -235,15 +232,15 @@ void AppSettings::saveData(const QString& key, const OrderedJson& value) {
 }
 
 void AppSettings::saveEnabledApps() {
-    saveData(Keys::enabledApps, SettingsCoding::encodeApps(m_enabledApps));
+    saveData(SettingsKeys::enabledApps.key, SettingsKeys::enabledApps.encode(m_enabledApps));
 }
 
 void AppSettings::saveDisabledApps() {
-    saveData(Keys::disabledApps, SettingsCoding::encodeApps(m_disabledApps));
+    saveData(SettingsKeys::disabledApps.key, SettingsKeys::disabledApps.encode(m_disabledApps));
 }
 
 void AppSettings::saveSeekActions() {
-    saveData(Keys::seekActions, SettingsCoding::encodeSeekActions(m_seekActions));
+    saveData(SettingsKeys::seekActions.key, SettingsKeys::seekActions.encode(m_seekActions));
 }
 
 void AppSettings::savePendingChanges() {
@@ -251,6 +248,7 @@ void AppSettings::savePendingChanges() {
         m_saveDebounce.stop();
         saveSeekActions();
     }
+    m_defaults->flush();
 }
 
 void AppSettings::debounceSaveSeekActions() {

@@ -2,6 +2,9 @@
 
 #include "models/MediaApp.h"
 #include "models/SeekAction.h"
+#include "platform/LoginItem.h"
+#include "settings/LoginItemController.h"
+#include "settings/SettingsKeys.h"
 #include "settings/SettingsStore.h"
 
 #include <QByteArray>
@@ -26,30 +29,32 @@ class AppSettings : public QObject {
     Q_PROPERTY(bool holdToSeek READ holdToSeek WRITE setHoldToSeek NOTIFY holdToSeekChanged)
 
 public:
-    // The defaults keys this store owns, and the one it resets for the app shell.
+    // The keys of the settings table by name, for the views that read the store themselves.
     struct Keys {
-        static inline const QString launchAtLogin = QStringLiteral("launchAtLogin");
-        static inline const QString feedbackDuration = QStringLiteral("feedbackDuration");
-        static inline const QString showHUDOverlay = QStringLiteral("showHUDOverlay");
-        static inline const QString holdToSeek = QStringLiteral("holdToSeek");
-        static inline const QString enabledApps = QStringLiteral("enabledAppsOrder");
-        static inline const QString disabledApps = QStringLiteral("disabledApps");
-        static inline const QString seekActions = QStringLiteral("seekActions");
-        static inline const QString showMenuBarIcon = QStringLiteral("showMenuBarIcon");
+        static inline const QString launchAtLogin = SettingsKeys::launchAtLogin.key;
+        static inline const QString feedbackDuration = SettingsKeys::feedbackDuration.key;
+        static inline const QString showHUDOverlay = SettingsKeys::showHUDOverlay.key;
+        static inline const QString holdToSeek = SettingsKeys::holdToSeek.key;
+        static inline const QString enabledApps = SettingsKeys::enabledApps.key;
+        static inline const QString disabledApps = SettingsKeys::disabledApps.key;
+        static inline const QString seekActions = SettingsKeys::seekActions.key;
+        static inline const QString showMenuBarIcon = SettingsKeys::showMenuBarIcon.key;
     };
 
     static constexpr int saveDebounceMs = 300;
 
-    // Loads at once from `defaults`, with the apps the reference platform offers.
-    explicit AppSettings(std::unique_ptr<SettingsStore> defaults, QObject* parent = nullptr);
-    // The same, with the apps this platform offers, in their default priority order. Apps a
-    // stored or imported list names beyond them (a Mac's, read elsewhere) are kept in it, so
-    // that it is written out again as it came, but never shown, tried or appended.
+    // Loads at once from `defaults`, with the apps this platform offers, in their default
+    // priority order. Apps a stored or imported list names beyond them (a Mac's, read
+    // elsewhere) are kept in it, so that it is written out again as it came, but never shown,
+    // tried or appended. Launch at login switches `loginItem`; without one it only logs.
     AppSettings(std::unique_ptr<SettingsStore> defaults, QList<MediaApp> offeredApps,
-                QObject* parent = nullptr);
+                std::unique_ptr<LoginItem> loginItem = nullptr, QObject* parent = nullptr);
     ~AppSettings() override;
 
     // Bound values: read from and written straight to the defaults.
+    // The preference, as stored and exported; the desktop's own state is loginItem()'s. Each
+    // assignment switches the login item, even to the value stored, which repairs an entry
+    // removed behind the program's back.
     bool launchAtLogin() const;
     void setLaunchAtLogin(bool value);
     double feedbackDuration() const;
@@ -73,7 +78,8 @@ public:
     void setOnSeekActionsChanged(std::function<void()> callback);
 
     // Writes the seek actions now when their save is still waiting out its debounce, without
-    // calling back: at the end of the program, so that the last edit is not lost.
+    // calling back, and the file with every write still waiting for it: at the end of the
+    // program and of the session, so that the last edit is not lost.
     void savePendingChanges();
 
     // The apps this platform offers, in their default order.
@@ -85,7 +91,7 @@ public:
     double firstForwardSeconds() const;
     double firstBackwardSeconds() const;
 
-    // Restores everything but the feedback duration.
+    // Restores every value of the settings table, and switches the login item off.
     void resetToDefaults();
 
     // The settings file: pretty-printed JSON with sorted keys, or nothing if encoding fails.
@@ -95,6 +101,7 @@ public:
 
     // The defaults database, for the keys owned by other parts of the program.
     SettingsStore& defaults() { return *m_defaults; }
+    LoginItemController& loginItem() { return m_loginItem; }
 
 signals:
     void launchAtLoginChanged(bool value);
@@ -106,6 +113,12 @@ signals:
     void seekActionsChanged();
 
 private:
+    // Stores `value` under the setting; emits `changed` when it differs from what was read.
+    template <typename T>
+    void assign(const Setting<T>& setting, T value, void (AppSettings::*changed)(T));
+    template <typename T>
+    std::optional<T> load(const DataSetting<T>& setting) const;
+    void reportUnreadableValues() const;
     void loadEnabledApps();
     void loadDisabledApps();
     void loadSeekActions();
@@ -114,10 +127,10 @@ private:
     void saveSeekActions();
     void debounceSaveSeekActions();
     void saveData(const QString& key, const OrderedJson& value);
-    std::optional<QJsonValue> storedJson(const QString& key) const;
     void assertOnOwnThread() const;
 
     std::unique_ptr<SettingsStore> m_defaults;
+    LoginItemController m_loginItem;
     QList<MediaApp> m_offeredApps;
     QList<MediaApp> m_enabledApps;
     MediaAppSet m_disabledApps;

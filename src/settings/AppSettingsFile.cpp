@@ -1,7 +1,7 @@
 // The settings file: what AppSettings writes for export and reads back on import.
 #include "AppSettings.h"
 #include "SettingsCoding.h"
-#include "settings/LaunchAtLogin.h"
+#include "SettingsKeys.h"
 
 #include <QJsonObject>
 
@@ -14,12 +14,12 @@ constexpr std::int64_t fileVersion = 1;
 // The file's contents, decoded in full before anything is applied.
 struct ExportData {
     QList<MediaApp> enabledApps;
-    QList<MediaApp> disabledApps;
+    MediaAppSet disabledApps;
     QList<SeekAction> seekActions;
+    // Each switch the file holds, or its default where an older file has none.
     bool launchAtLogin;
-    std::optional<bool> showHUDOverlay;
-    // Files written before holding a hotkey could scrub have none.
-    std::optional<bool> holdToSeek;
+    bool showHUDOverlay;
+    bool holdToSeek;
 };
 
 bool isInteger(const QJsonValue& value) {
@@ -28,6 +28,20 @@ bool isInteger(const QJsonValue& value) {
     }
     const double number = value.toDouble();
     return number == std::trunc(number) && number >= -0x1p63 && number < 0x1p63;
+}
+
+// The switch's value in the file, its default where the file may leave it out, or nothing
+// when the file holds something else or leaves out what it must hold.
+std::optional<bool> decodeSwitch(const QJsonObject& object, const Setting<bool>& setting) {
+    const QJsonValue value = object.value(setting.field);
+    if (value.isBool()) {
+        return value.toBool();
+    }
+    const bool absent = value.isUndefined() || value.isNull();
+    if (absent && setting.inFile == FileField::optional) {
+        return setting.defaultValue;
+    }
+    return std::nullopt;
 }
 
 std::optional<ExportData> decode(const QByteArray& bytes) {
@@ -40,25 +54,21 @@ std::optional<ExportData> decode(const QByteArray& bytes) {
     if (!isInteger(object.value(QLatin1StringView("version")))) {
         return std::nullopt;
     }
-    auto enabledApps = SettingsCoding::decodeApps(object.value(QLatin1StringView("enabledApps")));
-    auto disabledApps = SettingsCoding::decodeApps(object.value(QLatin1StringView("disabledApps")));
+    auto enabledApps =
+        SettingsKeys::enabledApps.decode(object.value(SettingsKeys::enabledApps.field));
+    auto disabledApps =
+        SettingsKeys::disabledApps.decode(object.value(SettingsKeys::disabledApps.field));
     auto seekActions =
-        SettingsCoding::decodeSeekActions(object.value(QLatin1StringView("seekActions")));
-    const QJsonValue launchAtLogin = object.value(QLatin1StringView("launchAtLogin"));
-    const QJsonValue showHUDOverlay = object.value(QLatin1StringView("showHUDOverlay"));
-    const bool overlayAbsent = showHUDOverlay.isUndefined() || showHUDOverlay.isNull();
-    const QJsonValue holdToSeek = object.value(QLatin1StringView("holdToSeek"));
-    const bool holdAbsent = holdToSeek.isUndefined() || holdToSeek.isNull();
-    if (!enabledApps || !disabledApps || !seekActions || !launchAtLogin.isBool() ||
-        (!overlayAbsent && !showHUDOverlay.isBool()) || (!holdAbsent && !holdToSeek.isBool())) {
+        SettingsKeys::seekActions.decode(object.value(SettingsKeys::seekActions.field));
+    const auto launchAtLogin = decodeSwitch(object, SettingsKeys::launchAtLogin);
+    const auto showHUDOverlay = decodeSwitch(object, SettingsKeys::showHUDOverlay);
+    const auto holdToSeek = decodeSwitch(object, SettingsKeys::holdToSeek);
+    if (!enabledApps || !disabledApps || !seekActions || !launchAtLogin || !showHUDOverlay ||
+        !holdToSeek) {
         return std::nullopt;
     }
-    return ExportData{std::move(*enabledApps),
-                      std::move(*disabledApps),
-                      std::move(*seekActions),
-                      launchAtLogin.toBool(),
-                      overlayAbsent ? std::nullopt : std::optional(showHUDOverlay.toBool()),
-                      holdAbsent ? std::nullopt : std::optional(holdToSeek.toBool())};
+    return ExportData{std::move(*enabledApps), std::move(*disabledApps), std::move(*seekActions),
+                      *launchAtLogin,          *showHUDOverlay,          *holdToSeek};
 }
 
 } // namespace
@@ -66,12 +76,12 @@ std::optional<ExportData> decode(const QByteArray& bytes) {
 std::optional<QByteArray> AppSettings::exportSettings() const {
     const OrderedJson file = OrderedJson::Object{
         {QStringLiteral("version"), fileVersion},
-        {QStringLiteral("enabledApps"), SettingsCoding::encodeApps(m_enabledApps)},
-        {QStringLiteral("disabledApps"), SettingsCoding::encodeApps(m_disabledApps)},
-        {QStringLiteral("seekActions"), SettingsCoding::encodeSeekActions(m_seekActions)},
-        {QStringLiteral("launchAtLogin"), launchAtLogin()},
-        {QStringLiteral("showHUDOverlay"), showHUDOverlay()},
-        {QStringLiteral("holdToSeek"), holdToSeek()},
+        {SettingsKeys::enabledApps.field, SettingsKeys::enabledApps.encode(m_enabledApps)},
+        {SettingsKeys::disabledApps.field, SettingsKeys::disabledApps.encode(m_disabledApps)},
+        {SettingsKeys::seekActions.field, SettingsKeys::seekActions.encode(m_seekActions)},
+        {SettingsKeys::launchAtLogin.field, launchAtLogin()},
+        {SettingsKeys::showHUDOverlay.field, showHUDOverlay()},
+        {SettingsKeys::holdToSeek.field, holdToSeek()},
     };
     return file.serialize(OrderedJson::Style::PrettySorted);
 }
@@ -83,12 +93,14 @@ bool AppSettings::importSettings(const QByteArray& bytes) {
     }
     // Taken as written: apps the file leaves out stay out until the next start appends them.
     setEnabledApps(std::move(file->enabledApps));
-    setDisabledApps(MediaAppSet(file->disabledApps.begin(), file->disabledApps.end()));
+    setDisabledApps(std::move(file->disabledApps));
     setSeekActions(std::move(file->seekActions));
     setLaunchAtLogin(file->launchAtLogin);
-    setShowHUDOverlay(file->showHUDOverlay.value_or(true));
-    setHoldToSeek(file->holdToSeek.value_or(true));
-    LaunchAtLogin::setEnabled(file->launchAtLogin);
+    setShowHUDOverlay(file->showHUDOverlay);
+    setHoldToSeek(file->holdToSeek);
+    // One write of the file for the whole import, now rather than on the next turn of the event
+    // loop: whatever the user does next, the import is on disk.
+    m_defaults->flush();
     if (m_onSeekActionsChanged) {
         m_onSeekActionsChanged();
     }

@@ -74,6 +74,14 @@ std::optional<QList<MediaApp>> decodeApps(const QJsonValue& value) {
     });
 }
 
+std::optional<MediaAppSet> decodeAppSet(const QJsonValue& value) {
+    const auto apps = decodeApps(value);
+    if (!apps) {
+        return std::nullopt;
+    }
+    return MediaAppSet(apps->begin(), apps->end());
+}
+
 std::optional<QList<SeekAction>> decodeSeekActions(const QJsonValue& value) {
     return decodeArray<SeekAction>(value, &SeekAction::fromJson);
 }

@@ -26,6 +26,7 @@ OrderedJson encodeSeekActions(const QList<SeekAction>& actions);
 
 // Nothing unless `value` is an array whose every member decodes; one unknown member fails all.
 std::optional<QList<MediaApp>> decodeApps(const QJsonValue& value);
+std::optional<MediaAppSet> decodeAppSet(const QJsonValue& value);
 std::optional<QList<SeekAction>> decodeSeekActions(const QJsonValue& value);
 
 } // namespace SettingsCoding

@@ -7,6 +7,9 @@
 SettingsStore::SettingsStore(std::unique_ptr<QSettings> settings, QObject* parent)
     : QObject(parent)
     , m_settings(std::move(settings)) {
+    m_syncLater.setSingleShot(true);
+    m_syncLater.setInterval(0);
+    connect(&m_syncLater, &QTimer::timeout, this, &SettingsStore::sync);
     // The file is read on first use; read it now so a damaged one is reported at once.
     m_settings->contains(QStringLiteral("launchAtLogin"));
     if (m_settings->status() == QSettings::FormatError) {
@@ -16,7 +19,9 @@ SettingsStore::SettingsStore(std::unique_ptr<QSettings> settings, QObject* paren
     }
 }
 
-SettingsStore::~SettingsStore() = default;
+SettingsStore::~SettingsStore() {
+    flush();
+}
 
 std::optional<bool> SettingsStore::boolValue(const QString& key) const {
     const QVariant value = m_settings->value(key);
@@ -84,18 +89,51 @@ void SettingsStore::setString(const QString& key, const QString& value) {
     write(key, value);
 }
 
+bool SettingsStore::contains(const QString& key) const {
+    return m_settings->contains(key);
+}
+
+bool SettingsStore::value(const Setting<bool>& setting) const {
+    return boolValue(setting.key).value_or(setting.defaultValue);
+}
+
+double SettingsStore::value(const Setting<double>& setting) const {
+    return doubleValue(setting.key).value_or(setting.defaultValue);
+}
+
 QString SettingsStore::fileName() const {
     return m_settings->fileName();
 }
 
 void SettingsStore::write(const QString& key, const QVariant& value) {
     m_settings->setValue(key, value);
+    if (!m_unsavedKeys.contains(key)) {
+        m_unsavedKeys.append(key);
+    }
+    // Not restarted by later writes: a burst is what one turn of the event loop wrote.
+    if (!m_syncLater.isActive()) {
+        m_syncLater.start();
+    }
+    emit written(key);
+}
+
+void SettingsStore::flush() {
+    if (m_syncLater.isActive()) {
+        m_syncLater.stop();
+        sync();
+    }
+}
+
+void SettingsStore::sync() {
     m_settings->sync();
     // A format error stays reported after the file was read; only an access error means the
     // write itself failed.
     if (m_settings->status() == QSettings::AccessError) {
-        qCCritical(Log::general(), "Could not save \"%s\" to %s", qUtf8Printable(key),
-                   qUtf8Printable(m_settings->fileName()));
+        for (const QString& key : std::as_const(m_unsavedKeys)) {
+            qCCritical(Log::general(), "Could not save \"%s\" to %s", qUtf8Printable(key),
+                       qUtf8Printable(m_settings->fileName()));
+        }
     }
-    emit written(key);
+    m_unsavedKeys.clear();
+    emit synced();
 }

@@ -5,6 +5,7 @@
 #include "app/HotkeyHold.h"
 #include "core/MediaController.h"
 #include "core/MediaStatus.h"
+#include "platform/Platform.h"
 #include "platform/linux/MprisClient.h"
 #include "platform/linux/MprisPlayerControl.h"
 #include "platform/linux/MprisPlayerRegistry.h"
@@ -54,7 +55,8 @@ class Program {
 public:
     Program()
         : m_settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
-              m_home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)))
+                         m_home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
+                     Platform::profile().mediaApps)
         , m_registry(PlayerBus::session())
         , m_control(std::make_shared<MprisPlayerControl>(m_registry))
         , m_status(m_control, m_settings, [] { return QList<MediaApp>(); })

@@ -3,6 +3,7 @@
 // matches them, the desktop portal and its KDE backend tell the program, and mpv moves. Runs
 // inside with-kwin, which starts them; each case ends in a press and the player's new position.
 #include "platform/IniSettings.h"
+#include "platform/Platform.h"
 #include "platform/linux/MprisClient.h"
 #include "settings/AppSettings.h"
 #include "settings/SettingsStore.h"
@@ -184,7 +185,8 @@ bool onBus(const QString& name) {
 }
 
 void writeActions(const QList<SeekAction>& actions) {
-    AppSettings settings(std::make_unique<SettingsStore>(openIniSettings(settingsFile())));
+    AppSettings settings(std::make_unique<SettingsStore>(openIniSettings(settingsFile())),
+                         Platform::profile().mediaApps);
     settings.defaults().setBool(QStringLiteral("hasCompletedOnboarding"), true);
     settings.setSeekActions(actions);
     settings.savePendingChanges();

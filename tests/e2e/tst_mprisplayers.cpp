@@ -2,6 +2,7 @@
 // running names as players come and go, and which of several players is acted on.
 #include "core/MediaController.h"
 #include "core/MediaStatus.h"
+#include "platform/Platform.h"
 #include "platform/linux/MprisPlayerControl.h"
 #include "platform/linux/MprisPlayerRegistry.h"
 #include "platform/linux/MprisRunningApps.h"
@@ -840,7 +841,8 @@ private slots:
     void aRequestReachesThePlayer() {
         TempHome home;
         AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
-            home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)));
+                                 home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
+                             Platform::profile().mediaApps);
         MprisPlayerRegistry registry(PlayerBus::session());
         auto spotify = player(QStringLiteral("spotify"), QString(), {QStringLiteral("--spotify")});
         QTRY_COMPARE(registry.runningApps().size(), 1);
@@ -860,7 +862,8 @@ private slots:
     void withoutABus() {
         TempHome home;
         AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
-            home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)));
+                                 home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
+                             Platform::profile().mediaApps);
         const QDBusConnection none = QDBusConnection::connectToBus(
             QStringLiteral("unix:path=/nonexistent/bus"), QStringLiteral("nowhere"));
         QVERIFY(!none.isConnected());

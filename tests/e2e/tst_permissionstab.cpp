@@ -77,7 +77,7 @@ private:
 
 private slots:
     // As the application shell names the apps.
-    void initTestCase() { MediaApp::setBrowserNaming(Platform::browserNaming()); }
+    void initTestCase() { MediaApp::setBrowserNaming(Platform::profile().browserNaming); }
     void init() { m_desktop = Platform::createDesktopIntegration(); }
     void cleanup() { m_tab.reset(); }
 

@@ -6,6 +6,7 @@
 #include "core/MediaController.h"
 #include "core/MediaStatus.h"
 #include "models/KeyTable.h"
+#include "platform/Platform.h"
 #include "platform/linux/MprisPlayerControl.h"
 #include "platform/linux/MprisPlayerRegistry.h"
 #include "platform/linux/MprisRunningApps.h"
@@ -66,7 +67,8 @@ class PortalProgram {
 public:
     explicit PortalProgram(QDBusConnection bus)
         : m_settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
-              m_home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)))
+                         m_home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
+                     Platform::profile().mediaApps)
         , m_registry(PlayerBus::through(bus))
         , m_player(PlayerProcess::fake({QStringLiteral("--name"), QStringLiteral("spotify"),
                                         QStringLiteral("--spotify"), QStringLiteral("--position"),
@@ -605,7 +607,8 @@ private slots:
         m_portal->disappear();
         TempHome home;
         AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
-            home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)));
+                                 home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
+                             Platform::profile().mediaApps);
         MprisPlayerRegistry registry(PlayerBus::session());
         auto control = std::make_shared<MprisPlayerControl>(registry);
         MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
@@ -632,12 +635,14 @@ private slots:
                                        SeekAction(SeekAction::Direction::playPause, 0, 49, hyper)};
         {
             AppSettings writer(std::make_unique<SettingsStore>(
-                std::make_unique<QSettings>(file, QSettings::IniFormat)));
+                                   std::make_unique<QSettings>(file, QSettings::IniFormat)),
+                               Platform::profile().mediaApps);
             writer.setSeekActions(stored);
             writer.savePendingChanges();
         }
         AppSettings settings(std::make_unique<SettingsStore>(
-            std::make_unique<QSettings>(file, QSettings::IniFormat)));
+                                 std::make_unique<QSettings>(file, QSettings::IniFormat)),
+                             Platform::profile().mediaApps);
         QCOMPARE(settings.seekActions(), stored);
         MprisPlayerRegistry registry(PlayerBus::session());
         auto control = std::make_shared<MprisPlayerControl>(registry);
@@ -709,7 +714,8 @@ private slots:
     void anActivationMovesThePlayer() {
         TempHome home;
         AppSettings settings(std::make_unique<SettingsStore>(std::make_unique<QSettings>(
-            home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)));
+                                 home.path() + QStringLiteral("/s.conf"), QSettings::IniFormat)),
+                             Platform::profile().mediaApps);
         MprisPlayerRegistry registry(PlayerBus::session());
         auto spotify = PlayerProcess::fake({QStringLiteral("--name"), QStringLiteral("spotify"),
                                             QStringLiteral("--spotify"),

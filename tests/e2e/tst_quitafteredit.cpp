@@ -4,6 +4,7 @@
 // the combinations it names and seek by its step.
 #include "models/KeyTable.h"
 #include "platform/IniSettings.h"
+#include "platform/Platform.h"
 #include "platform/linux/MprisClient.h"
 #include "settings/AppSettings.h"
 #include "settings/SettingsStore.h"
@@ -52,7 +53,8 @@ QString settingsFile() {
 
 // The actions as the file on disk holds them now.
 QList<SeekAction> actionsOnDisk() {
-    return AppSettings(std::make_unique<SettingsStore>(settingsOnDisk(settingsFile())))
+    return AppSettings(std::make_unique<SettingsStore>(settingsOnDisk(settingsFile())),
+                       Platform::profile().mediaApps)
         .seekActions();
 }
 
@@ -110,7 +112,8 @@ private slots:
         QVERIFY2(!qEnvironmentVariableIsEmpty("DISPLAY"), "runs inside with-session");
         // Past the welcome content, the settings window on its Hotkeys tab, and the two preset
         // actions written out as the program writes them.
-        AppSettings settings(std::make_unique<SettingsStore>(openIniSettings(settingsFile())));
+        AppSettings settings(std::make_unique<SettingsStore>(openIniSettings(settingsFile())),
+                             Platform::profile().mediaApps);
         settings.defaults().setBool(QStringLiteral("hasCompletedOnboarding"), true);
         settings.defaults().setString(QStringLiteral("lastSettingsTab"), QStringLiteral("hotkeys"));
         settings.setSeekActions(SeekAction::defaults());

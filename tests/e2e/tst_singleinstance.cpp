@@ -2,6 +2,7 @@
 // the first over the session bus, and a command runs alone when no copy runs. Everything is
 // started the way a user starts it, through the `scrubline` command.
 #include "platform/IniSettings.h"
+#include "platform/Platform.h"
 #include "platform/linux/MprisClient.h"
 #include "settings/AppSettings.h"
 #include "settings/SettingsStore.h"
@@ -442,13 +443,15 @@ private slots:
 
     void aSwitchedOffAppIsLeftAloneWithoutARunningCopy() {
         {
-            AppSettings settings(std::make_unique<SettingsStore>(openIniSettings(settingsFile())));
+            AppSettings settings(std::make_unique<SettingsStore>(openIniSettings(settingsFile())),
+                                 Platform::profile().mediaApps);
             settings.setDisabledApps({MediaApp::spotify});
         }
         const auto player = startSpotify();
         QVERIFY(player);
         const Run run = command({QStringLiteral("seek"), QStringLiteral("+10")});
-        AppSettings(std::make_unique<SettingsStore>(openIniSettings(settingsFile())))
+        AppSettings(std::make_unique<SettingsStore>(openIniSettings(settingsFile())),
+                    Platform::profile().mediaApps)
             .setDisabledApps({});
         QCOMPARE(run.exitCode, 1);
         QCOMPARE(run.out, QStringLiteral("No media apps running\n"));

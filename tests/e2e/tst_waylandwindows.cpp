@@ -81,7 +81,7 @@ private slots:
                                         QStringLiteral("60")});
         QVERIFY(m_player->waitForBusName(QStringLiteral("org.mpris.MediaPlayer2.spotify")));
         // The running copy, as the program makes itself one.
-        m_server = std::make_unique<InstanceServer>();
+        m_server = std::make_unique<InstanceServer>(ScrublineApp::openSingleInstance());
         QVERIFY(m_server->claim());
         m_app = std::make_unique<ScrublineApp>();
         m_server->serve(m_app.get());

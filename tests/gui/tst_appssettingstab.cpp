@@ -1,7 +1,7 @@
 #include "settings/AppSettings.h"
-#include "settings/LaunchAtLogin.h"
 #include "support/OnDisk.h"
 #include "support/RecordingLoginItem.h"
+#include "support/ReferenceApps.h"
 #include "support/Screenshots.h"
 #include "support/TempHome.h"
 #include "views/settings/AppsSettingsTab.h"
@@ -131,7 +131,10 @@ private:
     std::unique_ptr<AppSettings> m_settings;
 
     std::unique_ptr<AppSettings> openStore(const QString& path) const {
-        return appSettingsAt(path);
+        // A reset turns launch at login off; let it reach a login item of the test's.
+        return appSettingsAt(
+            path, referenceApps(),
+            std::make_unique<RecordingLoginItem>(std::make_shared<RecordingLoginItem::Record>()));
     }
 
     void store(const QString& key, const QByteArray& json) const {
@@ -157,15 +160,11 @@ private slots:
     void init() {
         m_home = std::make_unique<TempHome>();
         m_path = m_home->configPath() + QStringLiteral("/Scrubline/Scrubline.conf");
-        // A reset turns launch at login off; let it reach a login item of the test's.
-        LaunchAtLogin::setLoginItem(
-            std::make_unique<RecordingLoginItem>(std::make_shared<RecordingLoginItem::Record>()));
     }
 
     void cleanup() {
         m_settings.reset();
         m_home.reset();
-        LaunchAtLogin::setLoginItem(nullptr);
         QApplication::setPalette(QPalette());
     }
 
@@ -257,11 +256,11 @@ private slots:
         QCOMPARE(m_settings->enabledApps(), moved);
         QCOMPARE(rowTexts(*tab), QStringList({"1. Apple Music", "2. Spotify", "3. YouTube (Chrome)",
                                               "4. YouTube (Safari)"}));
-        // One write of the whole order, already on disk.
+        // One write of the whole order, on disk with the next turn of the event loop.
         QCOMPARE(written.count(), 1);
         QCOMPARE(written.at(0).at(0).toString(), AppSettings::Keys::enabledApps);
-        QCOMPARE(onDisk(AppSettings::Keys::enabledApps),
-                 QByteArray(R"(["appleMusic","spotify","chromeYouTube","safariYouTube"])"));
+        QTRY_COMPARE(onDisk(AppSettings::Keys::enabledApps),
+                     QByteArray(R"(["appleMusic","spotify","chromeYouTube","safariYouTube"])"));
         QCOMPARE(openStore(m_path)->enabledApps(), moved);
 
         // The arrows follow the new order: Apple Music is first now and cannot go up.
@@ -287,10 +286,11 @@ private slots:
                  apps({MediaApp::spotify, MediaApp::chromiumYouTube, MediaApp::safariYouTube}));
         QCOMPARE(switches(*tab), QList<bool>({true, false, true, true}));
         QCOMPARE(rowTexts(*tab)[1], QStringLiteral("2. Apple Music"));
-        // Only the switched-off set is written, and it is on disk at once.
+        // Only the switched-off set is written, and it is on disk with the next turn of the
+        // event loop.
         QCOMPARE(written.count(), 1);
         QCOMPARE(written.at(0).at(0).toString(), AppSettings::Keys::disabledApps);
-        QCOMPARE(onDisk(AppSettings::Keys::disabledApps), QByteArray(R"(["appleMusic"])"));
+        QTRY_COMPARE(onDisk(AppSettings::Keys::disabledApps), QByteArray(R"(["appleMusic"])"));
 
         // Still movable while off.
         appleMusic = shownRows(*tab)[1];
@@ -302,7 +302,7 @@ private slots:
 
         click(shownRows(*tab)[2].enabled);
         QVERIFY(m_settings->disabledApps().empty());
-        QCOMPARE(onDisk(AppSettings::Keys::disabledApps), QByteArray("[]"));
+        QTRY_COMPARE(onDisk(AppSettings::Keys::disabledApps), QByteArray("[]"));
         QCOMPARE(switches(*tab), QList<bool>({true, true, true, true}));
     }
 
@@ -329,7 +329,7 @@ private slots:
         QCOMPARE(m_settings->enabledApps(),
                  apps({MediaApp::appleMusic, MediaApp::spotify, MediaApp::chromiumYouTube,
                        MediaApp::spotify, MediaApp::safariYouTube}));
-        QCOMPARE(
+        QTRY_COMPARE(
             onDisk(AppSettings::Keys::enabledApps),
             QByteArray(R"(["appleMusic","spotify","chromeYouTube","spotify","safariYouTube"])"));
 

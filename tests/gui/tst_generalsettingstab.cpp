@@ -1,5 +1,4 @@
 #include "platform/Platform.h"
-#include "settings/LaunchAtLogin.h"
 #include "support/Barrier.h"
 #include "support/ControllerRig.h"
 #include "support/OnDisk.h"
@@ -16,9 +15,11 @@
 
 #include <QAccessible>
 #include <QApplication>
+#include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
 #include <QFileDialog>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -252,15 +253,20 @@ private:
         settings().setHoldToSeek(false);
     }
 
-private slots:
-    void init() {
-        m_rig = std::make_unique<ControllerRig>();
+    // The settings and the icon anew, with this login item.
+    void makeRig(std::unique_ptr<LoginItem> loginItem) {
+        m_extra.reset();
+        m_rig = std::make_unique<ControllerRig>(referenceApps(), std::move(loginItem));
         m_rig->start({});
         settings().defaults().setBool(TrayPanelView::onboardingKey, true);
         m_extra = std::make_unique<TrayIcon>(m_rig->status(), settings(), m_tray, m_rig->desktop());
-        m_files = std::make_unique<QTemporaryDir>();
+    }
+
+private slots:
+    void init() {
         m_loginCalls = std::make_shared<RecordingLoginItem::Record>();
-        LaunchAtLogin::setLoginItem(std::make_unique<RecordingLoginItem>(m_loginCalls));
+        makeRig(std::make_unique<RecordingLoginItem>(m_loginCalls));
+        m_files = std::make_unique<QTemporaryDir>();
     }
 
     void cleanup() {
@@ -271,7 +277,6 @@ private slots:
                 delete each;
             }
         }
-        LaunchAtLogin::setLoginItem(nullptr);
         m_extra.reset();
         m_files.reset();
         m_rig.reset();
@@ -415,8 +420,8 @@ private slots:
         QCOMPARE(selectedSegments(), QStringList());
         click(segment(QStringLiteral("2.5s")));
         QCOMPARE(settings().feedbackDuration(), 2.5);
-        QCOMPARE(settingsOnDisk(confPath())->value(AppSettings::Keys::feedbackDuration).toDouble(),
-                 2.5);
+        QTRY_COMPARE(
+            settingsOnDisk(confPath())->value(AppSettings::Keys::feedbackDuration).toDouble(), 2.5);
         QCOMPARE(selectedSegments(), QStringList{"2.5s"});
         // The selected segment stays selected when clicked again.
         click(segment(QStringLiteral("2.5s")));
@@ -453,7 +458,7 @@ private slots:
         if (QSysInfo::kernelType() != QStringLiteral("linux")) {
             QSKIP("the XDG autostart entry is the Linux login item");
         }
-        LaunchAtLogin::setLoginItem(Platform::createLoginItem());
+        makeRig(Platform::createLoginItem());
         const QString entry = qEnvironmentVariable("XDG_CONFIG_HOME") +
                               QStringLiteral("/autostart/scrubline.desktop");
         openTab();
@@ -471,6 +476,39 @@ private slots:
         QCOMPARE(settingsOnDisk(confPath())->value(AppSettings::Keys::launchAtLogin).toBool(),
                  false);
         QVERIFY(!QFile::exists(entry));
+    }
+
+    // What the desktop will do, whatever the stored preference says.
+    void theSwitchShowsTheDesktopsState() {
+        if (QSysInfo::kernelType() != QStringLiteral("linux")) {
+            QSKIP("the XDG autostart entry is the Linux login item");
+        }
+        makeRig(Platform::createLoginItem());
+        const QString entry = qEnvironmentVariable("XDG_CONFIG_HOME") +
+                              QStringLiteral("/autostart/scrubline.desktop");
+        settings().setLaunchAtLogin(true);
+        QVERIFY(QFile::exists(entry));
+        openTab();
+        QVERIFY(toggle("launchAtLoginToggle")->isChecked());
+        m_tab.reset();
+
+        // Removed behind the program's back: off when the window opens again.
+        QVERIFY(QFile::remove(entry));
+        openTab();
+        QVERIFY(!toggle("launchAtLoginToggle")->isChecked());
+        QCOMPARE(settings().launchAtLogin(), true);
+
+        // A switch that fails shows the state the desktop kept.
+        m_tab.reset();
+        const QString folder = QFileInfo(entry).absolutePath();
+        QVERIFY(QDir().rmdir(folder));
+        QFile blocker(folder);
+        QVERIFY(blocker.open(QIODevice::WriteOnly));
+        blocker.close();
+        openTab();
+        click(toggle("launchAtLoginToggle"));
+        QVERIFY(!toggle("launchAtLoginToggle")->isChecked());
+        QVERIFY(!QFileInfo(entry).exists());
     }
 
     void eachSwitchOfLaunchAtLoginReachesTheLoginItem() {
@@ -502,7 +540,7 @@ private slots:
 
     void exportThenImportRoundTripsEverySetting() {
         if (QSysInfo::kernelType() == QStringLiteral("linux")) {
-            LaunchAtLogin::setLoginItem(Platform::createLoginItem());
+            makeRig(Platform::createLoginItem());
         }
         openTab();
         setKnownState();
@@ -544,13 +582,13 @@ private slots:
         QCOMPARE(settings().launchAtLogin(), true);
         QCOMPARE(settings().showHUDOverlay(), false);
         QCOMPARE(*settings().exportSettings(), expected);
-        // The file does not hold the duration; the reset kept it.
-        QCOMPARE(settings().feedbackDuration(), 1.0);
+        // The file does not hold the duration: it stays as the reset left it.
+        QCOMPARE(settings().feedbackDuration(), 2.5);
         // The tab shows what came in.
         QVERIFY(toggle("launchAtLoginToggle")->isChecked());
         QVERIFY(!toggle("showOverlayToggle")->isChecked());
         QVERIFY(!toggle("holdToSeekToggle")->isChecked());
-        QCOMPARE(selectedSegments(), QStringList{"1s"});
+        QCOMPARE(selectedSegments(), QStringList{"2.5s"});
         if (QSysInfo::kernelType() == QStringLiteral("linux")) {
             QVERIFY(QFile::exists(qEnvironmentVariable("XDG_CONFIG_HOME") +
                                   QStringLiteral("/autostart/scrubline.desktop")));
@@ -706,7 +744,7 @@ private slots:
         QCOMPARE(settings().seekActions(), SeekAction::defaults());
         QCOMPARE(settings().launchAtLogin(), false);
         QCOMPARE(settings().showHUDOverlay(), true);
-        QCOMPARE(settings().feedbackDuration(), 5.0);
+        QCOMPARE(settings().feedbackDuration(), 2.5);
         QCOMPARE(settings().defaults().boolValue(AppSettings::Keys::showMenuBarIcon),
                  std::optional(true));
         QVERIFY(m_loginCalls->calls.contains(false));
@@ -716,7 +754,7 @@ private slots:
         QVERIFY(toggle("showOverlayToggle")->isChecked());
         QVERIFY(toggle("showIconToggle")->isChecked());
         QVERIFY(!note()->isVisible());
-        QCOMPARE(selectedSegments(), QStringList{"5s"});
+        QCOMPARE(selectedSegments(), QStringList{"2.5s"});
         QVERIFY(iconShows());
     }
 

@@ -178,7 +178,7 @@ private:
 
 private slots:
     void init() {
-        m_rig = std::make_unique<ControllerRig>();
+        m_rig = std::make_unique<ControllerRig>(referenceApps());
         settings().setSeekActions({});
     }
     void cleanup() {

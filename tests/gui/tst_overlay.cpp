@@ -55,7 +55,7 @@ private:
 
 private slots:
     void init() {
-        m_rig = std::make_unique<ControllerRig>();
+        m_rig = std::make_unique<ControllerRig>(referenceApps());
         m_rig->start({});
         m_rig->settings().setFeedbackDuration(30); // cleared by the test where it matters
         m_manager =

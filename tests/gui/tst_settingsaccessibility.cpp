@@ -4,6 +4,7 @@
 #include "settings/AppSettings.h"
 #include "settings/SettingsStore.h"
 #include "support/OnDisk.h"
+#include "support/ReferenceApps.h"
 #include "support/Screenshots.h"
 #include "support/TempHome.h"
 #include "views/settings/AboutSettingsTab.h"
@@ -102,7 +103,8 @@ private:
 private slots:
     void init() {
         m_home = std::make_unique<TempHome>();
-        m_settings = appSettingsAt(m_home->path() + QStringLiteral("/settings.conf"));
+        m_settings =
+            appSettingsAt(m_home->path() + QStringLiteral("/settings.conf"), referenceApps());
         m_desktop = Platform::createDesktopIntegration();
     }
     void cleanup() {

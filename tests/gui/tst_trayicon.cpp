@@ -53,7 +53,7 @@ private:
 
 private slots:
     void init() {
-        m_rig = std::make_unique<ControllerRig>();
+        m_rig = std::make_unique<ControllerRig>(referenceApps());
         m_rig->start({});
         m_rig->settings().defaults().setBool(TrayPanelView::onboardingKey, true);
         m_tray = Platform::createTrayAvailability();

@@ -1,6 +1,7 @@
 #include "ControllerRig.h"
 
 #include "OnDisk.h"
+#include "platform/LoginItem.h"
 
 #include "platform/Platform.h"
 #include "settings/SettingsStore.h"
@@ -9,21 +10,9 @@
 #include <QSettings>
 #include <QTimer>
 
-namespace {
-
-QList<MediaApp> macApps() {
-    const auto cases = MediaApp::allCases();
-    return QList<MediaApp>(cases.begin(), cases.end());
-}
-
-} // namespace
-
-ControllerRig::ControllerRig()
-    : ControllerRig(macApps()) {}
-
-ControllerRig::ControllerRig(QList<MediaApp> offeredApps)
-    : m_settings(
-          appSettingsAt(m_home.path() + QStringLiteral("/settings.conf"), std::move(offeredApps)))
+ControllerRig::ControllerRig(QList<MediaApp> offeredApps, std::unique_ptr<LoginItem> loginItem)
+    : m_settings(appSettingsAt(m_home.path() + QStringLiteral("/settings.conf"),
+                               std::move(offeredApps), std::move(loginItem)))
     , m_players(std::make_shared<FakePlayers>())
     , m_desktop(Platform::createDesktopIntegration()) {}
 
@@ -36,8 +25,7 @@ ControllerRig::~ControllerRig() {
 void ControllerRig::start(const QSet<MediaApp>& running) {
     auto apps = std::make_unique<FakeRunningApps>(running);
     m_running = apps.get();
-    m_status = std::make_unique<MediaStatus>(m_players, *m_settings,
-                                             [this] { return m_controller->runningActiveApps(); });
+    m_status = std::make_unique<MediaStatus>(m_players, *m_settings);
     m_controller =
         std::make_unique<MediaController>(m_players, std::move(apps), *m_settings, *m_status,
                                           m_desktop->texts().permissionDeniedStatus);

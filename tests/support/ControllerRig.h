@@ -2,10 +2,12 @@
 
 #include "FakePlayers.h"
 #include "FakeRunningApps.h"
+#include "ReferenceApps.h"
 #include "TempHome.h"
 #include "core/MediaController.h"
 #include "core/MediaStatus.h"
 #include "platform/DesktopIntegration.h"
+#include "platform/LoginItem.h"
 #include "settings/AppSettings.h"
 
 #include <QList>
@@ -16,9 +18,10 @@
 // settings in a temporary home, wired as the application shell wires them.
 class ControllerRig {
 public:
-    ControllerRig();
-    // Where the platform offers these apps rather than a Mac's.
-    explicit ControllerRig(QList<MediaApp> offeredApps);
+    // Where the platform offers these apps, with this login item for launch at login (none:
+    // every switch is only logged).
+    explicit ControllerRig(QList<MediaApp> offeredApps,
+                           std::unique_ptr<LoginItem> loginItem = nullptr);
     ~ControllerRig();
 
     // Makes the controller, with these applications running.

@@ -10,12 +10,10 @@ std::unique_ptr<SettingsStore> settingsStoreAt(const QString& path) {
     return std::make_unique<SettingsStore>(std::make_unique<QSettings>(path, QSettings::IniFormat));
 }
 
-std::unique_ptr<AppSettings> appSettingsAt(const QString& path) {
-    return std::make_unique<AppSettings>(settingsStoreAt(path));
-}
-
-std::unique_ptr<AppSettings> appSettingsAt(const QString& path, QList<MediaApp> offeredApps) {
-    return std::make_unique<AppSettings>(settingsStoreAt(path), std::move(offeredApps));
+std::unique_ptr<AppSettings> appSettingsAt(const QString& path, QList<MediaApp> offeredApps,
+                                           std::unique_ptr<LoginItem> loginItem) {
+    return std::make_unique<AppSettings>(settingsStoreAt(path), std::move(offeredApps),
+                                         std::move(loginItem));
 }
 
 std::unique_ptr<QSettings> settingsOnDisk(const QString& path) {

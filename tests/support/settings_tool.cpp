@@ -2,7 +2,10 @@
 //   settings_tool write-once <file>   saves one change, says "saved", then waits to be killed
 //                                     (or for its input to close, when the test is gone)
 //   settings_tool write-loop <file>   saves changes without end, saying "saved <n>" after each
+// Each change is flushed to the file before it is confirmed, as the program flushes at its end:
+// no event loop runs here to write a burst.
 //   settings_tool label <seconds>     prints the label of a forward action of that many seconds
+#include "ReferenceApps.h"
 #include "platform/IniSettings.h"
 #include "settings/AppSettings.h"
 
@@ -15,7 +18,8 @@
 namespace {
 
 std::unique_ptr<AppSettings> openStore(const QString& path) {
-    return std::make_unique<AppSettings>(std::make_unique<SettingsStore>(openIniSettings(path)));
+    return std::make_unique<AppSettings>(std::make_unique<SettingsStore>(openIniSettings(path)),
+                                         referenceApps());
 }
 
 void say(const QByteArray& line) {
@@ -43,6 +47,7 @@ int main(int argc, char* argv[]) {
     auto settings = openStore(args.at(2));
     if (command == QLatin1StringView("write-once")) {
         settings->setShowHUDOverlay(false);
+        settings->savePendingChanges();
         say("saved");
         while (std::fgetc(stdin) != EOF) {
         }
@@ -54,6 +59,7 @@ int main(int argc, char* argv[]) {
             std::rotate(apps.begin(), apps.begin() + 1, apps.end());
             settings->setEnabledApps(apps);
             settings->setFeedbackDuration(n);
+            settings->savePendingChanges();
             say("saved " + QByteArray::number(n));
         }
     }

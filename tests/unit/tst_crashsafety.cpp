@@ -1,6 +1,7 @@
 #include "platform/IniSettings.h"
 #include "settings/AppSettings.h"
 #include "settings/SettingsCoding.h"
+#include "support/ReferenceApps.h"
 #include "support/TempHome.h"
 
 #include <QProcess>
@@ -88,7 +89,8 @@ private slots:
         QVERIFY(apps.has_value());
         QCOMPARE(apps->size(), 4);
 
-        AppSettings reopened(std::make_unique<SettingsStore>(openIniSettings(m_path)));
+        AppSettings reopened(std::make_unique<SettingsStore>(openIniSettings(m_path)),
+                             referenceApps());
         QCOMPARE(reopened.enabledApps(), *apps);
     }
 

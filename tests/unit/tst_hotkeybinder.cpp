@@ -75,7 +75,7 @@ private:
 
 private slots:
     void init() {
-        m_rig = std::make_unique<ControllerRig>();
+        m_rig = std::make_unique<ControllerRig>(referenceApps());
         m_rig->start({MediaApp::spotify});
         m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
         m_hotkeys = std::make_unique<RecordingHotkeyService>();

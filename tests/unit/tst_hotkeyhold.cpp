@@ -39,7 +39,7 @@ private:
     }
 
 private slots:
-    void init() { m_rig = std::make_unique<ControllerRig>(); }
+    void init() { m_rig = std::make_unique<ControllerRig>(referenceApps()); }
 
     void cleanup() {
         m_hold.reset();

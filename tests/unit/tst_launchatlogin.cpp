@@ -1,16 +1,18 @@
 #include "platform/Platform.h"
 #include "platform/linux/XdgAutostartLoginItem.h"
 #include "settings/AppSettings.h"
-#include "settings/LaunchAtLogin.h"
+#include "settings/LoginItemController.h"
 #include "support/LogCapture.h"
 #include "support/OnDisk.h"
 #include "support/RecordingLoginItem.h"
+#include "support/ReferenceApps.h"
 #include "support/TempHome.h"
 
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
 #include <QSettings>
+#include <QSignalSpy>
 #include <QtTest>
 
 #include <memory>
@@ -39,16 +41,27 @@ class TestLaunchAtLogin : public QObject {
 
 private:
     std::unique_ptr<TempHome> m_home;
+    std::unique_ptr<LoginItemController> m_controller;
+
+    void useLoginItem(std::unique_ptr<LoginItem> item) {
+        m_controller = std::make_unique<LoginItemController>(std::move(item));
+    }
+
+    static void writeEntry(const QByteArray& text) {
+        QDir().mkpath(QFileInfo(XdgAutostartLoginItem::entryPath()).absolutePath());
+        QFile entry(XdgAutostartLoginItem::entryPath());
+        QVERIFY(entry.open(QIODevice::WriteOnly));
+        entry.write(text);
+    }
 
 private slots:
     void init() {
         m_home = std::make_unique<TempHome>();
-        LaunchAtLogin::setLoginItem(
-            std::make_unique<XdgAutostartLoginItem>(QStringLiteral("/usr/bin/scrubline")));
+        useLoginItem(std::make_unique<XdgAutostartLoginItem>(QStringLiteral("/usr/bin/scrubline")));
     }
 
     void cleanup() {
-        LaunchAtLogin::setLoginItem(nullptr);
+        m_controller.reset();
         m_home.reset();
     }
 
@@ -62,7 +75,7 @@ private slots:
 
     void enablingWritesAnEntryThatStartsTheProgram() {
         LogCapture log;
-        LaunchAtLogin::setEnabled(true);
+        m_controller->setEnabled(true);
         const QString entry = readEntry();
         QVERIFY(entry.startsWith(QStringLiteral("[Desktop Entry]\n")));
         QVERIFY(entry.contains(QStringLiteral("\nType=Application\n")));
@@ -78,34 +91,34 @@ private slots:
     }
 
     void thePlatformsItemRegistersTheRunningExecutable() {
-        LaunchAtLogin::setLoginItem(Platform::createLoginItem());
-        LaunchAtLogin::setEnabled(true);
+        useLoginItem(Platform::createLoginItem());
+        m_controller->setEnabled(true);
         QVERIFY(readEntry().contains(
             QStringLiteral("\nExec=%1\n")
                 .arg(XdgAutostartLoginItem::execValue(QCoreApplication::applicationFilePath()))));
     }
 
-    // Before the application shell gives it a login item, a change is only logged.
+    // Where the system has no login item, a change is only logged.
     void withoutALoginItemAChangeIsLoggedAndWritesNothing() {
-        LaunchAtLogin::setLoginItem(nullptr);
+        useLoginItem(nullptr);
         LogCapture log;
-        LaunchAtLogin::setEnabled(true);
+        m_controller->setEnabled(true);
         QCOMPARE(loginErrors(log), 1);
         QVERIFY(!QFile::exists(XdgAutostartLoginItem::entryPath()));
     }
 
     void enablingAndDisablingAreIdempotent() {
         LogCapture log;
-        LaunchAtLogin::setEnabled(true);
+        m_controller->setEnabled(true);
         const QString first = readEntry();
-        LaunchAtLogin::setEnabled(true);
+        m_controller->setEnabled(true);
         QCOMPARE(readEntry(), first);
         // Only the entry itself: the rename left no temporary file behind.
         QCOMPARE(QDir(m_home->configPath() + QStringLiteral("/autostart")).entryList(QDir::Files),
                  QStringList{QStringLiteral("scrubline.desktop")});
-        LaunchAtLogin::setEnabled(false);
+        m_controller->setEnabled(false);
         QVERIFY(!QFile::exists(XdgAutostartLoginItem::entryPath()));
-        LaunchAtLogin::setEnabled(false);
+        m_controller->setEnabled(false);
         QVERIFY(!QFile::exists(XdgAutostartLoginItem::entryPath()));
         QCOMPARE(loginErrors(log), 0);
     }
@@ -116,7 +129,7 @@ private slots:
         QVERIFY(stale.open(QIODevice::WriteOnly));
         stale.write("[Desktop Entry]\nExec=/old/place/scrubline --with-a-very-long-argument\n");
         stale.close();
-        LaunchAtLogin::setEnabled(true);
+        m_controller->setEnabled(true);
         QVERIFY(!readEntry().contains(QStringLiteral("/old/place")));
         QVERIFY(readEntry().contains(QStringLiteral("\nExec=/usr/bin/scrubline\n")));
     }
@@ -152,14 +165,19 @@ private slots:
         QVERIFY(blocker.open(QIODevice::WriteOnly));
         blocker.close();
 
-        const auto owned =
-            appSettingsAt(m_home->configPath() + QStringLiteral("/Scrubline/Scrubline.conf"));
+        const auto owned = appSettingsAt(
+            m_home->configPath() + QStringLiteral("/Scrubline/Scrubline.conf"), referenceApps(),
+            std::make_unique<XdgAutostartLoginItem>(QStringLiteral("/usr/bin/scrubline")));
         AppSettings& settings = *owned;
+        QSignalSpy switched(&settings.loginItem(), &LoginItemController::switched);
         LogCapture log;
         settings.setLaunchAtLogin(true);
-        LaunchAtLogin::setEnabled(true);
         QCOMPARE(loginErrors(log), 1);
+        // The preference is kept; the switch shows what the desktop kept.
         QCOMPARE(settings.launchAtLogin(), true);
+        QCOMPARE(switched.size(), 1);
+        QCOMPARE(switched.at(0).at(0).toBool(), false);
+        QVERIFY(!settings.loginItem().isEnabled());
         QVERIFY(QFileInfo(blocker.fileName()).isFile());
     }
 
@@ -167,16 +185,16 @@ private slots:
         // A folder with content where the entry should be cannot be removed as a file.
         QDir().mkpath(XdgAutostartLoginItem::entryPath() + QStringLiteral("/inside"));
         LogCapture log;
-        LaunchAtLogin::setEnabled(false);
+        m_controller->setEnabled(false);
         QCOMPARE(loginErrors(log), 1);
     }
 
     void platformErrorsAreLoggedWithTheirDescription() {
         auto record = std::make_shared<RecordingLoginItem::Record>();
         record->error = QStringLiteral("Operation not permitted");
-        LaunchAtLogin::setLoginItem(std::make_unique<RecordingLoginItem>(record));
+        useLoginItem(std::make_unique<RecordingLoginItem>(record));
         LogCapture log;
-        LaunchAtLogin::setEnabled(true);
+        m_controller->setEnabled(true);
         QCOMPARE(log.count(generalChannel, QtCriticalMsg,
                            QStringLiteral("Launch at login error: Operation not permitted")),
                  1);
@@ -185,19 +203,80 @@ private slots:
 
     void quickTogglesAreSeparateCallsInOrder() {
         auto record = std::make_shared<RecordingLoginItem::Record>();
-        LaunchAtLogin::setLoginItem(std::make_unique<RecordingLoginItem>(record));
-        LaunchAtLogin::setEnabled(true);
-        LaunchAtLogin::setEnabled(false);
-        LaunchAtLogin::setEnabled(false);
+        useLoginItem(std::make_unique<RecordingLoginItem>(record));
+        m_controller->setEnabled(true);
+        m_controller->setEnabled(false);
+        m_controller->setEnabled(false);
         QCOMPARE(record->calls, (QList<bool>{true, false, false}));
     }
 
-    void quickTogglesLeaveTheLastState() {
-        LaunchAtLogin::setEnabled(true);
-        LaunchAtLogin::setEnabled(false);
+    void eachSwitchIsReadBackFromTheEntry() {
+        QSignalSpy switched(m_controller.get(), &LoginItemController::switched);
+        QVERIFY(!m_controller->isEnabled());
+        QVERIFY(m_controller->setEnabled(true));
+        QVERIFY(QFile::exists(XdgAutostartLoginItem::entryPath()));
+        QVERIFY(m_controller->isEnabled());
+        QVERIFY(!m_controller->setEnabled(false));
         QVERIFY(!QFile::exists(XdgAutostartLoginItem::entryPath()));
-        LaunchAtLogin::setEnabled(false);
-        LaunchAtLogin::setEnabled(true);
+        QVERIFY(!m_controller->isEnabled());
+        QCOMPARE(switched.size(), 2);
+        QCOMPARE(switched.at(0).at(0).toBool(), true);
+        QCOMPARE(switched.at(1).at(0).toBool(), false);
+    }
+
+    void anEntryRemovedBehindOurBackIsOff() {
+        QVERIFY(m_controller->setEnabled(true));
+        QVERIFY(QFile::remove(XdgAutostartLoginItem::entryPath()));
+        QVERIFY(!m_controller->isEnabled());
+        // Switching on again writes it anew.
+        QVERIFY(m_controller->setEnabled(true));
+        QVERIFY(m_controller->isEnabled());
+    }
+
+    void onlyAnEntryThatStartsThisProgramCounts_data() {
+        QTest::addColumn<QByteArray>("entry");
+        QTest::addColumn<bool>("enabled");
+        QTest::newRow("ours") << QByteArray("[Desktop Entry]\nType=Application\n"
+                                            "Exec=/usr/bin/scrubline\n")
+                              << true;
+        QTest::newRow("another program")
+            << QByteArray("[Desktop Entry]\nExec=/usr/bin/other\n") << false;
+        QTest::newRow("an older place")
+            << QByteArray("[Desktop Entry]\nExec=/old/scrubline\n") << false;
+        QTest::newRow("hidden") << QByteArray("[Desktop Entry]\nExec=/usr/bin/scrubline\n"
+                                              "Hidden=true\n")
+                                << false;
+        QTest::newRow("switched off in GNOME")
+            << QByteArray("[Desktop Entry]\nExec=/usr/bin/scrubline\n"
+                          "X-GNOME-Autostart-enabled=false\n")
+            << false;
+        QTest::newRow("in another group")
+            << QByteArray("[Desktop Entry]\nExec=/usr/bin/other\n"
+                          "[Desktop Action x]\nExec=/usr/bin/scrubline\n")
+            << false;
+        QTest::newRow("empty") << QByteArray() << false;
+    }
+
+    void onlyAnEntryThatStartsThisProgramCounts() {
+        QFETCH(QByteArray, entry);
+        QFETCH(bool, enabled);
+        writeEntry(entry);
+        QCOMPARE(m_controller->isEnabled(), enabled);
+    }
+
+    void whatThePlatformsItemWritesIsOurs() {
+        useLoginItem(Platform::createLoginItem());
+        QVERIFY(!m_controller->isEnabled());
+        QVERIFY(m_controller->setEnabled(true));
+        QVERIFY(m_controller->isEnabled());
+    }
+
+    void quickTogglesLeaveTheLastState() {
+        m_controller->setEnabled(true);
+        m_controller->setEnabled(false);
+        QVERIFY(!QFile::exists(XdgAutostartLoginItem::entryPath()));
+        m_controller->setEnabled(false);
+        m_controller->setEnabled(true);
         QVERIFY(QFile::exists(XdgAutostartLoginItem::entryPath()));
     }
 };

@@ -30,22 +30,33 @@ private slots:
     void theStandardStoreWritesTheStandardFile() {
         TempHome home;
         const QString file = home.configPath() + QStringLiteral("/Scrubline/Scrubline.conf");
-        AppSettings settings(std::make_unique<SettingsStore>(Platform::openSettingsStore()));
+        AppSettings settings(std::make_unique<SettingsStore>(Platform::openSettingsStore()),
+                             Platform::profile().mediaApps);
         QVERIFY(!QFile::exists(file));
         settings.setEnabledApps({MediaApp::appleMusic});
-        QVERIFY(QFile::exists(file));
+        QTRY_VERIFY(QFile::exists(file));
         QSettings stored(file, QSettings::IniFormat);
         QCOMPARE(stored.value(AppSettings::Keys::enabledApps).toByteArray(),
                  QByteArray(R"(["appleMusic"])"));
     }
 
+    // The PC desktops' habits: combinations written with words, the keys as the toolkit reports
+    // them, and only the apps whose players speak MPRIS.
+    void theProfileIsThatOfALinuxDesktop() {
+        const PlatformProfile profile = Platform::profile();
+        QCOMPARE(profile.modifierStyle, KeyTable::ModifierStyle::words);
+        QVERIFY(!profile.toolkitSwapsControlAndCommand);
+        QCOMPARE(profile.mediaApps, (QList<MediaApp>{MediaApp::spotify, MediaApp::chromiumYouTube,
+                                                     MediaApp::firefox, MediaApp::otherPlayers}));
+    }
+
     // Every Chromium-based browser publishes every page that plays: the app is the browser's,
     // named "Chrome" in every list and message, and its permission row too.
     void theChromeAppIsNamedAfterTheBrowser() {
-        QCOMPARE(Platform::browserNaming(), MediaApp::BrowserNaming::byBrowser);
+        QCOMPARE(Platform::profile().browserNaming, MediaApp::BrowserNaming::byBrowser);
         const auto restore =
             qScopeGuard([] { MediaApp::setBrowserNaming(MediaApp::BrowserNaming::bySite); });
-        MediaApp::setBrowserNaming(Platform::browserNaming());
+        MediaApp::setBrowserNaming(Platform::profile().browserNaming);
         QStringList names;
         for (const PermissionItem& item : Platform::permissionItems()) {
             names << item.targetApp;

@@ -33,7 +33,7 @@ private:
     QStringList tried() const { return m_rig->players().subjects(Call::seek); }
 
 private slots:
-    void init() { m_rig = std::make_unique<ControllerRig>(); }
+    void init() { m_rig = std::make_unique<ControllerRig>(referenceApps()); }
 
     void cleanup() { m_rig.reset(); }
 

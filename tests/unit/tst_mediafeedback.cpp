@@ -41,7 +41,7 @@ private:
 
 private slots:
     void init() {
-        m_rig = std::make_unique<ControllerRig>();
+        m_rig = std::make_unique<ControllerRig>(referenceApps());
         m_rig->start({MediaApp::spotify, MediaApp::appleMusic});
     }
     void cleanup() { m_rig.reset(); }
@@ -166,6 +166,41 @@ private slots:
         // Asked in order, stopping at the first that plays.
         QCOMPARE(m_rig->players().subjects(Call::nowPlaying),
                  QStringList({QStringLiteral("spotify"), QStringLiteral("appleMusic")}));
+    }
+
+    // The status is made before the controller and may outlive it: it asks no player until a
+    // controller tells it which apps run, and none once that controller is gone.
+    void theStatusAsksOnlyWhatALivingControllerWouldTry() {
+        auto players = std::make_shared<FakePlayers>();
+        players->setNowPlaying(MediaApp::spotify, QStringLiteral("Intro"),
+                               {QStringLiteral("Band")});
+        MediaStatus status(players, m_rig->settings());
+        const auto title = [&status] {
+            return status.nowPlaying() ? status.nowPlaying()->title : QString();
+        };
+        const auto controllerOver = [&] {
+            return std::make_unique<MediaController>(
+                players, std::make_unique<FakeRunningApps>(QSet<MediaApp>{MediaApp::spotify}),
+                m_rig->settings(), status, QString());
+        };
+        status.pollNowPlaying();
+
+        auto controller = controllerOver();
+        status.pollNowPlaying();
+        QTRY_COMPARE(title(), QStringLiteral("Intro"));
+        // With no one to ask, nothing is playing.
+        controller.reset();
+        status.pollNowPlaying();
+        QTRY_COMPARE(title(), QString());
+
+        players->setNowPlaying(MediaApp::spotify, QStringLiteral("Outro"),
+                               {QStringLiteral("Band")});
+        controller = controllerOver();
+        status.pollNowPlaying();
+        QTRY_COMPARE(title(), QStringLiteral("Outro"));
+        // One question for each poll made while a controller lived, none for the others.
+        QCOMPARE(players->subjects(Call::nowPlaying),
+                 QStringList({QStringLiteral("spotify"), QStringLiteral("spotify")}));
     }
 
     void nothingPlayingClearsTheLineAtTheNextPoll() {

@@ -1,5 +1,4 @@
 #include "core/PermissionChecker.h"
-#include "scripting/AppleScriptService.h"
 #include "scripting/ScriptedPlayerControl.h"
 #include "support/FakePlayers.h"
 #include "support/FakeRunningApps.h"
@@ -256,8 +255,7 @@ private slots:
                        ? ScriptedEngine::text(QStringLiteral("ok"))
                        : ScriptedEngine::text(QStringLiteral("Google Chrome"));
         });
-        AppleScriptService::setEngine(engine);
-        make({MediaApp::chromiumYouTube}, std::make_shared<ScriptedPlayerControl>());
+        make({MediaApp::chromiumYouTube}, std::make_shared<ScriptedPlayerControl>(engine));
         check(false);
         QCOMPARE(m_checker->status(QStringLiteral("chrome-js")), Status::granted);
         QCOMPARE(m_checker->status(QStringLiteral("automation-chrome")), Status::granted);
@@ -267,7 +265,6 @@ private slots:
         engine->answer(ScriptedEngine::text(QStringLiteral("nowindow")));
         check(true);
         QCOMPARE(m_checker->status(QStringLiteral("chrome-js")), Status::unknown);
-        AppleScriptService::setEngine(nullptr);
     }
 
     void aCheckerGoneBeforeItsProbesEndIsLeftAlone() {

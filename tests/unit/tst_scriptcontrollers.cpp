@@ -27,6 +27,7 @@ class TestScriptControllers : public QObject {
 
 private:
     std::shared_ptr<ScriptedEngine> m_engine;
+    std::unique_ptr<AppleScriptService> m_service;
 
     // The rows every "answers true when done" mapping shares. A time-out costs the full three
     // seconds, so only some mappings take that row; the others get it as a made-up result.
@@ -89,33 +90,33 @@ private slots:
 
     void init() {
         m_engine = std::make_shared<ScriptedEngine>();
-        AppleScriptService::setEngine(m_engine);
+        m_service = std::make_unique<AppleScriptService>(m_engine);
     }
 
     void cleanup() {
         m_engine->release();
-        AppleScriptService::setEngine(nullptr);
+        m_service.reset();
     }
 
     void spotifySeek_data() { answerRows(true); }
     void spotifySeek() {
         checkRow(SpotifyController::seekScript(-10),
-                 [] { return SpotifyController::seekIfPlaying(-10); });
+                 [this] { return SpotifyController::seekIfPlaying(*m_service, -10); });
     }
 
     void musicSeek_data() { answerRows(false); }
     void musicSeek() {
         checkRow(MusicController::seekScript(2.5),
-                 [] { return MusicController::seekIfPlaying(2.5); });
+                 [this] { return MusicController::seekIfPlaying(*m_service, 2.5); });
     }
 
     void chromeSeek_data() { answerRows(true); }
     void chromeSeek() {
         QFETCH(ScriptEngine::Reply, reply);
         std::optional<UserAlert> alert = UserAlert{};
-        checkRow(ChromeYouTubeController::scriptSource(30), [&alert] {
+        checkRow(ChromeYouTubeController::scriptSource(30), [this, &alert] {
             const PlayerControl::SeekAnswer answer =
-                ScriptedPlayerControl().seekIfPlaying(MediaApp::chromiumYouTube, 30, 3.0);
+                ScriptedPlayerControl(m_engine).seekIfPlaying(MediaApp::chromiumYouTube, 30, 3.0);
             alert = answer.alert;
             return answer.result;
         });
@@ -129,7 +130,7 @@ private slots:
     void safariToggle_data() { answerRows(true); }
     void safariToggle() {
         checkRow(SafariYouTubeController::toggleScript(),
-                 [] { return SafariYouTubeController::togglePlayPause(); });
+                 [this] { return SafariYouTubeController::togglePlayPause(*m_service); });
     }
 
     // The controller applies the same mapping to the Safari seek and the Chrome play/pause.
@@ -138,7 +139,7 @@ private slots:
         const QString safariSeek = SafariYouTubeController::scriptSource(-30);
         checkRow(safariSeek, [&] {
             return seekResultOfAnswer(
-                AppleScriptService::execute(safariSeek, AppleScriptService::actionTimeout));
+                m_service->execute(safariSeek, AppleScriptService::actionTimeout));
         });
     }
 
@@ -164,7 +165,7 @@ private slots:
         const QString script = MusicController::playPauseScript();
         checkRow(script, [&] {
             return seekResultOfPlayPause(
-                AppleScriptService::execute(script, AppleScriptService::actionTimeout));
+                m_service->execute(script, AppleScriptService::actionTimeout));
         });
     }
 
@@ -183,7 +184,7 @@ private slots:
     // Reported on every refusal, so the controller can tell the user each time.
     void everyChromeRefusalIsReported() {
         m_engine->answer(ScriptedEngine::error(-1728, QStringLiteral("Can't get JavaScript.")));
-        ScriptedPlayerControl players;
+        ScriptedPlayerControl players(m_engine);
         for (int press = 0; press < 3; ++press) {
             QCOMPARE(players.seekIfPlaying(MediaApp::chromiumYouTube, 10, 3.0),
                      (PlayerControl::SeekAnswer{SeekResult::error,
@@ -239,13 +240,13 @@ private slots:
         QFETCH(ScriptEngine::Reply, reply);
         QFETCH(SeekResult, verdict);
         m_engine->answer(reply);
-        QCOMPARE(ScriptedPlayerControl().playPause(app, 3.0), verdict);
+        QCOMPARE(ScriptedPlayerControl(m_engine).playPause(app, 3.0), verdict);
         QCOMPARE(m_engine->ranSources(), QStringList{script});
     }
 
     void seeksOfEachApp() {
         m_engine->answer(ScriptedEngine::text("true"));
-        ScriptedPlayerControl players;
+        ScriptedPlayerControl players(m_engine);
         for (const MediaApp app : MediaApp::allCases()) {
             QCOMPARE(players.seekIfPlaying(app, -7.5, 3.0).result, SeekResult::seeked);
         }
@@ -264,7 +265,7 @@ private slots:
                        ? ScriptedEngine::error(-1743, std::nullopt)
                        : ScriptedEngine::noText();
         });
-        ScriptedPlayerControl players;
+        ScriptedPlayerControl players(m_engine);
         // Each app is one player, named by the app. The artist is what follows the last " - ".
         QCOMPARE(players.nowPlaying(MediaApp::spotify, 2.0),
                  std::optional(NowPlaying{
@@ -317,7 +318,7 @@ private slots:
     // Warming keeps the exact texts a seek of that step will run, for all four apps, and runs
     // nothing.
     void warmingKeepsTheSeekScriptsOfAStep() {
-        ScriptedPlayerControl players;
+        ScriptedPlayerControl players(m_engine);
         players.warmSeek(15);
         players.warmSeek(15);
         QVERIFY(m_engine->runs().isEmpty());
@@ -351,7 +352,7 @@ private slots:
         m_engine->answer(reply);
         for (const PermissionItem& item : PermissionItem::all()) {
             if (item.kind == PermissionItem::Kind::automation) {
-                QCOMPARE(ScriptedPlayerControl().probe(item, 3.0), status);
+                QCOMPARE(ScriptedPlayerControl(m_engine).probe(item, 3.0), status);
             }
         }
         QCOMPARE(m_engine->ranSources(),
@@ -382,20 +383,20 @@ private slots:
         m_engine->answer(reply);
         const PermissionItem browserJavaScript = PermissionItem::all().at(3);
         QCOMPARE(browserJavaScript.kind, PermissionItem::Kind::browserJavaScript);
-        QCOMPARE(ScriptedPlayerControl().probe(browserJavaScript, 3.0), status);
+        QCOMPARE(ScriptedPlayerControl(m_engine).probe(browserJavaScript, 3.0), status);
         QCOMPARE(m_engine->ranSources(), QStringList{PermissionProbes::chromeJavaScriptProbe()});
     }
 
     void aHungProbeIsUnknown() {
         m_engine->holdNextRuns(1);
-        QCOMPARE(ScriptedPlayerControl().probe(PermissionItem::all().first(), 0.2),
+        QCOMPARE(ScriptedPlayerControl(m_engine).probe(PermissionItem::all().first(), 0.2),
                  PermissionStatus::unknown);
     }
 
     void accessibilityIsNeverProbed() {
         PermissionItem item = PermissionItem::all().first();
         item.kind = PermissionItem::Kind::accessibility;
-        QCOMPARE(ScriptedPlayerControl().probe(item, 3.0), PermissionStatus::unknown);
+        QCOMPARE(ScriptedPlayerControl(m_engine).probe(item, 3.0), PermissionStatus::unknown);
         QVERIFY(m_engine->runs().isEmpty());
     }
 

@@ -61,13 +61,11 @@ private slots:
     // amount runs it, so that the first press finds it in the cache.
     void scriptedPlayersBuildTheirSeekScripts() {
         auto engine = std::make_shared<ScriptedEngine>();
-        AppleScriptService::setEngine(engine);
-        QVERIFY(SeekWarmup::start(std::make_shared<ScriptedPlayerControl>(), actions));
+        QVERIFY(SeekWarmup::start(std::make_shared<ScriptedPlayerControl>(engine), actions));
         QTRY_COMPARE(engine->builtSources(), seekScripts(15) | seekScripts(-7.5));
         for (const QString& source : seekScripts(15)) {
             QCOMPARE(engine->builds(source), 1);
         }
-        AppleScriptService::setEngine(nullptr);
     }
 };
 

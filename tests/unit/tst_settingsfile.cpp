@@ -1,8 +1,8 @@
 #include "platform/linux/XdgAutostartLoginItem.h"
 #include "settings/AppSettings.h"
-#include "settings/LaunchAtLogin.h"
 #include "support/OnDisk.h"
 #include "support/RecordingLoginItem.h"
+#include "support/ReferenceApps.h"
 #include "support/SettingsFiles.h"
 #include "support/TempHome.h"
 
@@ -42,7 +42,14 @@ private:
     std::unique_ptr<TempHome> m_home;
     QString m_path;
 
-    std::unique_ptr<AppSettings> openStore() const { return appSettingsAt(m_path); }
+    // With a real autostart entry as the login item, unless the test gives one of its own.
+    std::unique_ptr<AppSettings> openStore(std::unique_ptr<LoginItem> loginItem = nullptr) const {
+        if (!loginItem) {
+            loginItem =
+                std::make_unique<XdgAutostartLoginItem>(QStringLiteral("/usr/bin/scrubline"));
+        }
+        return appSettingsAt(m_path, referenceApps(), std::move(loginItem));
+    }
 
     // A state with every field away from its default.
     void setKnownState(AppSettings& settings) const {
@@ -66,14 +73,9 @@ private slots:
     void init() {
         m_home = std::make_unique<TempHome>();
         m_path = m_home->configPath() + QStringLiteral("/Scrubline/Scrubline.conf");
-        LaunchAtLogin::setLoginItem(
-            std::make_unique<XdgAutostartLoginItem>(QStringLiteral("/usr/bin/scrubline")));
     }
 
-    void cleanup() {
-        LaunchAtLogin::setLoginItem(nullptr);
-        m_home.reset();
-    }
+    void cleanup() { m_home.reset(); }
 
     void exportMatchesTheGoldenFile() {
         auto settings = openStore();
@@ -312,10 +314,10 @@ private slots:
     void badFilesChangeNothing() {
         QFETCH(QByteArray, bytes);
         auto record = std::make_shared<RecordingLoginItem::Record>();
-        LaunchAtLogin::setLoginItem(std::make_unique<RecordingLoginItem>(record));
-        auto settings = openStore();
+        auto settings = openStore(std::make_unique<RecordingLoginItem>(record));
         setKnownState(*settings);
         QTest::qWait(AppSettings::saveDebounceMs + 100);
+        record->calls.clear();
         int calls = 0;
         settings->setOnSeekActionsChanged([&calls] { ++calls; });
         const QByteArray before = *settings->exportSettings();

@@ -16,18 +16,54 @@
 #include <QDBusConnection>
 #include <QGuiApplication>
 #include <QStandardPaths>
+#include <QThread>
 
 #include <xcb/xcb.h>
 
 namespace {
 
 // The players on the session bus, followed once for the whole program: the player control and
-// every list of running apps read the same registry. Made on first use, on the GUI thread, by
-// the application shell; never destroyed, as the seek thread may still read it at exit.
-MprisPlayerRegistry& sessionPlayers() {
-    static auto* registry = new MprisPlayerRegistry(PlayerBus::session());
-    return *registry;
+// every list of running apps read the same registry, and each of them keeps it alive. It goes
+// with the last of them, on its own thread: a now-playing poll may hold the player control
+// last, on a worker, while the program ends.
+std::shared_ptr<MprisPlayerRegistry> sessionPlayers() {
+    static std::weak_ptr<MprisPlayerRegistry> shared;
+    std::shared_ptr<MprisPlayerRegistry> registry = shared.lock();
+    if (!registry) {
+        registry = std::shared_ptr<MprisPlayerRegistry>(
+            new MprisPlayerRegistry(PlayerBus::session()), [](MprisPlayerRegistry* gone) {
+                if (QThread::currentThread() == gone->thread()) {
+                    delete gone;
+                } else {
+                    gone->deleteLater();
+                }
+            });
+        shared = registry;
+    }
+    return registry;
 }
+
+// A player control together with the registry it reads, which it outlives by nothing.
+struct SessionPlayerControl {
+    explicit SessionPlayerControl(std::shared_ptr<MprisPlayerRegistry> players)
+        : registry(std::move(players))
+        , control(*registry) {}
+
+    std::shared_ptr<MprisPlayerRegistry> registry;
+    MprisPlayerControl control;
+};
+
+// Holds the registry for the running apps it is a child of, so that it is let go only after
+// they are gone.
+class RegistryHold : public QObject {
+public:
+    RegistryHold(std::shared_ptr<MprisPlayerRegistry> registry, QObject* parent)
+        : QObject(parent)
+        , m_registry(std::move(registry)) {}
+
+private:
+    std::shared_ptr<MprisPlayerRegistry> m_registry;
+};
 
 } // namespace
 
@@ -53,28 +89,33 @@ std::unique_ptr<LoginItem> createLoginItem() {
         command.empty() ? program : QString::fromStdString(command));
 }
 
-QList<MediaApp> mediaApps() {
-    // Apple Music and Safari do not run here; every MPRIS player stands for one of these.
-    return {MediaApp::spotify, MediaApp::chromiumYouTube, MediaApp::firefox,
-            MediaApp::otherPlayers};
-}
-
-MediaApp::BrowserNaming browserNaming() {
-    // Every Chromium-based browser publishes every page that plays, YouTube or not.
-    return MediaApp::BrowserNaming::byBrowser;
+PlatformProfile profile() {
+    return {
+        // Apple Music and Safari do not run here; every MPRIS player stands for one of these.
+        .mediaApps = {MediaApp::spotify, MediaApp::chromiumYouTube, MediaApp::firefox,
+                      MediaApp::otherPlayers},
+        // Every Chromium-based browser publishes every page that plays, YouTube or not.
+        .browserNaming = MediaApp::BrowserNaming::byBrowser,
+        .modifierStyle = KeyTable::ModifierStyle::words,
+        .toolkitSwapsControlAndCommand = false,
+    };
 }
 
 QList<PermissionItem> permissionItems() {
     // Every player here is reached over MPRIS, and all a player needs is to answer there.
-    return PermissionItem::forApps(mediaApps(), QStringLiteral("MPRIS over D-Bus"));
+    return PermissionItem::forApps(profile().mediaApps, QStringLiteral("MPRIS over D-Bus"));
 }
 
 std::shared_ptr<PlayerControl> createPlayerControl() {
-    return std::make_shared<MprisPlayerControl>(sessionPlayers());
+    auto both = std::make_shared<SessionPlayerControl>(sessionPlayers());
+    return std::shared_ptr<PlayerControl>(both, &both->control);
 }
 
 std::unique_ptr<RunningApps> createRunningApps() {
-    return std::make_unique<MprisRunningApps>(sessionPlayers());
+    std::shared_ptr<MprisPlayerRegistry> registry = sessionPlayers();
+    auto running = std::make_unique<MprisRunningApps>(*registry);
+    new RegistryHold(std::move(registry), running.get());
+    return running;
 }
 
 std::unique_ptr<HotkeyService> createHotkeyService() {
@@ -86,21 +127,9 @@ std::unique_ptr<HotkeyService> createHotkeyService() {
     return std::make_unique<X11HotkeyService>();
 }
 
-bool writesModifiersAsWords() {
-    return true;
-}
-
-bool toolkitSwapsControlAndCommand() {
-    return false;
-}
-
 bool accessibilityTrusted() {
     // Any X11 client may grab keys on the root window.
     return displayProblem().isEmpty() && !qEnvironmentVariableIsSet("WAYLAND_DISPLAY");
-}
-
-std::shared_ptr<ScriptEngine> createScriptEngine() {
-    return nullptr; // players here speak MPRIS, not scripts
 }
 
 QString displayProblem() {

@@ -39,6 +39,30 @@ QString XdgAutostartLoginItem::execValue(const QString& executablePath) {
     return argument;
 }
 
+bool XdgAutostartLoginItem::isEnabled() const {
+    QFile entry(entryPath());
+    if (!entry.open(QIODevice::ReadOnly | QIODevice::Text)) {
+        return false;
+    }
+    // Read as the desktops read it: only the entry's own group counts, and keys are compared
+    // as written, since Exec holds escapes that a generic key file reader would undo.
+    const QString exec = QStringLiteral("Exec=") + execValue(m_executablePath);
+    bool inEntryGroup = false;
+    bool startsUs = false;
+    bool skipped = false;
+    while (!entry.atEnd()) {
+        const QString line = QString::fromUtf8(entry.readLine()).trimmed();
+        if (line.startsWith(QLatin1Char('['))) {
+            inEntryGroup = line == QLatin1StringView("[Desktop Entry]");
+        } else if (inEntryGroup) {
+            startsUs = startsUs || line == exec;
+            skipped = skipped || line == QLatin1StringView("Hidden=true") ||
+                      line == QLatin1StringView("X-GNOME-Autostart-enabled=false");
+        }
+    }
+    return startsUs && !skipped;
+}
+
 QString XdgAutostartLoginItem::setEnabled(bool enabled) {
     const QString path = entryPath();
     const QFileInfo info(path);

@@ -10,6 +10,9 @@ public:
     explicit XdgAutostartLoginItem(QString executablePath);
 
     QString setEnabled(bool enabled) override;
+    // An entry that starts another program, or that the desktop was told to skip, is not ours
+    // to count on.
+    bool isEnabled() const override;
 
     // $XDG_CONFIG_HOME/autostart/scrubline.desktop, ~/.config when the variable is unset.
     static QString entryPath();

@@ -23,18 +23,20 @@ std::unique_ptr<LoginItem> createLoginItem() {
     return std::make_unique<SMAppServiceLoginItem>();
 }
 
-QList<MediaApp> mediaApps() {
+PlatformProfile profile() {
     const auto cases = MediaApp::allCases();
-    return QList<MediaApp>(cases.begin(), cases.end());
-}
-
-MediaApp::BrowserNaming browserNaming() {
-    // The browser scripts find a YouTube tab and drive its video, nothing else.
-    return MediaApp::BrowserNaming::bySite;
+    return {
+        .mediaApps = QList<MediaApp>(cases.begin(), cases.end()),
+        // The browser scripts find a YouTube tab and drive its video, nothing else.
+        .browserNaming = MediaApp::BrowserNaming::bySite,
+        .modifierStyle = KeyTable::ModifierStyle::glyphs,
+        // Unless AA_MacDontSwapCtrlAndMeta is set, which this program never sets.
+        .toolkitSwapsControlAndCommand = true,
+    };
 }
 
 std::shared_ptr<PlayerControl> createPlayerControl() {
-    return std::make_shared<ScriptedPlayerControl>();
+    return std::make_shared<ScriptedPlayerControl>(std::make_shared<AppleScriptEngine>());
 }
 
 std::unique_ptr<RunningApps> createRunningApps() {
@@ -45,25 +47,12 @@ std::unique_ptr<HotkeyService> createHotkeyService() {
     return std::make_unique<CarbonHotkeyService>();
 }
 
-bool writesModifiersAsWords() {
-    return false;
-}
-
-bool toolkitSwapsControlAndCommand() {
-    // Unless AA_MacDontSwapCtrlAndMeta is set, which this program never sets.
-    return true;
-}
-
 bool accessibilityTrusted() {
     return AXIsProcessTrusted();
 }
 
 QList<PermissionItem> permissionItems() {
     return PermissionItem::all();
-}
-
-std::shared_ptr<ScriptEngine> createScriptEngine() {
-    return std::make_shared<AppleScriptEngine>();
 }
 
 QString displayProblem() {

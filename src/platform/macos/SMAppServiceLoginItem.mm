@@ -17,3 +17,9 @@ QString SMAppServiceLoginItem::setEnabled(bool enabled) {
                             : QStringLiteral("Unknown error");
     }
 }
+
+bool SMAppServiceLoginItem::isEnabled() const {
+    @autoreleasepool {
+        return [SMAppService mainAppService].status == SMAppServiceStatusEnabled;
+    }
+}

@@ -1,7 +1,6 @@
 #include "views/settings/GeneralSettingsTab.h"
 
 #include "settings/AppSettings.h"
-#include "settings/LaunchAtLogin.h"
 #include "utilities/Logger.h"
 #include "views/widgets/FormSection.h"
 #include "views/widgets/FormSwitch.h"
@@ -105,9 +104,10 @@ GeneralSettingsTab::GeneralSettingsTab(AppSettings& settings, const PlatformText
     layout->addWidget(makeResetSection());
     layout->addStretch(1);
 
-    // The login item follows the preference whenever it changes while the tab is shown.
-    connect(&m_settings, &AppSettings::launchAtLoginChanged, this,
-            [](bool enabled) { LaunchAtLogin::setEnabled(enabled); });
+    // The switch shows what the desktop will do at login, read back after every switch, which
+    // may have failed or been undone since.
+    connect(&m_settings.loginItem(), &LoginItemController::switched, m_launchAtLogin,
+            &FormSwitch::setChecked);
     connect(&m_settings.defaults(), &SettingsStore::written, this, [this](const QString& key) {
         if (key == AppSettings::Keys::launchAtLogin || key == AppSettings::Keys::showHUDOverlay ||
             key == AppSettings::Keys::feedbackDuration || key == AppSettings::Keys::holdToSeek) {
@@ -230,7 +230,7 @@ FormSection* GeneralSettingsTab::makeResetSection() {
 }
 
 void GeneralSettingsTab::showFromStore() {
-    m_launchAtLogin->setChecked(m_settings.launchAtLogin());
+    m_launchAtLogin->setChecked(m_settings.loginItem().isEnabled());
     m_showOverlay->setChecked(m_settings.showHUDOverlay());
     m_holdToSeek->setChecked(m_settings.holdToSeek());
     const double seconds = m_settings.feedbackDuration();
