@@ -212,12 +212,13 @@ int main(int argc, char** argv) {
     auto control = std::make_shared<MprisPlayerControl>(registry);
     MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
     MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
-                               status, QString());
+                               status, QString(), MediaApp::BrowserNaming::bySite);
     auto instant = std::make_shared<FakePlayers>();
     instant->setSeekAnswer(MediaApp::chromiumYouTube, {SeekResult::seeked});
     MediaStatus instantStatus(instant, settings, [] { return QList<MediaApp>(); });
     MediaController instantController(instant, std::make_unique<MprisRunningApps>(registry),
-                                      settings, instantStatus, QString());
+                                      settings, instantStatus, QString(),
+                                      MediaApp::BrowserNaming::bySite);
     std::printf("load average at the start: %s\n", loadAverage().constData());
     QTest::qWait(500);
     int quick = 0;

@@ -11,9 +11,8 @@ namespace CommandLineSeek {
 MediaController::Served run(double seconds) {
     // The timing line is for the long-running program's log, not for a terminal.
     QLoggingCategory::setFilterRules(QStringLiteral("com.scrubline.app.seek.info=false"));
-    // The line names the player as the running program would.
+    // The stack is the running program's, so the line names the player as it would.
     const MediaStack media = MediaStack::buildForOneRequest();
-    MediaApp::setBrowserNaming(media.profile.browserNaming);
 
     MediaController::Served served;
     QEventLoop loop;

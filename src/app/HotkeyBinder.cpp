@@ -8,11 +8,12 @@
 #include <QPointer>
 
 HotkeyBinder::HotkeyBinder(HotkeyService& hotkeys, AppSettings& settings, HotkeyHold& hold,
-                           QObject* parent)
+                           KeyTable::ModifierStyle style, QObject* parent)
     : QObject(parent)
     , m_hotkeys(hotkeys)
     , m_settings(settings)
-    , m_hold(hold) {
+    , m_hold(hold)
+    , m_style(style) {
     // Queued: the service calls from its event dispatch, which should look up, hand on and
     // return, and may be in the middle of a binding that a press could replace.
     connect(&m_hotkeys, &HotkeyService::pressed, this, &HotkeyBinder::keyPressed,
@@ -94,7 +95,8 @@ void HotkeyBinder::bindActions() {
         // system-wide, so it waits for a combination with a modifier.
         if (action.carbonModifiers == 0) {
             qCInfo(Log::general(), "Hotkey %s has no modifier key and is not registered",
-                   qPrintable(KeyTable::displayString(action.keyCode, action.carbonModifiers)));
+                   qPrintable(
+                       KeyTable::displayString(action.keyCode, action.carbonModifiers, m_style)));
             continue;
         }
         const auto keys = KeyTable::toKeyCombination({action.keyCode, action.carbonModifiers});

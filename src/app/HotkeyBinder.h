@@ -1,5 +1,6 @@
 #pragma once
 
+#include "models/KeyTable.h"
 #include "platform/HotkeyService.h"
 
 #include <QHash>
@@ -21,8 +22,9 @@ class HotkeyBinder : public QObject {
     Q_OBJECT
 
 public:
+    // `style`: how the log writes a combination, as the rest of the program shows it.
     HotkeyBinder(HotkeyService& hotkeys, AppSettings& settings, HotkeyHold& hold,
-                 QObject* parent = nullptr);
+                 KeyTable::ModifierStyle style, QObject* parent = nullptr);
     ~HotkeyBinder() override;
     HotkeyBinder(const HotkeyBinder&) = delete;
     HotkeyBinder& operator=(const HotkeyBinder&) = delete;
@@ -73,6 +75,7 @@ private:
     HotkeyService& m_hotkeys;
     AppSettings& m_settings;
     HotkeyHold& m_hold;
+    KeyTable::ModifierStyle m_style;
     bool m_started = false;
     bool m_suspended = false;
     // By binding id, every action of the list, bound or not.

@@ -34,9 +34,9 @@ MediaStack make(std::unique_ptr<LoginItem> loginItem, const PlatformTexts& texts
         QObject::connect(running.get(), &RunningApps::settled, &settling, &QEventLoop::quit);
         settling.exec();
     }
-    stack.controller =
-        std::make_unique<MediaController>(stack.players, std::move(running), *stack.settings,
-                                          *stack.status, texts.permissionDeniedStatus);
+    stack.controller = std::make_unique<MediaController>(
+        stack.players, std::move(running), *stack.settings, *stack.status,
+        texts.permissionDeniedStatus, stack.profile.browserNaming);
     return stack;
 }
 

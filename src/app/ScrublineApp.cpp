@@ -54,14 +54,13 @@ ScrublineApp::ScrublineApp(QObject* parent)
 
     // 2. The platform's facilities that live in namespaces, before anything can show them.
     Symbols::setPlatformImages(Platform::createSymbolImages());
-    KeyTable::setModifierStyle(m_profile.modifierStyle);
-    MediaApp::setBrowserNaming(m_profile.browserNaming);
     connect(m_mediaController.get(), &MediaController::alertRequested, this, &AlertBox::show);
 
     // 3. The views.
     m_settingsWindow = std::make_unique<SettingsWindowController>(
         [this] { return makeSettingsView(); }, *m_desktop);
-    m_overlay = std::make_unique<OverlayManager>(*m_mediaStatus, *m_settings, m_desktop.get());
+    m_overlay = std::make_unique<OverlayManager>(*m_mediaStatus, *m_settings,
+                                                 m_profile.browserNaming, m_desktop.get());
     // Asked of the desktop, never of the toolkit, whose first answer would stick (see
     // TrayIcon).
     m_tray = Platform::createTrayAvailability();
@@ -78,7 +77,8 @@ ScrublineApp::ScrublineApp(QObject* parent)
             },
             Qt::SingleShotConnection);
     }
-    m_trayIcon = std::make_unique<TrayIcon>(*m_mediaStatus, *m_settings, *m_tray, *m_desktop);
+    m_trayIcon = std::make_unique<TrayIcon>(*m_mediaStatus, *m_settings, *m_tray, *m_desktop,
+                                            m_profile.browserNaming);
     connect(m_trayIcon.get(), &TrayIcon::seekRequested, m_mediaController.get(),
             &MediaController::enqueueSeek);
     connect(m_trayIcon.get(), &TrayIcon::settingsRequested, m_settingsWindow.get(),
@@ -87,7 +87,8 @@ ScrublineApp::ScrublineApp(QObject* parent)
     // 4. The hotkeys, whose presses go through the hold to the controller.
     m_hotkeys = Platform::createHotkeyService();
     m_hotkeyHold = std::make_unique<HotkeyHold>(*m_mediaController);
-    m_hotkeyBinder = std::make_unique<HotkeyBinder>(*m_hotkeys, *m_settings, *m_hotkeyHold);
+    m_hotkeyBinder = std::make_unique<HotkeyBinder>(*m_hotkeys, *m_settings, *m_hotkeyHold,
+                                                    m_profile.modifierStyle);
     // Once per user: a desktop without global hotkeys is told of in the panel, with what to do.
     connect(m_hotkeyBinder.get(), &HotkeyBinder::hotkeysUnavailable, m_trayIcon.get(), [this] {
         m_trayIcon->showNoticeOnce(QStringLiteral("hasSeenHotkeysUnavailableNote"),
@@ -145,7 +146,8 @@ SettingsView* ScrublineApp::makeSettingsView() {
     view->setPage(QStringLiteral("general"),
                   new GeneralSettingsTab(*m_settings, m_desktop->texts()));
     view->setPage(QStringLiteral("hotkeys"), makeHotkeysTab());
-    view->setPage(QStringLiteral("apps"), new AppsSettingsTab(*m_settings));
+    view->setPage(QStringLiteral("apps"),
+                  new AppsSettingsTab(*m_settings, m_profile.browserNaming));
     // Where the platform names the means by which hotkeys work (key grabs, the desktop's
     // portal), having one is what the hotkey row asks about.
     auto checker =
@@ -175,7 +177,7 @@ SettingsView* ScrublineApp::makeSettingsView() {
 }
 
 HotkeysSettingsTab* ScrublineApp::makeHotkeysTab() {
-    auto* tab = new HotkeysSettingsTab(*m_settings);
+    auto* tab = new HotkeysSettingsTab(*m_settings, m_profile.modifierStyle);
     if (m_profile.toolkitSwapsControlAndCommand) {
         tab->setModifierMapping(HotkeyRecorder::ModifierMapping::swapped());
     }

@@ -15,13 +15,14 @@
 MediaController::MediaController(std::shared_ptr<PlayerControl> players,
                                  std::unique_ptr<RunningApps> running, AppSettings& settings,
                                  MediaStatus& status, QString permissionDeniedStatus,
-                                 QObject* parent)
+                                 MediaApp::BrowserNaming naming, QObject* parent)
     : QObject(parent)
     , m_players(std::move(players))
     , m_runningApps(std::move(running))
     , m_settings(settings)
     , m_status(status)
     , m_permissionDeniedStatus(std::move(permissionDeniedStatus))
+    , m_naming(naming)
     , m_seekDispatchQueue(std::make_unique<SerialQueue>(QStringLiteral("com.scrubline.seek"))) {
     m_running = m_runningApps->runningApps();
     connect(m_runningApps.get(), &RunningApps::launched, this, &MediaController::appDidLaunch);
@@ -192,11 +193,11 @@ void MediaController::finishSeek(double seconds, const QElapsedTimer& clock, con
         const MediaApp app = outcome->app;
         switch (outcome->result) {
         case SeekResult::permissionDenied:
-            told.line = m_permissionDeniedStatus.arg(app.displayName());
+            told.line = m_permissionDeniedStatus.arg(app.displayName(m_naming));
             m_status.showStatus(told.line);
             break;
         case SeekResult::error:
-            told.line = app.displayName() + QStringLiteral(" returned an error");
+            told.line = app.displayName(m_naming) + QStringLiteral(" returned an error");
             m_status.showStatus(told.line);
             break;
         case SeekResult::seeked:
@@ -208,14 +209,14 @@ void MediaController::finishSeek(double seconds, const QElapsedTimer& clock, con
                                                 : FeedbackKind::playPause,
                                   outcome->playerName, hold);
             // An app of many players is named by the one that was moved.
-            told = {true,
-                    (outcome->playerName.isEmpty() ? app.displayName() : outcome->playerName) +
-                        QStringLiteral(": ") +
-                        (seconds == 0
-                             ? QStringLiteral("play/pause")
-                             : (seconds > 0 ? QStringLiteral("+") : QStringLiteral("-")) +
-                                   QString::number(std::abs(seconds)) + QStringLiteral("s")),
-                    app};
+            told = {
+                true,
+                (outcome->playerName.isEmpty() ? app.displayName(m_naming) : outcome->playerName) +
+                    QStringLiteral(": ") +
+                    (seconds == 0 ? QStringLiteral("play/pause")
+                                  : (seconds > 0 ? QStringLiteral("+") : QStringLiteral("-")) +
+                                        QString::number(std::abs(seconds)) + QStringLiteral("s")),
+                app};
             break;
         case SeekResult::notPlaying:
             break; // never an outcome: the next app is tried instead

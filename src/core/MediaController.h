@@ -32,10 +32,10 @@ class MediaController : public QObject {
 public:
     // Tells `status` which apps to ask what is playing, for as long as both live.
     // `permissionDeniedStatus`: the platform's words for a player that waits for the user's
-    // permission, "%1" standing for the app's name.
+    // permission, "%1" standing for the app's name. `naming`: how its lines name the apps.
     MediaController(std::shared_ptr<PlayerControl> players, std::unique_ptr<RunningApps> running,
                     AppSettings& settings, MediaStatus& status, QString permissionDeniedStatus,
-                    QObject* parent = nullptr);
+                    MediaApp::BrowserNaming naming, QObject* parent = nullptr);
     // Waits for a trial in flight, which a player's time-out bounds.
     ~MediaController() override;
 
@@ -105,6 +105,7 @@ private:
     AppSettings& m_settings;
     MediaStatus& m_status;
     QString m_permissionDeniedStatus;
+    MediaApp::BrowserNaming m_naming;
 
     QSet<MediaApp> m_running;
     std::optional<MediaApp> m_lastSuccessfulApp;

@@ -1,8 +1,6 @@
 #include "KeyTable.h"
 
 #include <array>
-#include <atomic>
-
 namespace {
 
 using Key = KeyTable::Key;
@@ -234,8 +232,6 @@ QString KeyTable::keyName(std::uint16_t keyCode) {
 
 namespace {
 
-std::atomic<KeyTable::ModifierStyle> g_modifierStyle{KeyTable::ModifierStyle::glyphs};
-
 // What a PC keyboard prints on the keys that a Mac's shows as glyphs; the arrows read the same
 // on both.
 QString wordFor(std::uint16_t keyCode) {
@@ -259,21 +255,9 @@ QString wordFor(std::uint16_t keyCode) {
     }
 }
 
-} // namespace
-
-void KeyTable::setModifierStyle(ModifierStyle style) {
-    g_modifierStyle = style;
-}
-
-KeyTable::ModifierStyle KeyTable::modifierStyle() {
-    return g_modifierStyle;
-}
-
-namespace {
-
-// The modifiers as the combination is written before its key, in the style set.
-QString modifierText(std::uint32_t carbonModifiers) {
-    const bool words = g_modifierStyle == KeyTable::ModifierStyle::words;
+// The modifiers as the combination is written before its key.
+QString modifierText(std::uint32_t carbonModifiers, KeyTable::ModifierStyle style) {
+    const bool words = style == KeyTable::ModifierStyle::words;
     QString text;
     if (carbonModifiers & CarbonModifier::control) {
         text += words ? QStringLiteral("Ctrl+") : QString(QChar(0x2303));
@@ -292,9 +276,10 @@ QString modifierText(std::uint32_t carbonModifiers) {
 
 } // namespace
 
-QString KeyTable::displayString(std::uint16_t keyCode, std::uint32_t carbonModifiers) {
-    return modifierText(carbonModifiers) +
-           (g_modifierStyle == ModifierStyle::words ? wordFor(keyCode) : keyName(keyCode));
+QString KeyTable::displayString(std::uint16_t keyCode, std::uint32_t carbonModifiers,
+                                ModifierStyle style) {
+    return modifierText(carbonModifiers, style) +
+           (style == ModifierStyle::words ? wordFor(keyCode) : keyName(keyCode));
 }
 
 namespace {
@@ -364,9 +349,10 @@ std::optional<KeyTable::StoredKeys> KeyTable::toStoredKeys(QKeyCombination keys)
     return StoredKeys{key->keyCode, toCarbonModifiers(modifiers)};
 }
 
-QString KeyTable::displayString(QKeyCombination keys) {
+QString KeyTable::displayString(QKeyCombination keys, ModifierStyle style) {
     if (const auto stored = toStoredKeys(keys)) {
-        return displayString(stored->keyCode, stored->carbonModifiers);
+        return displayString(stored->keyCode, stored->carbonModifiers, style);
     }
-    return modifierText(toCarbonModifiers(keys.keyboardModifiers())) + QStringLiteral("Key?");
+    return modifierText(toCarbonModifiers(keys.keyboardModifiers()), style) +
+           QStringLiteral("Key?");
 }

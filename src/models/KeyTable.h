@@ -57,15 +57,14 @@ public:
     static QString keyName(std::uint16_t keyCode);
     // How combinations are written: with the glyphs printed on a Mac keyboard ("⌃⌥⌘→", the
     // default), or with the words a PC keyboard has, joined by "+" ("Ctrl+Alt+Super+→"), as
-    // the desktops there write them. Set once by the application shell, before any view.
+    // the desktops there write them. The platform's profile says which.
     enum class ModifierStyle { glyphs, words };
-    static void setModifierStyle(ModifierStyle style);
-    static ModifierStyle modifierStyle();
-    // The modifiers in the order control, option, shift, command, then the key's name, in the
-    // style set.
-    static QString displayString(std::uint16_t keyCode, std::uint32_t carbonModifiers);
+    // The modifiers in the order control, option, shift, command, then the key's name, in
+    // `style`.
+    static QString displayString(std::uint16_t keyCode, std::uint32_t carbonModifiers,
+                                 ModifierStyle style);
     // The same for a combination; "Key?" after the modifiers for a key the table does not know.
-    static QString displayString(QKeyCombination keys);
+    static QString displayString(QKeyCombination keys, ModifierStyle style);
 
     // A stored hotkey: its key code and Carbon modifier mask.
     struct StoredKeys {

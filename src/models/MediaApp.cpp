@@ -2,11 +2,7 @@
 
 #include <QtGlobal>
 
-#include <atomic>
-
 namespace {
-
-std::atomic<MediaApp::BrowserNaming> g_browserNaming{MediaApp::BrowserNaming::bySite};
 
 struct Attributes {
     const char* rawValue;
@@ -47,20 +43,12 @@ QString MediaApp::rawValue() const {
     return QString::fromLatin1(attributes(*this).rawValue);
 }
 
-QString MediaApp::displayName() const {
+QString MediaApp::displayName(BrowserNaming naming) const {
     const Attributes& shown = attributes(*this);
-    if (g_browserNaming == BrowserNaming::byBrowser && shown.browserName != nullptr) {
+    if (naming == BrowserNaming::byBrowser && shown.browserName != nullptr) {
         return QString::fromLatin1(shown.browserName);
     }
     return QString::fromLatin1(shown.displayName);
-}
-
-void MediaApp::setBrowserNaming(BrowserNaming naming) {
-    g_browserNaming = naming;
-}
-
-MediaApp::BrowserNaming MediaApp::browserNaming() {
-    return g_browserNaming;
 }
 
 QString MediaApp::processName() const {

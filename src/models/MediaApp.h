@@ -45,21 +45,18 @@ public:
 
     QString rawValue() const;
     QString id() const { return rawValue(); }
-    // The name every message and view shows, after the browser naming set.
-    QString displayName() const;
+    // How the browser apps are named: after the site they drive ("YouTube (Chrome)"), or after
+    // the browser alone ("Chrome") where an app drives the media of any page in any browser of
+    // its family. Raw values never change with it, so settings files travel between platforms.
+    enum class BrowserNaming { bySite, byBrowser };
+
+    // The name every message and view shows; the platform's profile says which naming.
+    QString displayName(BrowserNaming naming) const;
     // The running application's name this app is recognised by, and the name the native
     // player scripts address.
     QString processName() const;
     QString symbolName() const;
     TintColor tintColor() const;
-
-    // How the browser apps are named: after the site they drive ("YouTube (Chrome)", the
-    // default), or after the browser alone ("Chrome") where an app drives the media of any page
-    // in any browser of its family. Set once by the application shell, before anything shows a
-    // name. Raw values never change with it, so settings files travel between platforms.
-    enum class BrowserNaming { bySite, byBrowser };
-    static void setBrowserNaming(BrowserNaming naming);
-    static BrowserNaming browserNaming();
 
     friend constexpr bool operator==(MediaApp a, MediaApp b) { return a.m_value == b.m_value; }
     friend constexpr auto operator<=>(MediaApp a, MediaApp b) { return a.m_value <=> b.m_value; }

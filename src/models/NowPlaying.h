@@ -14,7 +14,9 @@ struct NowPlaying {
     // The player's own name, where the app stands for players of many kinds; else empty.
     QString playerName{};
 
-    QString shownName() const { return playerName.isEmpty() ? app.displayName() : playerName; }
+    QString shownName(MediaApp::BrowserNaming naming) const {
+        return playerName.isEmpty() ? app.displayName(naming) : playerName;
+    }
     // Nothing to show: a player that plays nothing, or cannot tell what.
     bool isEmpty() const { return title.isEmpty(); }
 

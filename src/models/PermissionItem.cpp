@@ -1,10 +1,12 @@
 #include "PermissionItem.h"
 
-QList<PermissionItem> PermissionItem::forApps(const QList<MediaApp>& apps, const QString& title) {
+QList<PermissionItem> PermissionItem::forApps(const QList<MediaApp>& apps, const QString& title,
+                                              MediaApp::BrowserNaming naming) {
     QList<PermissionItem> items;
     for (const MediaApp app : apps) {
-        items.append({QStringLiteral("automation-") + app.rawValue(), title, app.displayName(),
-                      app.processName(), app.symbolName(), Kind::automation, app});
+        items.append({QStringLiteral("automation-") + app.rawValue(), title,
+                      app.displayName(naming), app.processName(), app.symbolName(),
+                      Kind::automation, app});
     }
     return items;
 }

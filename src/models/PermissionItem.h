@@ -27,7 +27,8 @@ struct PermissionItem {
     static const QList<PermissionItem>& all();
     // One permission of the same title for each app, in the apps' order: where every player
     // is reached the same way, there is one thing to know of each.
-    static QList<PermissionItem> forApps(const QList<MediaApp>& apps, const QString& title);
+    static QList<PermissionItem> forApps(const QList<MediaApp>& apps, const QString& title,
+                                         MediaApp::BrowserNaming naming);
 
     friend bool operator==(const PermissionItem&, const PermissionItem&) = default;
 };

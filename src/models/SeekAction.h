@@ -50,8 +50,9 @@ public:
 
     // The key table answers these; they stay here for code that holds an action in hand.
     static QString keyName(std::uint16_t keyCode) { return KeyTable::keyName(keyCode); }
-    static QString displayString(std::uint16_t keyCode, std::uint32_t modifiers) {
-        return KeyTable::displayString(keyCode, modifiers);
+    static QString displayString(std::uint16_t keyCode, std::uint32_t modifiers,
+                                 KeyTable::ModifierStyle style) {
+        return KeyTable::displayString(keyCode, modifiers, style);
     }
 
     // The JSON object the defaults database and the settings file hold.

@@ -32,7 +32,9 @@ struct SeekFeedback {
     // Set for the steps of a hotkey held down.
     std::optional<HoldProgress> hold{};
 
-    QString shownName() const { return playerName.isEmpty() ? app.displayName() : playerName; }
+    QString shownName(MediaApp::BrowserNaming naming) const {
+        return playerName.isEmpty() ? app.displayName(naming) : playerName;
+    }
     // Whether this is a hold that has gone past its first step, and so has a total to show.
     bool showsTotal() const { return hold && hold->steps > 1; }
     // The hold's total as the user reads it, such as "+40s" or "-7.5s"; empty where there is

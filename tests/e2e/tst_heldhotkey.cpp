@@ -61,7 +61,7 @@ public:
         , m_control(std::make_shared<MprisPlayerControl>(m_registry))
         , m_status(m_control, m_settings, [] { return QList<MediaApp>(); })
         , m_controller(m_control, std::make_unique<MprisRunningApps>(m_registry), m_settings,
-                       m_status, QString()) {
+                       m_status, QString(), MediaApp::BrowserNaming::bySite) {
         QList<SeekAction> actions = SeekAction::defaults();
         actions.append(SeekAction(SeekAction::Direction::playPause, 0, 49, hyper));
         m_settings.setSeekActions(actions);
@@ -95,9 +95,9 @@ private:
     std::shared_ptr<MprisPlayerControl> m_control;
     MediaStatus m_status;
     MediaController m_controller;
-    X11HotkeyService m_hotkeys;
+    X11HotkeyService m_hotkeys{KeyTable::ModifierStyle::words};
     HotkeyHold m_hold{m_controller};
-    HotkeyBinder m_binder{m_hotkeys, m_settings, m_hold};
+    HotkeyBinder m_binder{m_hotkeys, m_settings, m_hold, KeyTable::ModifierStyle::words};
 };
 
 } // namespace

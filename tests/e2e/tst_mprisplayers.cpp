@@ -778,12 +778,13 @@ private slots:
         auto control = std::make_shared<MprisPlayerControl>(registry);
         MediaStatus status(control, *settings, [] { return QList<MediaApp>(); });
         MediaController controller(control, std::make_unique<MprisRunningApps>(registry), *settings,
-                                   status, QString());
+                                   status, QString(), MediaApp::BrowserNaming::bySite);
         QSignalSpy finished(&controller, &MediaController::seekFinished);
         controller.enqueueSeek(10);
         QTRY_COMPARE(finished.size(), 1);
         QCOMPARE(status.seekFeedback()->app, MediaApp(MediaApp::otherPlayers));
-        QCOMPARE(status.seekFeedback()->shownName(), QStringLiteral("VLC media player"));
+        QCOMPARE(status.seekFeedback()->shownName(MediaApp::BrowserNaming::bySite),
+                 QStringLiteral("VLC media player"));
         QCOMPARE(vlc->calls().filter(QStringLiteral("Seek 10000000")).size(), 1);
         // The panel's last player is named the same way.
         QCOMPARE(status.lastActiveApp(), std::optional<MediaApp>(MediaApp::otherPlayers));
@@ -829,12 +830,14 @@ private slots:
                                           {QStringLiteral("Band")},
                                           MediaApp::otherPlayers,
                                           QStringLiteral("VLC media player")}));
-        QCOMPARE(status.nowPlaying()->shownName(), QStringLiteral("VLC media player"));
+        QCOMPARE(status.nowPlaying()->shownName(MediaApp::BrowserNaming::bySite),
+                 QStringLiteral("VLC media player"));
         candidates = {MediaApp::spotify};
         status.pollNowPlaying();
         QTRY_COMPARE(changed.size(), 2);
         QCOMPARE(status.nowPlaying()->playerName, QString());
-        QCOMPARE(status.nowPlaying()->shownName(), QStringLiteral("Spotify"));
+        QCOMPARE(status.nowPlaying()->shownName(MediaApp::BrowserNaming::bySite),
+                 QStringLiteral("Spotify"));
     }
 
     // The whole path: a request through the controller reaches the playing player.
@@ -849,7 +852,7 @@ private slots:
         auto control = std::make_shared<MprisPlayerControl>(registry);
         MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
         MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
-                                   status, QString());
+                                   status, QString(), MediaApp::BrowserNaming::bySite);
         QSignalSpy finished(&controller, &MediaController::seekFinished);
         controller.enqueueSeek(-10);
         QTRY_COMPARE(finished.size(), 1);
@@ -874,7 +877,7 @@ private slots:
         auto control = std::make_shared<MprisPlayerControl>(registry);
         MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
         MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
-                                   status, QString());
+                                   status, QString(), MediaApp::BrowserNaming::bySite);
         QSignalSpy finished(&controller, &MediaController::seekFinished);
         controller.enqueueSeek(10);
         QTRY_COMPARE(finished.size(), 1);

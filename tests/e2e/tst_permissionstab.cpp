@@ -76,8 +76,6 @@ private:
     }
 
 private slots:
-    // As the application shell names the apps.
-    void initTestCase() { MediaApp::setBrowserNaming(Platform::profile().browserNaming); }
     void init() { m_desktop = Platform::createDesktopIntegration(); }
     void cleanup() { m_tab.reset(); }
 

@@ -76,10 +76,10 @@ public:
         , m_control(std::make_shared<MprisPlayerControl>(m_registry))
         , m_status(m_control, m_settings, [] { return QList<MediaApp>(); })
         , m_controller(m_control, std::make_unique<MprisRunningApps>(m_registry), m_settings,
-                       m_status, QString())
+                       m_status, QString(), MediaApp::BrowserNaming::bySite)
         , m_service(bus)
         , m_hold(m_controller)
-        , m_binder(m_service, m_settings, m_hold) {}
+        , m_binder(m_service, m_settings, m_hold, KeyTable::ModifierStyle::words) {}
 
     // Starts once the player runs, and answers whether the desktop bound the shortcuts.
     bool launch() {
@@ -613,10 +613,10 @@ private slots:
         auto control = std::make_shared<MprisPlayerControl>(registry);
         MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
         MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
-                                   status, QString());
+                                   status, QString(), MediaApp::BrowserNaming::bySite);
         PortalHotkeyService service(bus());
         HotkeyHold hold(controller);
-        HotkeyBinder binder(service, settings, hold);
+        HotkeyBinder binder(service, settings, hold, KeyTable::ModifierStyle::words);
         QSignalSpy unavailable(&binder, &HotkeyBinder::hotkeysUnavailable);
         binder.start();
         QCOMPARE(unavailable.size(), 0); // the portal has not answered yet
@@ -648,12 +648,12 @@ private slots:
         auto control = std::make_shared<MprisPlayerControl>(registry);
         MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
         MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
-                                   status, QString());
+                                   status, QString(), MediaApp::BrowserNaming::bySite);
         PortalHotkeyService service(bus());
         QSignalSpy bound(&service, &PortalHotkeyService::shortcutsBound);
         QSignalSpy told(&service, &HotkeyService::resultsChanged);
         HotkeyHold hold(controller);
-        HotkeyBinder binder(service, settings, hold);
+        HotkeyBinder binder(service, settings, hold, KeyTable::ModifierStyle::words);
         QSignalSpy written(&settings.defaults(), &SettingsStore::written);
         binder.start();
         QVERIFY(bound.wait(10000));
@@ -725,13 +725,13 @@ private slots:
         auto control = std::make_shared<MprisPlayerControl>(registry);
         MediaStatus status(control, settings, [] { return QList<MediaApp>(); });
         MediaController controller(control, std::make_unique<MprisRunningApps>(registry), settings,
-                                   status, QString());
+                                   status, QString(), MediaApp::BrowserNaming::bySite);
         PortalHotkeyService service(bus());
         QSignalSpy bound(&service, &PortalHotkeyService::shortcutsBound);
         const QList<SeekAction>& presets = settings.seekActions();
         m_portal->assignTrigger(uuidString(presets[1].id()), QStringLiteral("Ctrl+Alt+B"));
         HotkeyHold hold(controller);
-        HotkeyBinder binder(service, settings, hold);
+        HotkeyBinder binder(service, settings, hold, KeyTable::ModifierStyle::words);
         QSignalSpy triggers(&binder, &HotkeyBinder::assignedTriggersChanged);
         binder.start();
         QVERIFY(bound.wait(10000));

@@ -147,8 +147,9 @@ private:
         return settingsOnDisk(m_path)->value(key).toByteArray();
     }
 
-    std::unique_ptr<AppsSettingsTab> openTab() {
-        auto tab = std::make_unique<AppsSettingsTab>(*m_settings);
+    std::unique_ptr<AppsSettingsTab>
+    openTab(MediaApp::BrowserNaming naming = MediaApp::BrowserNaming::bySite) {
+        auto tab = std::make_unique<AppsSettingsTab>(*m_settings, naming);
         tab->show();
         if (!QTest::qWaitForWindowExposed(tab.get())) {
             qWarning("the tab was not exposed");
@@ -172,14 +173,11 @@ private slots:
     // symbols and tints; apps a Mac's file named stay in the list, unshown and in place.
     void onlyTheOfferedAppsAreShownAndMoved() {
         // Named as Linux names them: the Chrome app is any page in any Chromium-based browser.
-        MediaApp::setBrowserNaming(MediaApp::BrowserNaming::byBrowser);
-        const auto restore =
-            qScopeGuard([] { MediaApp::setBrowserNaming(MediaApp::BrowserNaming::bySite); });
         m_settings = appSettingsAt(m_path, linuxApps);
         m_settings->setEnabledApps(
             apps({MediaApp::appleMusic, MediaApp::spotify, MediaApp::safariYouTube,
                   MediaApp::chromiumYouTube, MediaApp::firefox, MediaApp::otherPlayers}));
-        const auto tab = openTab();
+        const auto tab = openTab(MediaApp::BrowserNaming::byBrowser);
         QCOMPARE(rowTexts(*tab),
                  QStringList({"1. Spotify", "2. Chrome", "3. Firefox", "4. Other players"}));
         QCOMPARE(shownRows(*tab)[1].row->accessibleName(), QStringLiteral("Chrome, priority 2"));
@@ -467,10 +465,10 @@ private slots:
         QFETCH(bool, dark);
         QFETCH(bool, linuxList);
         Screenshots::usePalette(dark);
-        const auto restore =
-            qScopeGuard([] { MediaApp::setBrowserNaming(MediaApp::BrowserNaming::bySite); });
+        // The Linux list is named as Linux names it.
+        const auto naming =
+            linuxList ? MediaApp::BrowserNaming::byBrowser : MediaApp::BrowserNaming::bySite;
         if (linuxList) {
-            MediaApp::setBrowserNaming(MediaApp::BrowserNaming::byBrowser);
             m_settings = appSettingsAt(m_path, linuxApps);
             m_settings->setDisabledApps({MediaApp::firefox});
         } else {
@@ -482,7 +480,7 @@ private slots:
         frame.setFixedWidth(480);
         auto* layout = new QVBoxLayout(&frame);
         layout->setContentsMargins(0, 0, 0, 0);
-        auto* tab = new AppsSettingsTab(*m_settings, &frame);
+        auto* tab = new AppsSettingsTab(*m_settings, naming, &frame);
         layout->addWidget(tab);
         frame.show();
         QVERIFY(QTest::qWaitForWindowExposed(&frame));

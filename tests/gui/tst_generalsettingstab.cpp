@@ -259,7 +259,8 @@ private:
         m_rig = std::make_unique<ControllerRig>(referenceApps(), std::move(loginItem));
         m_rig->start({});
         settings().defaults().setBool(TrayPanelView::onboardingKey, true);
-        m_extra = std::make_unique<TrayIcon>(m_rig->status(), settings(), m_tray, m_rig->desktop());
+        m_extra = std::make_unique<TrayIcon>(m_rig->status(), settings(), m_tray, m_rig->desktop(),
+                                             MediaApp::BrowserNaming::bySite);
     }
 
 private slots:

@@ -61,7 +61,7 @@ class TestHotkeyRecorder : public QObject {
         m_field = new QLineEdit(m_window.get());
         m_field->setAccessibleName(QStringLiteral("Notes"));
         layout->addWidget(m_field);
-        m_recorder = new HotkeyRecorder(m_window.get());
+        m_recorder = new HotkeyRecorder(KeyTable::ModifierStyle::glyphs, m_window.get());
         m_recorder->setKeyCode(oldKeyCode);
         m_recorder->setCarbonModifiers(oldModifiers);
         layout->addWidget(m_recorder, 0, Qt::AlignLeft);
@@ -81,7 +81,8 @@ class TestHotkeyRecorder : public QObject {
     void verifyOldCombinationKept() {
         QCOMPARE(m_recorder->keyCode(), oldKeyCode);
         QCOMPARE(m_recorder->carbonModifiers(), oldModifiers);
-        QCOMPARE(m_recorder->text(), KeyTable::displayString(oldKeyCode, oldModifiers));
+        QCOMPARE(m_recorder->text(), KeyTable::displayString(oldKeyCode, oldModifiers,
+                                                             KeyTable::ModifierStyle::glyphs));
     }
 
     static QList<bool> states(const QSignalSpy& spy) {
@@ -107,7 +108,8 @@ private slots:
     }
 
     void showsTheCombinationItHolds() {
-        QCOMPARE(m_recorder->text(), KeyTable::displayString(oldKeyCode, oldModifiers));
+        QCOMPARE(m_recorder->text(), KeyTable::displayString(oldKeyCode, oldModifiers,
+                                                             KeyTable::ModifierStyle::glyphs));
         QVERIFY(!m_recorder->isRecording());
         QVERIFY(m_recorder->width() >= 100);
         QVERIFY(m_recorder->sizeHint().width() >= 100);
@@ -121,10 +123,12 @@ private slots:
         QCOMPARE(accessibleText(m_recorder, QAccessible::Description), emptyText);
         // Key code 0 is A: with a modifier it is a combination.
         m_recorder->setCarbonModifiers(CarbonModifier::control);
-        QCOMPARE(m_recorder->text(), KeyTable::displayString(0, CarbonModifier::control));
+        QCOMPARE(m_recorder->text(), KeyTable::displayString(0, CarbonModifier::control,
+                                                             KeyTable::ModifierStyle::glyphs));
         m_recorder->setCarbonModifiers(0);
         m_recorder->setKeyCode(124);
-        QCOMPARE(m_recorder->text(), KeyTable::displayString(124, 0));
+        QCOMPARE(m_recorder->text(),
+                 KeyTable::displayString(124, 0, KeyTable::ModifierStyle::glyphs));
     }
 
     void clickStartsRecording() {
@@ -179,9 +183,10 @@ private slots:
         QCOMPARE(changed.count(), 1);
         QCOMPARE(changed.at(0).at(0).value<std::uint16_t>(), std::uint16_t(124));
         QCOMPARE(changed.at(0).at(1).value<std::uint32_t>(), std::uint32_t(6144));
-        QCOMPARE(m_recorder->text(), KeyTable::displayString(124, 6144));
+        QCOMPARE(m_recorder->text(),
+                 KeyTable::displayString(124, 6144, KeyTable::ModifierStyle::glyphs));
         QCOMPARE(accessibleText(m_recorder, QAccessible::Description),
-                 KeyTable::displayString(124, 6144));
+                 KeyTable::displayString(124, 6144, KeyTable::ModifierStyle::glyphs));
         QCOMPARE(states(recording), (QList<bool>{true, false}));
     }
 
@@ -351,8 +356,9 @@ private slots:
 
     void accessibleNameSaysWhenItRecords() {
         QCOMPARE(accessibleText(m_recorder, QAccessible::Name), QStringLiteral("Hotkey"));
-        QCOMPARE(accessibleText(m_recorder, QAccessible::Description),
-                 KeyTable::displayString(oldKeyCode, oldModifiers));
+        QCOMPARE(
+            accessibleText(m_recorder, QAccessible::Description),
+            KeyTable::displayString(oldKeyCode, oldModifiers, KeyTable::ModifierStyle::glyphs));
         startByClick();
         QCOMPARE(accessibleText(m_recorder, QAccessible::Name),
                  QStringLiteral("Hotkey, recording"));

@@ -60,7 +60,7 @@ private:
     AppSettings& settings() { return m_rig->settings(); }
 
     HotkeysSettingsTab& openTab() {
-        m_tab = std::make_unique<HotkeysSettingsTab>(settings());
+        m_tab = std::make_unique<HotkeysSettingsTab>(settings(), KeyTable::ModifierStyle::glyphs);
         m_tab->resize(456, m_tab->sizeHint().height());
         m_tab->show();
         if (!QTest::qWaitForWindowExposed(m_tab.get())) {
@@ -716,7 +716,7 @@ private slots:
              action(Direction::backward, 10, leftArrow, controlOptionCommand)});
         SettingsView window(settings().defaults());
         window.setPage(QStringLiteral("general"), new QLabel(QStringLiteral("general")));
-        auto* tab = new HotkeysSettingsTab(settings());
+        auto* tab = new HotkeysSettingsTab(settings(), KeyTable::ModifierStyle::glyphs);
         window.setPage(QStringLiteral("hotkeys"), tab);
         window.selectTab(QStringLiteral("hotkeys"));
         window.show();

@@ -58,8 +58,8 @@ private slots:
         m_rig = std::make_unique<ControllerRig>(referenceApps());
         m_rig->start({});
         m_rig->settings().setFeedbackDuration(30); // cleared by the test where it matters
-        m_manager =
-            std::make_unique<OverlayManager>(m_rig->status(), m_rig->settings(), &m_rig->desktop());
+        m_manager = std::make_unique<OverlayManager>(
+            m_rig->status(), m_rig->settings(), MediaApp::BrowserNaming::bySite, &m_rig->desktop());
         m_manager->start();
     }
 

@@ -236,9 +236,9 @@ private slots:
     // A platform whose players are all reached one way: a row each, no section for browsers,
     // and the browsers' note under the players.
     void aListOfOneKindHasOneSection() {
-        const QList<PermissionItem> items =
-            PermissionItem::forApps({MediaApp::spotify, MediaApp::firefox, MediaApp::otherPlayers},
-                                    QStringLiteral("MPRIS over D-Bus"));
+        const QList<PermissionItem> items = PermissionItem::forApps(
+            {MediaApp::spotify, MediaApp::firefox, MediaApp::otherPlayers},
+            QStringLiteral("MPRIS over D-Bus"), MediaApp::BrowserNaming::bySite);
         openTab({MediaApp::firefox}, true, items);
         waitForCheck();
         QStringList ids;
@@ -329,14 +329,12 @@ private slots:
         m_tab->refresh();
         shoot(QStringLiteral("trusted"));
         // As on Linux: every player over MPRIS, one of them playing, named as Linux names them.
-        MediaApp::setBrowserNaming(MediaApp::BrowserNaming::byBrowser);
-        const auto restore =
-            qScopeGuard([] { MediaApp::setBrowserNaming(MediaApp::BrowserNaming::bySite); });
         m_players->setProbeStatus(QStringLiteral("automation-firefox"), Status::denied);
         openTab({spotify, MediaApp::firefox}, true,
                 PermissionItem::forApps({MediaApp::spotify, MediaApp::chromiumYouTube,
                                          MediaApp::firefox, MediaApp::otherPlayers},
-                                        QStringLiteral("MPRIS over D-Bus")));
+                                        QStringLiteral("MPRIS over D-Bus"),
+                                        MediaApp::BrowserNaming::byBrowser));
         waitForCheck();
         QCOMPARE(row(QStringLiteral("automation-chromeYouTube"))
                      ->findChild<QLabel*>(QStringLiteral("rowTitle"))

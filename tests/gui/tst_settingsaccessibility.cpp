@@ -77,9 +77,10 @@ private:
         auto view = std::make_unique<SettingsView>(m_settings->defaults());
         view->setPage(QStringLiteral("general"),
                       new GeneralSettingsTab(*m_settings, m_desktop->texts()));
-        auto* hotkeys = new HotkeysSettingsTab(*m_settings);
+        auto* hotkeys = new HotkeysSettingsTab(*m_settings, KeyTable::ModifierStyle::glyphs);
         view->setPage(QStringLiteral("hotkeys"), hotkeys);
-        view->setPage(QStringLiteral("apps"), new AppsSettingsTab(*m_settings));
+        view->setPage(QStringLiteral("apps"),
+                      new AppsSettingsTab(*m_settings, MediaApp::BrowserNaming::bySite));
         view->setPage(QStringLiteral("permissions"),
                       new PermissionsSettingsTab(
                           std::make_unique<PermissionChecker>(Platform::createPlayerControl(),

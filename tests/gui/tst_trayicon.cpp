@@ -44,7 +44,7 @@ private:
 
     std::unique_ptr<TrayIcon> makeExtra(TrayAvailability& tray) {
         return std::make_unique<TrayIcon>(m_rig->status(), m_rig->settings(), tray,
-                                          m_rig->desktop());
+                                          m_rig->desktop(), MediaApp::BrowserNaming::bySite);
     }
 
     bool iconShows() const {
@@ -238,7 +238,8 @@ private slots:
         QVERIFY(!otherWindows.isEmpty());
         // A window that shows while a pop-up is open closes it: the program's icon docks first.
         QTRY_COMPARE_WITH_TIMEOUT(trayIcons().size(), 1, 10000);
-        TrayPanelWindow window(new TrayPanelView(m_rig->status(), m_rig->settings(), QString()),
+        TrayPanelWindow window(new TrayPanelView(m_rig->status(), m_rig->settings(), QString(),
+                                                 MediaApp::BrowserNaming::bySite),
                                kind);
         window.openAt(QRect(300, 200, 1, 1));
         QVERIFY(QTest::qWaitForWindowExposed(&window));

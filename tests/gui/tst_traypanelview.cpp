@@ -56,7 +56,8 @@ private:
 
     std::unique_ptr<TrayPanelView> makeView() {
         auto view = std::make_unique<TrayPanelView>(m_rig->status(), m_rig->settings(),
-                                                    m_rig->desktop().defaultHotkeysHint());
+                                                    m_rig->desktop().defaultHotkeysHint(),
+                                                    MediaApp::BrowserNaming::bySite);
         // As the application shell wires it.
         connect(view.get(), &TrayPanelView::seekRequested, &m_rig->controller(),
                 &MediaController::enqueueSeek);
@@ -535,7 +536,8 @@ private slots:
         setSteps(10, 10);
         const auto shoot = [this, &theme](const QString& name, const auto& prepare) {
             auto* view = new TrayPanelView(m_rig->status(), m_rig->settings(),
-                                           m_rig->desktop().defaultHotkeysHint());
+                                           m_rig->desktop().defaultHotkeysHint(),
+                                           MediaApp::BrowserNaming::bySite);
             TrayPanelWindow window(view);
             if constexpr (std::is_invocable_v<decltype(prepare), TrayPanelView&>) {
                 prepare(*view);

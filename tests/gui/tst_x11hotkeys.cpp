@@ -322,7 +322,7 @@ private slots:
         m_released.clear();
         m_bindings.clear();
         m_results.clear();
-        m_service = std::make_unique<X11HotkeyService>();
+        m_service = std::make_unique<X11HotkeyService>(KeyTable::ModifierStyle::words);
         connect(m_service.get(), &HotkeyService::pressed, this,
                 [this](const QString& id) { m_pressed.append(id.toUInt()); });
         connect(m_service.get(), &HotkeyService::released, this,
@@ -764,7 +764,8 @@ private slots:
         // reads as a mapping change of its own and makes another try.
         settle();
         const QString refused = QStringLiteral("Hotkey %1 does not work with this keyboard mapping")
-                                    .arg(KeyTable::displayString(6, controlOptionCommand));
+                                    .arg(KeyTable::displayString(6, controlOptionCommand,
+                                                                 KeyTable::ModifierStyle::words));
         QCOMPARE(log.count(QStringLiteral("com.scrubline.app.general"), QtWarningMsg, refused), 1);
         press(QStringLiteral("ctrl+alt+super+z"));
         press(QStringLiteral("ctrl+alt+super+k"));

@@ -26,9 +26,9 @@ void ControllerRig::start(const QSet<MediaApp>& running) {
     auto apps = std::make_unique<FakeRunningApps>(running);
     m_running = apps.get();
     m_status = std::make_unique<MediaStatus>(m_players, *m_settings);
-    m_controller =
-        std::make_unique<MediaController>(m_players, std::move(apps), *m_settings, *m_status,
-                                          m_desktop->texts().permissionDeniedStatus);
+    m_controller = std::make_unique<MediaController>(
+        m_players, std::move(apps), *m_settings, *m_status,
+        m_desktop->texts().permissionDeniedStatus, MediaApp::BrowserNaming::bySite);
     QObject::connect(m_controller.get(), &MediaController::alertRequested, m_controller.get(),
                      [this](const UserAlert& alert) { m_alerts << alert; });
 }

@@ -51,7 +51,8 @@ private:
     }
 
     void launch() {
-        m_binder = std::make_unique<HotkeyBinder>(*m_hotkeys, settings(), *m_hold);
+        m_binder = std::make_unique<HotkeyBinder>(*m_hotkeys, settings(), *m_hold,
+                                                  KeyTable::ModifierStyle::words);
         m_binder->start();
     }
 
@@ -172,7 +173,8 @@ private slots:
     void triggersTheDesktopGaveAreReportedByAction() {
         const QList<SeekAction>& actions = settings().seekActions();
         m_hotkeys->reassigned.insert(idOf(actions[1]), QStringLiteral("Ctrl+Alt+B"));
-        m_binder = std::make_unique<HotkeyBinder>(*m_hotkeys, settings(), *m_hold);
+        m_binder = std::make_unique<HotkeyBinder>(*m_hotkeys, settings(), *m_hold,
+                                                  KeyTable::ModifierStyle::words);
         QSignalSpy changed(m_binder.get(), &HotkeyBinder::assignedTriggersChanged);
         m_binder->start();
         const QHash<QUuid, QString> expected{{actions[1].id(), QStringLiteral("Ctrl+Alt+B")}};
@@ -306,7 +308,8 @@ private slots:
     // A session without global hotkeys is told of once, at start, and nothing is bound.
     void withoutHotkeysTheBinderSaysSo() {
         m_hotkeys->refusesStart = true;
-        m_binder = std::make_unique<HotkeyBinder>(*m_hotkeys, settings(), *m_hold);
+        m_binder = std::make_unique<HotkeyBinder>(*m_hotkeys, settings(), *m_hold,
+                                                  KeyTable::ModifierStyle::words);
         QSignalSpy unavailable(m_binder.get(), &HotkeyBinder::hotkeysUnavailable);
         m_binder->start();
         QCOMPARE(unavailable.size(), 1);

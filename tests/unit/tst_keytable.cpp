@@ -65,21 +65,23 @@ private slots:
     // As a PC desktop writes them: words joined by "+", and the keys a Mac shows as glyphs by
     // what a PC keyboard prints on them; the arrows stay arrows.
     void combinationsInWords() {
-        const auto restore =
-            qScopeGuard([] { KeyTable::setModifierStyle(KeyTable::ModifierStyle::glyphs); });
-        QCOMPARE(KeyTable::displayString(124, 6400), QStringLiteral("\u2303\u2325\u2318\u2192"));
-        KeyTable::setModifierStyle(KeyTable::ModifierStyle::words);
-        QCOMPARE(KeyTable::modifierStyle(), KeyTable::ModifierStyle::words);
-        QCOMPARE(KeyTable::displayString(124, 6400), QStringLiteral("Ctrl+Alt+Super+\u2192"));
-        QCOMPARE(KeyTable::displayString(116, CarbonModifier::control | CarbonModifier::shift),
-                 QStringLiteral("Ctrl+Shift+PgUp"));
-        QCOMPARE(KeyTable::displayString(53, CarbonModifier::option), QStringLiteral("Alt+Esc"));
-        QCOMPARE(KeyTable::displayString(36, CarbonModifier::command),
+        constexpr auto glyphs = KeyTable::ModifierStyle::glyphs;
+        constexpr auto words = KeyTable::ModifierStyle::words;
+        QCOMPARE(KeyTable::displayString(124, 6400, glyphs),
+                 QStringLiteral("\u2303\u2325\u2318\u2192"));
+        QCOMPARE(KeyTable::displayString(124, 6400, words),
+                 QStringLiteral("Ctrl+Alt+Super+\u2192"));
+        QCOMPARE(
+            KeyTable::displayString(116, CarbonModifier::control | CarbonModifier::shift, words),
+            QStringLiteral("Ctrl+Shift+PgUp"));
+        QCOMPARE(KeyTable::displayString(53, CarbonModifier::option, words),
+                 QStringLiteral("Alt+Esc"));
+        QCOMPARE(KeyTable::displayString(36, CarbonModifier::command, words),
                  QStringLiteral("Super+Enter"));
-        QCOMPARE(KeyTable::displayString(0, 0), QStringLiteral("A"));
+        QCOMPARE(KeyTable::displayString(0, 0, words), QStringLiteral("A"));
         // Every key has a name without a Mac glyph.
         for (const KeyTable::Key& key : KeyTable::keys()) {
-            const QString text = KeyTable::displayString(key.keyCode, 0);
+            const QString text = KeyTable::displayString(key.keyCode, 0, words);
             for (const QChar glyph : {QChar(0x21A9), QChar(0x21E5), QChar(0x232B), QChar(0x238B),
                                       QChar(0x2196), QChar(0x2326), QChar(0x2198)}) {
                 QVERIFY2(!text.contains(glyph), qPrintable(text));
@@ -200,8 +202,11 @@ private slots:
                 QCOMPARE(keys->key(), key.qtKey);
                 QCOMPARE(keys->keyboardModifiers().testFlag(Qt::KeypadModifier), key.keypad);
                 QCOMPARE(KeyTable::toStoredKeys(*keys), std::optional(stored));
-                QCOMPARE(KeyTable::displayString(*keys),
-                         KeyTable::displayString(key.keyCode, mask));
+                for (const auto style :
+                     {KeyTable::ModifierStyle::glyphs, KeyTable::ModifierStyle::words}) {
+                    QCOMPARE(KeyTable::displayString(*keys, style),
+                             KeyTable::displayString(key.keyCode, mask, style));
+                }
             }
         }
     }
@@ -244,10 +249,9 @@ private slots:
                      QKeyCombination(Qt::ControlModifier | Qt::GroupSwitchModifier, Qt::Key_A))
                      .has_value());
         // Shown all the same, in case a log line names one.
-        KeyTable::setModifierStyle(KeyTable::ModifierStyle::words);
-        QCOMPARE(KeyTable::displayString(QKeyCombination(Qt::ControlModifier, Qt::Key_F21)),
+        QCOMPARE(KeyTable::displayString(QKeyCombination(Qt::ControlModifier, Qt::Key_F21),
+                                         KeyTable::ModifierStyle::words),
                  QStringLiteral("Ctrl+Key?"));
-        KeyTable::setModifierStyle(KeyTable::ModifierStyle::glyphs);
         // The keypad's point and the main block's are two keys.
         QCOMPARE(KeyTable::toStoredKeys(QKeyCombination(Qt::AltModifier, Qt::Key_Period)),
                  std::optional(KeyTable::StoredKeys{47, CarbonModifier::option}));

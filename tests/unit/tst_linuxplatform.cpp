@@ -54,9 +54,6 @@ private slots:
     // named "Chrome" in every list and message, and its permission row too.
     void theChromeAppIsNamedAfterTheBrowser() {
         QCOMPARE(Platform::profile().browserNaming, MediaApp::BrowserNaming::byBrowser);
-        const auto restore =
-            qScopeGuard([] { MediaApp::setBrowserNaming(MediaApp::BrowserNaming::bySite); });
-        MediaApp::setBrowserNaming(Platform::profile().browserNaming);
         QStringList names;
         for (const PermissionItem& item : Platform::permissionItems()) {
             names << item.targetApp;

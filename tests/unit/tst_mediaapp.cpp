@@ -102,7 +102,7 @@ private slots:
         const MediaApp mediaApp(app);
         QCOMPARE(mediaApp.rawValue(), rawValue);
         QCOMPARE(mediaApp.id(), rawValue);
-        QCOMPARE(mediaApp.displayName(), displayName);
+        QCOMPARE(mediaApp.displayName(MediaApp::BrowserNaming::bySite), displayName);
         // Matched exactly against running applications' names, so case and spaces count.
         QCOMPARE(mediaApp.processName(), processName);
         QCOMPARE(mediaApp.symbolName(), symbolName);
@@ -112,23 +112,23 @@ private slots:
     // Where a browser app drives any page, it is named after the browser; nothing else about
     // any app changes, so a settings file reads the same on every platform.
     void browserAppsCanBeNamedAfterTheBrowserAlone() {
-        QCOMPARE(MediaApp::browserNaming(), MediaApp::BrowserNaming::bySite);
-        const auto restore =
-            qScopeGuard([] { MediaApp::setBrowserNaming(MediaApp::BrowserNaming::bySite); });
-        MediaApp::setBrowserNaming(MediaApp::BrowserNaming::byBrowser);
-        QCOMPARE(MediaApp(MediaApp::chromiumYouTube).displayName(), QStringLiteral("Chrome"));
-        QCOMPARE(MediaApp(MediaApp::safariYouTube).displayName(), QStringLiteral("Safari"));
-        QCOMPARE(MediaApp(MediaApp::spotify).displayName(), QStringLiteral("Spotify"));
-        QCOMPARE(MediaApp(MediaApp::appleMusic).displayName(), QStringLiteral("Apple Music"));
-        QCOMPARE(MediaApp(MediaApp::firefox).displayName(), QStringLiteral("Firefox"));
-        QCOMPARE(MediaApp(MediaApp::otherPlayers).displayName(), QStringLiteral("Other players"));
+        constexpr auto byBrowser = MediaApp::BrowserNaming::byBrowser;
+        QCOMPARE(MediaApp(MediaApp::chromiumYouTube).displayName(byBrowser),
+                 QStringLiteral("Chrome"));
+        QCOMPARE(MediaApp(MediaApp::safariYouTube).displayName(byBrowser),
+                 QStringLiteral("Safari"));
+        QCOMPARE(MediaApp(MediaApp::spotify).displayName(byBrowser), QStringLiteral("Spotify"));
+        QCOMPARE(MediaApp(MediaApp::appleMusic).displayName(byBrowser),
+                 QStringLiteral("Apple Music"));
+        QCOMPARE(MediaApp(MediaApp::firefox).displayName(byBrowser), QStringLiteral("Firefox"));
+        QCOMPARE(MediaApp(MediaApp::otherPlayers).displayName(byBrowser),
+                 QStringLiteral("Other players"));
         QCOMPARE(MediaApp(MediaApp::chromiumYouTube).rawValue(), QStringLiteral("chromeYouTube"));
         QCOMPARE(MediaApp(MediaApp::chromiumYouTube).processName(),
                  QStringLiteral("Google Chrome"));
         QCOMPARE(MediaApp::fromRawValue(u"chromeYouTube"),
                  std::optional<MediaApp>(MediaApp::chromiumYouTube));
-        MediaApp::setBrowserNaming(MediaApp::BrowserNaming::bySite);
-        QCOMPARE(MediaApp(MediaApp::chromiumYouTube).displayName(),
+        QCOMPARE(MediaApp(MediaApp::chromiumYouTube).displayName(MediaApp::BrowserNaming::bySite),
                  QStringLiteral("YouTube (Chrome)"));
     }
 

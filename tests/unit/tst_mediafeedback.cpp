@@ -181,7 +181,7 @@ private slots:
         const auto controllerOver = [&] {
             return std::make_unique<MediaController>(
                 players, std::make_unique<FakeRunningApps>(QSet<MediaApp>{MediaApp::spotify}),
-                m_rig->settings(), status, QString());
+                m_rig->settings(), status, QString(), MediaApp::BrowserNaming::bySite);
         };
         status.pollNowPlaying();
 

@@ -84,7 +84,8 @@ private slots:
 
     void aListForApps() {
         const QList<PermissionItem> items = PermissionItem::forApps(
-            {MediaApp::spotify, MediaApp::otherPlayers}, QStringLiteral("MPRIS over D-Bus"));
+            {MediaApp::spotify, MediaApp::otherPlayers}, QStringLiteral("MPRIS over D-Bus"),
+            MediaApp::BrowserNaming::bySite);
         QCOMPARE(items.size(), 2);
         QCOMPARE(items[1],
                  (PermissionItem{"automation-otherPlayers", "MPRIS over D-Bus", "Other players",

@@ -275,7 +275,9 @@ private slots:
         QFETCH(std::uint32_t, modifiers);
         QFETCH(QString, text);
 
-        QCOMPARE(SeekAction::displayString(static_cast<std::uint16_t>(keyCode), modifiers), text);
+        QCOMPARE(SeekAction::displayString(static_cast<std::uint16_t>(keyCode), modifiers,
+                                           KeyTable::ModifierStyle::glyphs),
+                 text);
     }
 
     void modifierBitsHaveThePlatformValues() {

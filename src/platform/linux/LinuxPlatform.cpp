@@ -103,7 +103,8 @@ PlatformProfile profile() {
 
 QList<PermissionItem> permissionItems() {
     // Every player here is reached over MPRIS, and all a player needs is to answer there.
-    return PermissionItem::forApps(profile().mediaApps, QStringLiteral("MPRIS over D-Bus"));
+    return PermissionItem::forApps(profile().mediaApps, QStringLiteral("MPRIS over D-Bus"),
+                                   profile().browserNaming);
 }
 
 std::shared_ptr<PlayerControl> createPlayerControl() {
@@ -124,7 +125,7 @@ std::unique_ptr<HotkeyService> createHotkeyService() {
     if (QGuiApplication::platformName() == QStringLiteral("wayland")) {
         return std::make_unique<PortalHotkeyService>(QDBusConnection::sessionBus());
     }
-    return std::make_unique<X11HotkeyService>();
+    return std::make_unique<X11HotkeyService>(profile().modifierStyle);
 }
 
 bool accessibilityTrusted() {

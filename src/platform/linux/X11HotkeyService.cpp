@@ -95,8 +95,9 @@ private:
     ReplyPtr<xcb_get_keyboard_mapping_reply_t> m_reply;
 };
 
-X11HotkeyService::X11HotkeyService(QObject* parent)
+X11HotkeyService::X11HotkeyService(KeyTable::ModifierStyle style, QObject* parent)
     : HotkeyService(parent)
+    , m_style(style)
     , m_connection(toolkitConnection()) {
     m_mappingChanged.setSingleShot(true);
     m_mappingChanged.setInterval(kMappingSettleMs);
@@ -330,7 +331,7 @@ void X11HotkeyService::followMappingChange() {
         } else {
             // Kept, so that the next mapping change tries again.
             qCWarning(Log::general(), "Hotkey %s does not work with this keyboard mapping",
-                      qPrintable(KeyTable::displayString(registration.keys)));
+                      qPrintable(KeyTable::displayString(registration.keys, m_style)));
         }
     }
     if (regrabbed) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "models/KeyTable.h"
 #include "platform/HotkeyService.h"
 
 #include <QAbstractNativeEventFilter>
@@ -28,7 +29,8 @@ class X11HotkeyService final : public HotkeyService, private QAbstractNativeEven
     Q_OBJECT
 
 public:
-    explicit X11HotkeyService(QObject* parent = nullptr);
+    // `style`: how the log writes a combination, as the desktop writes it.
+    explicit X11HotkeyService(KeyTable::ModifierStyle style, QObject* parent = nullptr);
     ~X11HotkeyService() override;
 
     bool start() override;
@@ -91,6 +93,7 @@ private:
     bool grab(const Combination& combination);
     void ungrab(const Combination& combination);
 
+    KeyTable::ModifierStyle m_style;
     xcb_connection_t* m_connection = nullptr;
     xcb_window_t m_root = XCB_WINDOW_NONE;
     bool m_filtering = false;

@@ -11,11 +11,13 @@
 #include <QScreen>
 
 OverlayManager::OverlayManager(MediaStatus& status, AppSettings& settings,
-                               DesktopIntegration* desktop, QObject* parent)
+                               MediaApp::BrowserNaming naming, DesktopIntegration* desktop,
+                               QObject* parent)
     : QObject(parent)
     , m_status(status)
     , m_settings(settings)
-    , m_desktop(desktop) {
+    , m_desktop(desktop)
+    , m_naming(naming) {
     m_fade.setPropertyName("fade");
     connect(&m_fade, &QPropertyAnimation::finished, this, [this] {
         if (m_panel != nullptr && m_fade.endValue().toReal() == 0.0) {
@@ -61,12 +63,12 @@ void OverlayManager::show(const SeekFeedback& feedback) {
     if (showsHold(feedback.hold)) {
         // The next step of the hold on show: the same card, counted up, without a blink. It
         // grows with the total, and stays in the middle.
-        m_panel->setCard(new OverlayView(feedback, forward, backward));
+        m_panel->setCard(new OverlayView(feedback, forward, backward, m_naming));
         centre();
         return;
     }
     m_shownHold = feedback.hold ? feedback.hold->hold : QUuid();
-    m_panel->setCard(new OverlayView(feedback, forward, backward));
+    m_panel->setCard(new OverlayView(feedback, forward, backward, m_naming));
     centre();
     // Every show fades in from nothing, also over a card still on screen, so that a quick
     // series of presses blinks once per press.

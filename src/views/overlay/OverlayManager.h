@@ -23,7 +23,8 @@ public:
     static constexpr int fadeOutMs = 200;
 
     // `desktop`, when given, puts the overlay on every virtual desktop.
-    OverlayManager(MediaStatus& status, AppSettings& settings,
+    // `naming`: how the cards name the apps.
+    OverlayManager(MediaStatus& status, AppSettings& settings, MediaApp::BrowserNaming naming,
                    DesktopIntegration* desktop = nullptr, QObject* parent = nullptr);
     ~OverlayManager() override;
 
@@ -50,4 +51,5 @@ private:
     QMetaObject::Connection m_subscription;
     // The hold whose steps the card shows, if it shows one.
     QUuid m_shownHold;
+    MediaApp::BrowserNaming m_naming;
 };

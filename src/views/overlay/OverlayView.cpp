@@ -13,11 +13,13 @@
 #include <QVBoxLayout>
 
 OverlayView::OverlayView(const SeekFeedback& feedback, std::int64_t forwardSeconds,
-                         std::int64_t backwardSeconds, QWidget* parent)
+                         std::int64_t backwardSeconds, MediaApp::BrowserNaming naming,
+                         QWidget* parent)
     : QWidget(parent)
     , m_feedback(feedback)
     , m_forwardSeconds(forwardSeconds)
-    , m_backwardSeconds(backwardSeconds) {
+    , m_backwardSeconds(backwardSeconds)
+    , m_naming(naming) {
     setAttribute(Qt::WA_TranslucentBackground);
 
     auto* layout = new QVBoxLayout(this);

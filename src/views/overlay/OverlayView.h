@@ -25,14 +25,16 @@ public:
     static constexpr qreal namePointSize = 14;
     static constexpr qreal totalPointSize = 20;
 
+    // `naming`: how the card names the app.
     OverlayView(const SeekFeedback& feedback, std::int64_t forwardSeconds,
-                std::int64_t backwardSeconds, QWidget* parent = nullptr);
+                std::int64_t backwardSeconds, MediaApp::BrowserNaming naming,
+                QWidget* parent = nullptr);
 
     const SeekFeedback& feedback() const { return m_feedback; }
     // The symbol shown: the numbered arrow of the first configured step where there is one.
     QString iconName() const;
     // The player acted on, by its own name where the app stands for many kinds of player.
-    QString playerName() const { return m_feedback.shownName(); }
+    QString playerName() const { return m_feedback.shownName(m_naming); }
     // What a hotkey held down has come to so far, such as "+40s"; empty for a single step.
     QString totalText() const { return m_feedback.totalText(); }
 
@@ -43,4 +45,5 @@ private:
     SeekFeedback m_feedback;
     std::int64_t m_forwardSeconds;
     std::int64_t m_backwardSeconds;
+    MediaApp::BrowserNaming m_naming;
 };

@@ -77,7 +77,7 @@ std::optional<double> customSeconds(const QString& text) {
 }
 
 ActionEditor::ActionEditor(ActionBinding binding, std::span<const double> presetSeconds,
-                           QWidget* parent)
+                           KeyTable::ModifierStyle style, QWidget* parent)
     : QWidget(parent)
     , m_binding(std::move(binding))
     , m_presets(presetSeconds) {
@@ -141,7 +141,7 @@ ActionEditor::ActionEditor(ActionBinding binding, std::span<const double> preset
     m_secondsRow = row(QStringLiteral("Seek time"), seconds);
     layout->addWidget(m_secondsRow);
 
-    m_recorder = new HotkeyRecorder(this);
+    m_recorder = new HotkeyRecorder(style, this);
     m_recorder->setObjectName(QStringLiteral("hotkeyRecorder"));
     connect(m_recorder, &HotkeyRecorder::changed, this,
             [this](std::uint16_t keyCode, std::uint32_t carbonModifiers) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "models/KeyTable.h"
 #include "views/settings/ActionBinding.h"
 #include "views/settings/HotkeyRecorder.h"
 
@@ -25,7 +26,7 @@ public:
     static constexpr double customTag = -1.0;
 
     ActionEditor(ActionBinding binding, std::span<const double> presetSeconds,
-                 QWidget* parent = nullptr);
+                 KeyTable::ModifierStyle style, QWidget* parent = nullptr);
     ~ActionEditor() override;
 
     // What the seconds picker shows: a preset, or the custom tag.

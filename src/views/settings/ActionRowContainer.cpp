@@ -19,10 +19,11 @@ const QString assignedNote = QStringLiteral("The desktop set %1");
 } // namespace
 
 ActionRowContainer::ActionRowContainer(ActionBinding binding, std::span<const double> presetSeconds,
-                                       QWidget* parent)
+                                       KeyTable::ModifierStyle style, QWidget* parent)
     : QWidget(parent)
     , m_binding(std::move(binding))
-    , m_presets(presetSeconds) {
+    , m_presets(presetSeconds)
+    , m_style(style) {
     setObjectName(QStringLiteral("actionRow"));
     m_layout = new QVBoxLayout(this);
     m_layout->setContentsMargins(0, 0, 0, 0);
@@ -54,7 +55,7 @@ void ActionRowContainer::setExpanded(bool expanded) {
         m_layout->addSpacing(separatorMargin);
         m_layout->addWidget(m_separator);
         m_layout->addSpacing(separatorMargin);
-        m_editor = new ActionEditor(m_binding, m_presets, this);
+        m_editor = new ActionEditor(m_binding, m_presets, m_style, this);
         m_editor->setModifierMapping(m_mapping);
         m_editor->setContentsMargins(0, 0, 0, editorBottom);
         connect(m_editor, &ActionEditor::testRequested, this, &ActionRowContainer::testRequested);
@@ -132,7 +133,8 @@ void ActionRowContainer::showAction() {
     content.forward = action->direction == SeekAction::Direction::forward;
     // Key code 0 is the A key too; here it means that no hotkey is set.
     if (action->keyCode != 0) {
-        content.hotkey = SeekAction::displayString(action->keyCode, action->carbonModifiers);
+        content.hotkey =
+            SeekAction::displayString(action->keyCode, action->carbonModifiers, m_style);
     }
     content.conflict = m_hasConflict;
     switch (standing()) {

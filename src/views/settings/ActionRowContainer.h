@@ -1,5 +1,6 @@
 #pragma once
 
+#include "models/KeyTable.h"
 #include "views/settings/ActionBinding.h"
 #include "views/settings/HotkeyRecorder.h"
 
@@ -21,8 +22,9 @@ public:
     // Why an action that has a hotkey is not a global hotkey now, shown in its row.
     enum class Standing { active, unavailable, needsModifier };
 
+    // `style`: how its hotkey is written, as the desktop writes combinations.
     ActionRowContainer(ActionBinding binding, std::span<const double> presetSeconds,
-                       QWidget* parent = nullptr);
+                       KeyTable::ModifierStyle style, QWidget* parent = nullptr);
     ~ActionRowContainer() override;
 
     const QUuid& id() const { return m_binding.id(); }
@@ -66,4 +68,5 @@ private:
     ActionRowHeader* m_header = nullptr;
     QWidget* m_separator = nullptr;
     ActionEditor* m_editor = nullptr;
+    KeyTable::ModifierStyle m_style;
 };

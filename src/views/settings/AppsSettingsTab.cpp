@@ -42,9 +42,11 @@ QColor sectionFill(const QPalette& palette) {
 
 } // namespace
 
-AppsSettingsTab::AppsSettingsTab(AppSettings& settings, QWidget* parent)
+AppsSettingsTab::AppsSettingsTab(AppSettings& settings, MediaApp::BrowserNaming naming,
+                                 QWidget* parent)
     : QWidget(parent)
-    , m_settings(settings) {
+    , m_settings(settings)
+    , m_naming(naming) {
     setObjectName(QStringLiteral("appsSettingsTab"));
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(outerPadding, outerPadding, outerPadding, outerPadding);
@@ -174,7 +176,7 @@ void AppsSettingsTab::refresh() {
 }
 
 void AppsSettingsTab::showRow(Row& row, int index, MediaApp app, int count) {
-    const QString name = app.displayName();
+    const QString name = app.displayName(m_naming);
     row.row->setAccessibleName(name + QStringLiteral(", priority ") + QString::number(index + 1));
     paintArrow(*row.up, index < 1);
     paintArrow(*row.down, index >= count - 1);

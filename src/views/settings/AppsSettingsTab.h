@@ -20,7 +20,9 @@ class AppsSettingsTab : public QWidget {
     Q_OBJECT
 
 public:
-    explicit AppsSettingsTab(AppSettings& settings, QWidget* parent = nullptr);
+    // `naming`: how the rows name the apps.
+    AppsSettingsTab(AppSettings& settings, MediaApp::BrowserNaming naming,
+                    QWidget* parent = nullptr);
 
 protected:
     void paintEvent(QPaintEvent* event) override;
@@ -54,4 +56,5 @@ private:
     QVBoxLayout* m_rowsLayout = nullptr;
     QLabel* m_footer = nullptr;
     std::vector<Row> m_rows;
+    MediaApp::BrowserNaming m_naming;
 };

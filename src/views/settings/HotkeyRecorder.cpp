@@ -30,9 +30,10 @@ QColor withAlpha(QColor color, qreal alpha) {
 
 } // namespace
 
-HotkeyRecorder::HotkeyRecorder(QWidget* parent)
+HotkeyRecorder::HotkeyRecorder(KeyTable::ModifierStyle style, QWidget* parent)
     : QAbstractButton(parent)
-    , m_accessibleLabel(defaultLabel) {
+    , m_accessibleLabel(defaultLabel)
+    , m_style(style) {
     setFont(Style::calloutFont());
     // Tab reaches it and Space starts it; a click does not take the focus from the field the
     // user was in.
@@ -78,7 +79,7 @@ QString HotkeyRecorder::displayText() const {
     if (m_keyCode == 0 && m_carbonModifiers == 0) {
         return emptyText;
     }
-    return KeyTable::displayString(m_keyCode, m_carbonModifiers);
+    return KeyTable::displayString(m_keyCode, m_carbonModifiers, m_style);
 }
 
 void HotkeyRecorder::startRecording() {

@@ -34,7 +34,8 @@ public:
         }
     };
 
-    explicit HotkeyRecorder(QWidget* parent = nullptr);
+    // `style`: how the combination is written, as the desktop writes it.
+    explicit HotkeyRecorder(KeyTable::ModifierStyle style, QWidget* parent = nullptr);
     ~HotkeyRecorder() override;
 
     std::uint16_t keyCode() const { return m_keyCode; }
@@ -87,4 +88,5 @@ private:
     bool m_hovered = false;
     ModifierMapping m_mapping;
     QString m_accessibleLabel;
+    KeyTable::ModifierStyle m_style;
 };

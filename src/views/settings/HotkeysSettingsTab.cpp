@@ -40,9 +40,11 @@ QLabel* makeCaption(const QString& text, Style::Role role, const QString& name, 
 
 } // namespace
 
-HotkeysSettingsTab::HotkeysSettingsTab(AppSettings& settings, QWidget* parent)
+HotkeysSettingsTab::HotkeysSettingsTab(AppSettings& settings, KeyTable::ModifierStyle style,
+                                       QWidget* parent)
     : QWidget(parent)
-    , m_settings(settings) {
+    , m_settings(settings)
+    , m_style(style) {
     setObjectName(QStringLiteral("hotkeysSettingsTab"));
     auto* layout = new QVBoxLayout(this);
     layout->setContentsMargins(outerPadding, outerPadding, outerPadding, outerPadding);
@@ -248,7 +250,7 @@ void HotkeysSettingsTab::refresh() {
             row = *found;
         } else {
             row = new ActionRowContainer(ActionBinding(m_settings, action.id()), presetSeconds,
-                                         m_section);
+                                         m_style, m_section);
             row->setModifierMapping(m_mapping);
             const QUuid id = action.id();
             connect(row, &ActionRowContainer::toggleRequested, this, [this, id] { toggle(id); });

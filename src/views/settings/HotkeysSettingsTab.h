@@ -1,5 +1,6 @@
 #pragma once
 
+#include "models/KeyTable.h"
 #include "views/settings/HotkeyRecorder.h"
 
 #include <QHash>
@@ -28,7 +29,9 @@ class HotkeysSettingsTab : public QWidget {
 public:
     static constexpr std::array<double, 6> presetSeconds = {5.0, 10.0, 15.0, 30.0, 45.0, 60.0};
 
-    explicit HotkeysSettingsTab(AppSettings& settings, QWidget* parent = nullptr);
+    // `style`: how the rows write their hotkeys, as the desktop writes combinations.
+    HotkeysSettingsTab(AppSettings& settings, KeyTable::ModifierStyle style,
+                       QWidget* parent = nullptr);
     ~HotkeysSettingsTab() override;
 
     // How the recorders read the toolkit's modifiers on this platform.
@@ -89,4 +92,5 @@ private:
     QLabel* m_clickFooter = nullptr;
     // Rows whose recorder is recording now; the global hotkeys come back when none is.
     QSet<const ActionRowContainer*> m_recordingRows;
+    KeyTable::ModifierStyle m_style;
 };

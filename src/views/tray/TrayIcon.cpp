@@ -12,11 +12,12 @@
 #include <QCursor>
 
 TrayIcon::TrayIcon(MediaStatus& status, AppSettings& settings, TrayAvailability& tray,
-                   const DesktopIntegration& desktop, QObject* parent)
+                   const DesktopIntegration& desktop, MediaApp::BrowserNaming naming,
+                   QObject* parent)
     : QObject(parent)
     , m_settings(settings)
     , m_tray(tray) {
-    auto* view = new TrayPanelView(status, settings, desktop.defaultHotkeysHint());
+    auto* view = new TrayPanelView(status, settings, desktop.defaultHotkeysHint(), naming);
     connect(view, &TrayPanelView::seekRequested, this, &TrayIcon::seekRequested);
     m_window = std::make_unique<TrayPanelWindow>(view, desktop.placesOwnWindows()
                                                            ? TrayPanelWindow::Kind::popup

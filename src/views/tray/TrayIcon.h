@@ -1,5 +1,7 @@
 #pragma once
 
+#include "models/MediaApp.h"
+
 #include <QMenu>
 #include <QObject>
 #include <QSystemTrayIcon>
@@ -29,8 +31,10 @@ public:
 
     // `desktop` names the preset hotkeys' modifiers for the welcome content, and tells what
     // kind of window the panel can be.
+    // `naming`: how the panel names the apps.
     TrayIcon(MediaStatus& status, AppSettings& settings, TrayAvailability& tray,
-             const DesktopIntegration& desktop, QObject* parent = nullptr);
+             const DesktopIntegration& desktop, MediaApp::BrowserNaming naming,
+             QObject* parent = nullptr);
     ~TrayIcon() override;
 
     // The icon, once a tray has been there while the setting wanted it; null before.

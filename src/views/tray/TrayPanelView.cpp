@@ -59,10 +59,11 @@ QString TrayPanelView::appVersion() {
 }
 
 TrayPanelView::TrayPanelView(MediaStatus& status, AppSettings& settings, const QString& hotkeysHint,
-                             QWidget* parent)
+                             MediaApp::BrowserNaming naming, QWidget* parent)
     : QWidget(parent)
     , m_status(status)
-    , m_settings(settings) {
+    , m_settings(settings)
+    , m_naming(naming) {
     setObjectName(QStringLiteral("trayPanelView"));
     setMinimumWidth(minimumPanelWidth);
     setMaximumWidth(maximumPanelWidth);
@@ -264,9 +265,9 @@ void TrayPanelView::updateState() {
             feedback.kind, total ? 0 : SkipSymbols::wholeSeconds(m_settings.firstForwardSeconds()),
             total ? 0 : SkipSymbols::wholeSeconds(m_settings.firstBackwardSeconds())));
         row.dot->setColor(Style::tint(feedback.app.tintColor()));
-        row.text->setText(total
-                              ? feedback.shownName() + QStringLiteral(" · ") + feedback.totalText()
-                              : feedback.shownName());
+        row.text->setText(total ? feedback.shownName(m_naming) + QStringLiteral(" · ") +
+                                      feedback.totalText()
+                                : feedback.shownName(m_naming));
         break;
     }
     case TrayState::status:
@@ -298,7 +299,7 @@ void TrayPanelView::updateState() {
         row.dot->setColor(Style::tint(last.tintColor()));
         const QString playerName = m_status.lastActivePlayerName();
         row.text->setText(QStringLiteral("Last: ") +
-                          (playerName.isEmpty() ? last.displayName() : playerName));
+                          (playerName.isEmpty() ? last.displayName(m_naming) : playerName));
         break;
     }
     }

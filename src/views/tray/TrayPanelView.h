@@ -1,5 +1,6 @@
 #pragma once
 
+#include "models/MediaApp.h"
 #include "views/tray/TrayState.h"
 
 #include <QPointer>
@@ -36,8 +37,9 @@ public:
     static QString appVersion();
 
     // `hotkeysHint` names the preset hotkeys' modifiers for the welcome content.
+    // `naming`: how the panel names the apps.
     TrayPanelView(MediaStatus& status, AppSettings& settings, const QString& hotkeysHint,
-                  QWidget* parent = nullptr);
+                  MediaApp::BrowserNaming naming, QWidget* parent = nullptr);
     ~TrayPanelView() override;
 
     bool hasCompletedOnboarding() const;
@@ -98,4 +100,5 @@ private:
     QToolButton* m_backButton = nullptr;
     QToolButton* m_forwardButton = nullptr;
     bool m_polling = false;
+    MediaApp::BrowserNaming m_naming;
 };
