@@ -28,8 +28,8 @@ QIcon icon(const QString& symbolName, const QColor& color,
            const SymbolImages* platformImages = nullptr);
 
 // The platform's drawings for every symbol inside `window`, so that the widgets deep in a
-// view need not each be handed them: whoever makes a window gives them to its top widget,
-// which keeps the images alive no longer than their owner does.
+// view need not each be handed them: whoever makes a window gives them to its top widget.
+// The window only borrows them; their owner keeps them for as long as the window lives.
 void provide(QWidget& window, const SymbolImages* platformImages);
 // The drawings given to `widget` or the nearest of its parents; none outside such a window.
 const SymbolImages* providedFor(const QWidget* widget);
