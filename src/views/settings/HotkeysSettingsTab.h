@@ -64,6 +64,7 @@ private:
     void refresh();
     // Tab goes through the rows in the order they are shown, then to "Add Action".
     void orderFocus();
+    void drawAddSymbol();
     void rowRecordingChanged(const ActionRowContainer* row, bool recording);
 
 protected:

@@ -14,6 +14,7 @@
 class AppSettings;
 class ColorDot;
 class QHBoxLayout;
+class SymbolImages;
 class SymbolView;
 class MediaStatus;
 class QLabel;
@@ -35,9 +36,10 @@ public:
     // The application's version, "1.0" when none is set.
     static QString appVersion();
 
-    // `hotkeysHint` names the preset hotkeys' modifiers for the welcome content.
+    // `hotkeysHint` names the preset hotkeys' modifiers for the welcome content;
+    // `symbolImages`, when given, are the platform's drawings of the panel's symbols.
     TrayPanelView(MediaStatus& status, AppSettings& settings, const QString& hotkeysHint,
-                  QWidget* parent = nullptr);
+                  const SymbolImages* symbolImages = nullptr, QWidget* parent = nullptr);
     ~TrayPanelView() override;
 
     bool hasCompletedOnboarding() const;
