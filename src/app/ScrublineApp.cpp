@@ -47,20 +47,21 @@ ScrublineApp::ScrublineApp(QObject* parent)
     // makes them, now, so that they follow the players from the start.
     MediaStack media = MediaStack::build(Platform::createLoginItem(), m_desktop->texts());
     m_profile = media.profile;
+    m_symbolImages = Platform::createSymbolImages();
     m_settings = std::move(media.settings);
     m_players = std::move(media.players);
     m_mediaStatus = std::move(media.status);
     m_mediaController = std::move(media.controller);
 
     // 2. The platform's facilities that live in namespaces, before anything can show them.
-    Symbols::setPlatformImages(Platform::createSymbolImages());
     connect(m_mediaController.get(), &MediaController::alertRequested, this, &AlertBox::show);
 
     // 3. The views.
     m_settingsWindow = std::make_unique<SettingsWindowController>(
         [this] { return makeSettingsView(); }, *m_desktop);
-    m_overlay = std::make_unique<OverlayManager>(*m_mediaStatus, *m_settings,
-                                                 m_profile.browserNaming, m_desktop.get());
+    m_overlay =
+        std::make_unique<OverlayManager>(*m_mediaStatus, *m_settings, m_profile.browserNaming,
+                                         m_desktop.get(), m_symbolImages.get());
     // Asked of the desktop, never of the toolkit, whose first answer would stick (see
     // TrayIcon).
     m_tray = Platform::createTrayAvailability();
@@ -78,7 +79,7 @@ ScrublineApp::ScrublineApp(QObject* parent)
             Qt::SingleShotConnection);
     }
     m_trayIcon = std::make_unique<TrayIcon>(*m_mediaStatus, *m_settings, *m_tray, *m_desktop,
-                                            m_profile.browserNaming);
+                                            m_profile.browserNaming, m_symbolImages.get());
     connect(m_trayIcon.get(), &TrayIcon::seekRequested, m_mediaController.get(),
             &MediaController::enqueueSeek);
     connect(m_trayIcon.get(), &TrayIcon::settingsRequested, m_settingsWindow.get(),
@@ -143,6 +144,7 @@ ScrublineApp::~ScrublineApp() = default;
 
 SettingsView* ScrublineApp::makeSettingsView() {
     auto* view = new SettingsView(m_settings->defaults());
+    Symbols::provide(*view, m_symbolImages.get());
     view->setPage(QStringLiteral("general"),
                   new GeneralSettingsTab(*m_settings, m_desktop->texts()));
     view->setPage(QStringLiteral("hotkeys"), makeHotkeysTab());

@@ -19,6 +19,7 @@ class TrayIcon;
 class PlayerControl;
 class SettingsView;
 class SingleInstance;
+class SymbolImages;
 class SettingsWindowController;
 class TrayAvailability;
 
@@ -55,6 +56,8 @@ private:
 
     // Declared in the order they are made, so they go in the reverse one.
     PlatformProfile m_profile;
+    // Declared before the views that draw with them, so that it outlives them.
+    std::unique_ptr<SymbolImages> m_symbolImages;
     std::unique_ptr<AppSettings> m_settings;
     std::shared_ptr<PlayerControl> m_players;
     std::unique_ptr<MediaStatus> m_mediaStatus;

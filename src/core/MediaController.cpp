@@ -23,7 +23,7 @@ MediaController::MediaController(std::shared_ptr<PlayerControl> players,
     , m_status(status)
     , m_permissionDeniedStatus(std::move(permissionDeniedStatus))
     , m_naming(naming)
-    , m_seekDispatchQueue(std::make_unique<SerialQueue>(QStringLiteral("com.scrubline.seek"))) {
+    , m_seekDispatchQueue(std::make_unique<SerialQueue>(QStringLiteral("scrubline-seek"))) {
     m_running = m_runningApps->runningApps();
     connect(m_runningApps.get(), &RunningApps::launched, this, &MediaController::appDidLaunch);
     connect(m_runningApps.get(), &RunningApps::terminated, this, &MediaController::appDidTerminate);

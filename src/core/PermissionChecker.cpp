@@ -51,7 +51,21 @@ void PermissionChecker::checkAll(bool forceRefresh) {
         return;
     }
     setChecking(true);
+    if (!m_runningApps->isSettled()) {
+        // Just made, the list of running apps may not have heard of every player yet: a player
+        // that runs must not be called not running for that. Every row checks until it has.
+        for (const PermissionItem& item : m_items) {
+            m_statuses.insert(item.id, PermissionStatus::checking);
+        }
+        emit statusesChanged();
+        connect(m_runningApps.get(), &RunningApps::settled, this,
+                &PermissionChecker::probeRunningApps, Qt::SingleShotConnection);
+        return;
+    }
+    probeRunningApps();
+}
 
+void PermissionChecker::probeRunningApps() {
     const QSet<MediaApp> running = m_runningApps->runningApps();
     QList<PermissionItem> probes;
     for (const PermissionItem& item : m_items) {

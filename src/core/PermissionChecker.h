@@ -63,6 +63,7 @@ signals:
 
 private:
     void setChecking(bool checking);
+    void probeRunningApps();
 
     std::shared_ptr<PlayerControl> m_players;
     std::unique_ptr<RunningApps> m_runningApps;

@@ -11,6 +11,7 @@ class QThread;
 // costs one condition variable, not an event loop's round.
 class SerialQueue {
 public:
+    // `name` is the thread's name as `top -H` and a debugger show it: Linux keeps 15 characters.
     explicit SerialQueue(const QString& name);
     // Lets the item in hand finish, drops the ones not begun, and waits for the thread.
     ~SerialQueue();

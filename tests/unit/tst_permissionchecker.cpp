@@ -215,6 +215,25 @@ private slots:
         QCOMPARE(probes(), 1);
     }
 
+    // A list of running apps just made may not have heard of every player yet: until it says
+    // it has, a running player is still being checked, never called not running.
+    void aCheckWaitsUntilTheRunningAppsHaveHeardOfEveryPlayer() {
+        auto apps = std::make_unique<FakeRunningApps>(QSet<MediaApp>{}, false);
+        FakeRunningApps& running = *apps;
+        m_checker = std::make_unique<PermissionChecker>(
+            m_players, std::move(apps), [] { return true; }, [this] { return m_now; });
+        m_checker->checkAll(true);
+        QVERIFY(m_checker->isChecking());
+        QCOMPARE(m_checker->status(QStringLiteral("automation-spotify")), Status::checking);
+        QCOMPARE(probes(), 0);
+        running.launch(MediaApp::spotify);
+        running.settle();
+        QTRY_VERIFY(!m_checker->isChecking());
+        QCOMPARE(m_checker->status(QStringLiteral("automation-spotify")), Status::granted);
+        QCOMPARE(m_checker->status(QStringLiteral("automation-music")), Status::appNotRunning);
+        QCOMPARE(probes(), 1);
+    }
+
     void accessibilityIsReadAtCreationAndOnEachRefresh() {
         auto apps = std::make_unique<FakeRunningApps>();
         bool trusted = false;

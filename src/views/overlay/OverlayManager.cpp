@@ -6,17 +6,19 @@
 #include "views/overlay/OverlayPanel.h"
 #include "views/overlay/OverlayView.h"
 #include "views/widgets/SkipSymbols.h"
+#include "views/widgets/Symbols.h"
 
 #include <QGuiApplication>
 #include <QScreen>
 
 OverlayManager::OverlayManager(MediaStatus& status, AppSettings& settings,
                                MediaApp::BrowserNaming naming, DesktopIntegration* desktop,
-                               QObject* parent)
+                               const SymbolImages* symbolImages, QObject* parent)
     : QObject(parent)
     , m_status(status)
     , m_settings(settings)
     , m_desktop(desktop)
+    , m_symbolImages(symbolImages)
     , m_naming(naming) {
     m_fade.setPropertyName("fade");
     connect(&m_fade, &QPropertyAnimation::finished, this, [this] {
@@ -55,6 +57,7 @@ void OverlayManager::show(const SeekFeedback& feedback) {
     const std::int64_t backward = SkipSymbols::wholeSeconds(m_settings.firstBackwardSeconds());
     if (m_panel == nullptr) {
         m_panel = std::make_unique<OverlayPanel>();
+        Symbols::provide(*m_panel, m_symbolImages);
         if (m_desktop != nullptr) {
             m_desktop->showOnEveryDesktop(static_cast<std::uintptr_t>(m_panel->winId()));
         }

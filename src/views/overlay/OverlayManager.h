@@ -11,6 +11,7 @@ class AppSettings;
 class OverlayPanel;
 class DesktopIntegration;
 class MediaStatus;
+class SymbolImages;
 
 // Shows the overlay card while the media status publishes a feedback: it fades in on
 // every feedback and fades out when the feedback clears. The steps of a hotkey held down are
@@ -22,10 +23,12 @@ public:
     static constexpr int fadeInMs = 150;
     static constexpr int fadeOutMs = 200;
 
-    // `desktop`, when given, puts the overlay on every virtual desktop.
+    // `desktop`, when given, puts the overlay on every virtual desktop; `symbolImages`, when
+    // given, are the platform's drawings of the card's symbol, and outlive the manager.
     // `naming`: how the cards name the apps.
     OverlayManager(MediaStatus& status, AppSettings& settings, MediaApp::BrowserNaming naming,
-                   DesktopIntegration* desktop = nullptr, QObject* parent = nullptr);
+                   DesktopIntegration* desktop = nullptr,
+                   const SymbolImages* symbolImages = nullptr, QObject* parent = nullptr);
     ~OverlayManager() override;
 
     // Starts following the status's feedback; a second call replaces the first.
@@ -46,6 +49,7 @@ private:
     MediaStatus& m_status;
     AppSettings& m_settings;
     DesktopIntegration* m_desktop;
+    const SymbolImages* m_symbolImages;
     std::unique_ptr<OverlayPanel> m_panel;
     QPropertyAnimation m_fade;
     QMetaObject::Connection m_subscription;

@@ -77,12 +77,8 @@ HotkeysSettingsTab::HotkeysSettingsTab(AppSettings& settings, KeyTable::Modifier
     m_addAction->setIconSize(QSize(addSymbolSize, addSymbolSize));
     m_addAction->setCursor(Qt::PointingHandCursor);
     PaletteFollower::keepColor(*m_addAction, QPalette::ButtonText, Style::Role::accent);
-    const auto drawAddSymbol = [button = m_addAction] {
-        button->setIcon(
-            Symbols::icon(QStringLiteral("plus.circle.fill"), Style::accent(button->palette())));
-    };
     drawAddSymbol();
-    new PaletteFollower(*m_addAction, drawAddSymbol);
+    new PaletteFollower(*m_addAction, [this] { drawAddSymbol(); });
     connect(m_addAction, &QToolButton::clicked, this, &HotkeysSettingsTab::addAction);
     m_section->addRow(m_addAction);
     layout->addWidget(m_section);
@@ -319,5 +315,13 @@ void HotkeysSettingsTab::changeEvent(QEvent* event) {
         // was a ring, in which Add Action right after the tab itself already counted as after
         // the last row, so the order was left so; in the window it would come first.
         orderFocus();
+        // The window's own drawing of the symbol, which a tab alone does not know.
+        drawAddSymbol();
     }
+}
+
+void HotkeysSettingsTab::drawAddSymbol() {
+    m_addAction->setIcon(Symbols::icon(QStringLiteral("plus.circle.fill"),
+                                       Style::accent(m_addAction->palette()),
+                                       Symbols::providedFor(m_addAction)));
 }

@@ -67,6 +67,7 @@ private:
     void refresh();
     // Tab goes through the rows in the order they are shown, then to "Add Action".
     void orderFocus();
+    void drawAddSymbol();
     void rowRecordingChanged(const ActionRowContainer* row, bool recording);
 
 protected:

@@ -82,7 +82,9 @@ void SettingsView::setPage(const QString& tag, QWidget* page) {
     m_pages.insert(at, page);
     m_pageLayout->addWidget(page);
     m_restoring = true; // the first tab becomes current by itself
-    m_tabBar->insertTab(at, Symbols::icon(tab.symbol, Style::primary(palette())), tab.label);
+    m_tabBar->insertTab(
+        at, Symbols::icon(tab.symbol, Style::primary(palette()), Symbols::providedFor(this)),
+        tab.label);
     m_restoring = false;
     fitToPage();
 }
@@ -135,7 +137,8 @@ void SettingsView::refreshIcons() {
         const QString tag = m_pages[i]->property("tag").toString();
         for (const Tab& tab : allTabs()) {
             if (tab.tag == tag) {
-                m_tabBar->setTabIcon(i, Symbols::icon(tab.symbol, Style::primary(palette())));
+                m_tabBar->setTabIcon(i, Symbols::icon(tab.symbol, Style::primary(palette()),
+                                                      Symbols::providedFor(this)));
             }
         }
     }

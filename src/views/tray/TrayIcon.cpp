@@ -13,11 +13,13 @@
 
 TrayIcon::TrayIcon(MediaStatus& status, AppSettings& settings, TrayAvailability& tray,
                    const DesktopIntegration& desktop, MediaApp::BrowserNaming naming,
-                   QObject* parent)
+                   const SymbolImages* symbolImages, QObject* parent)
     : QObject(parent)
     , m_settings(settings)
-    , m_tray(tray) {
-    auto* view = new TrayPanelView(status, settings, desktop.defaultHotkeysHint(), naming);
+    , m_tray(tray)
+    , m_symbolImages(symbolImages) {
+    auto* view =
+        new TrayPanelView(status, settings, desktop.defaultHotkeysHint(), naming, m_symbolImages);
     connect(view, &TrayPanelView::seekRequested, this, &TrayIcon::seekRequested);
     m_window = std::make_unique<TrayPanelWindow>(view, desktop.placesOwnWindows()
                                                            ? TrayPanelWindow::Kind::popup
@@ -81,8 +83,8 @@ void TrayIcon::makeTrayIcon() {
     // toolkit cannot move it, and desktops that run both kinds (Xfce, Plasma's bridge of
     // XEmbed icons) would otherwise show it twice.
     m_trayIcon = std::make_unique<QSystemTrayIcon>();
-    m_trayIcon->setIcon(
-        Symbols::icon(QStringLiteral("goforward.10"), Style::primary(QApplication::palette())));
+    m_trayIcon->setIcon(Symbols::icon(QStringLiteral("goforward.10"),
+                                      Style::primary(QApplication::palette()), m_symbolImages));
     m_trayIcon->setToolTip(QStringLiteral("Scrubline"));
     m_trayIcon->setContextMenu(&m_contextMenu);
     connect(m_trayIcon.get(), &QSystemTrayIcon::activated, this,

@@ -11,6 +11,7 @@
 class AppSettings;
 class DesktopIntegration;
 class MediaStatus;
+class SymbolImages;
 class TrayPanelWindow;
 class TrayAvailability;
 
@@ -31,10 +32,11 @@ public:
 
     // `desktop` names the preset hotkeys' modifiers for the welcome content, and tells what
     // kind of window the panel can be.
-    // `naming`: how the panel names the apps.
+    // `naming`: how the panel names the apps. `symbolImages`, when given, are the platform's
+    // drawings of the icon and the panel's symbols; they outlive the icon.
     TrayIcon(MediaStatus& status, AppSettings& settings, TrayAvailability& tray,
              const DesktopIntegration& desktop, MediaApp::BrowserNaming naming,
-             QObject* parent = nullptr);
+             const SymbolImages* symbolImages = nullptr, QObject* parent = nullptr);
     ~TrayIcon() override;
 
     // The icon, once a tray has been there while the setting wanted it; null before.
@@ -61,6 +63,7 @@ private:
 
     AppSettings& m_settings;
     TrayAvailability& m_tray;
+    const SymbolImages* m_symbolImages;
     QMenu m_contextMenu;
     std::unique_ptr<QSystemTrayIcon> m_trayIcon;
     std::unique_ptr<TrayPanelWindow> m_window;

@@ -59,11 +59,13 @@ QString TrayPanelView::appVersion() {
 }
 
 TrayPanelView::TrayPanelView(MediaStatus& status, AppSettings& settings, const QString& hotkeysHint,
-                             MediaApp::BrowserNaming naming, QWidget* parent)
+                             MediaApp::BrowserNaming naming, const SymbolImages* symbolImages,
+                             QWidget* parent)
     : QWidget(parent)
     , m_status(status)
     , m_settings(settings)
     , m_naming(naming) {
+    Symbols::provide(*this, symbolImages);
     setObjectName(QStringLiteral("trayPanelView"));
     setMinimumWidth(minimumPanelWidth);
     setMaximumWidth(maximumPanelWidth);
@@ -338,10 +340,12 @@ void TrayPanelView::rebuildSeekButtons() {
     const std::int64_t back = SkipSymbols::wholeSeconds(m_settings.firstBackwardSeconds());
     const std::int64_t forward = SkipSymbols::wholeSeconds(m_settings.firstForwardSeconds());
     const QColor color = Style::primary(palette());
-    const auto setUp = [&color](QToolButton* button, const QString& symbol, std::int64_t seconds) {
+    const SymbolImages* images = Symbols::providedFor(this);
+    const auto setUp = [&color, images](QToolButton* button, const QString& symbol,
+                                        std::int64_t seconds) {
         button->setText(QString::number(seconds) + QLatin1Char('s'));
         button->setProperty("symbolName", symbol);
-        button->setIcon(Symbols::icon(symbol, color));
+        button->setIcon(Symbols::icon(symbol, color, images));
     };
     setUp(m_backButton, SkipSymbols::backward(back), back);
     setUp(m_forwardButton, SkipSymbols::forward(forward), forward);

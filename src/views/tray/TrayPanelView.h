@@ -15,6 +15,7 @@
 class AppSettings;
 class ColorDot;
 class QHBoxLayout;
+class SymbolImages;
 class SymbolView;
 class MediaStatus;
 class QLabel;
@@ -36,10 +37,12 @@ public:
     // The application's version, "1.0" when none is set.
     static QString appVersion();
 
-    // `hotkeysHint` names the preset hotkeys' modifiers for the welcome content.
-    // `naming`: how the panel names the apps.
+    // `hotkeysHint` names the preset hotkeys' modifiers for the welcome content; `naming` is
+    // how the panel names the apps; `symbolImages`, when given, are the platform's drawings
+    // of the panel's symbols.
     TrayPanelView(MediaStatus& status, AppSettings& settings, const QString& hotkeysHint,
-                  MediaApp::BrowserNaming naming, QWidget* parent = nullptr);
+                  MediaApp::BrowserNaming naming, const SymbolImages* symbolImages = nullptr,
+                  QWidget* parent = nullptr);
     ~TrayPanelView() override;
 
     bool hasCompletedOnboarding() const;

@@ -28,7 +28,8 @@ void SymbolButton::paintEvent(QPaintEvent* /*event*/) {
     painter.setRenderHint(QPainter::Antialiasing);
     // Held down, the symbol darkens to show the press, as there is no bezel to do it.
     const QColor ink = isDown() ? Style::primary(palette()) : m_color;
-    const QPixmap image = Symbols::pixmap(m_symbolName, m_pixelSize, ink, devicePixelRatioF());
+    const QPixmap image = Symbols::pixmap(m_symbolName, m_pixelSize, ink, devicePixelRatioF(),
+                                          Symbols::providedFor(this));
     painter.drawPixmap(QPointF((width() - m_pixelSize) / 2.0, (height() - m_pixelSize) / 2.0),
                        image);
     if (hasFocus()) {

@@ -42,7 +42,8 @@ QColor SymbolView::color() const {
 
 void SymbolView::paintEvent(QPaintEvent* /*event*/) {
     QPainter painter(this);
-    const QPixmap image = Symbols::pixmap(m_symbolName, m_pixelSize, color(), devicePixelRatioF());
+    const QPixmap image = Symbols::pixmap(m_symbolName, m_pixelSize, color(), devicePixelRatioF(),
+                                          Symbols::providedFor(this));
     const QPoint origin((width() - m_pixelSize) / 2, (height() - m_pixelSize) / 2);
     painter.drawPixmap(origin, image);
 }

@@ -6,6 +6,8 @@
 #include <QHash>
 #include <QPainter>
 #include <QSvgRenderer>
+#include <QVariant>
+#include <QWidget>
 
 #include <array>
 #include <cmath>
@@ -65,10 +67,9 @@ Parts partsOf(const QString& symbolName) {
     return {symbolName, {}};
 }
 
-std::unique_ptr<SymbolImages>& platformImages() {
-    static std::unique_ptr<SymbolImages> images;
-    return images;
-}
+// A dynamic property holds the drawings' address: the interface is not a registered type,
+// and the window only borrows it.
+constexpr const char* providedProperty = "scrublineSymbolImages";
 
 // Black ink on a transparent ground becomes `color`; white ink (the cut-outs of the filled
 // symbols) becomes transparent.
@@ -135,14 +136,14 @@ bool isKnown(const QString& symbolName) {
 }
 
 QPixmap pixmap(const QString& symbolName, int pixelSize, const QColor& color,
-               qreal devicePixelRatio) {
+               qreal devicePixelRatio, const SymbolImages* platformImages) {
     if (!isKnown(symbolName)) {
         qFatal("Symbols: no symbol is named \"%s\"", qPrintable(symbolName));
     }
     const int devicePixels = qMax(1, qRound(pixelSize * devicePixelRatio));
     const Parts parts = partsOf(symbolName);
     const QByteArray pixels =
-        platformImages() ? platformImages()->image(symbolName, devicePixels) : QByteArray();
+        platformImages ? platformImages->image(symbolName, devicePixels) : QByteArray();
     const bool native = pixels.size() == qsizetype(devicePixels) * devicePixels * 4;
     QImage image;
     if (native) {
@@ -161,16 +162,28 @@ QPixmap pixmap(const QString& symbolName, int pixelSize, const QColor& color,
     return result;
 }
 
-QIcon icon(const QString& symbolName, const QColor& color) {
+QIcon icon(const QString& symbolName, const QColor& color, const SymbolImages* platformImages) {
     QIcon result;
     for (const int size : {16, 22, 24, 32, 48, 64}) {
-        result.addPixmap(pixmap(symbolName, size, color));
+        result.addPixmap(pixmap(symbolName, size, color, 1.0, platformImages));
     }
     return result;
 }
 
-void setPlatformImages(std::unique_ptr<SymbolImages> images) {
-    platformImages() = std::move(images);
+void provide(QWidget& window, const SymbolImages* platformImages) {
+    window.setProperty(providedProperty, QVariant::fromValue(reinterpret_cast<quintptr>(
+                                             static_cast<const void*>(platformImages))));
+}
+
+const SymbolImages* providedFor(const QWidget* widget) {
+    for (const QWidget* at = widget; at != nullptr; at = at->parentWidget()) {
+        const QVariant address = at->property(providedProperty);
+        if (address.isValid()) {
+            return static_cast<const SymbolImages*>(
+                reinterpret_cast<const void*>(address.value<quintptr>()));
+        }
+    }
+    return nullptr;
 }
 
 } // namespace Symbols
