@@ -53,10 +53,10 @@ ScrublineApp::ScrublineApp(QObject* parent)
     m_mediaStatus = std::move(media.status);
     m_mediaController = std::move(media.controller);
 
-    // 2. The platform's facilities that live in namespaces, before anything can show them.
+    // 2. What the controller cannot settle alone is put to the user.
     connect(m_mediaController.get(), &MediaController::alertRequested, this, &AlertBox::show);
 
-    // 3. The views.
+    // 3. The views, each told the platform's naming and drawings by its constructor.
     m_settingsWindow = std::make_unique<SettingsWindowController>(
         [this] { return makeSettingsView(); }, *m_desktop);
     m_overlay =
