@@ -25,6 +25,19 @@ MediaController::MediaController(std::shared_ptr<PlayerControl> players,
     , m_naming(naming)
     , m_seekDispatchQueue(std::make_unique<SerialQueue>(QStringLiteral("scrubline-seek"))) {
     m_running = m_runningApps->runningApps();
+    if (!m_runningApps->isSettled()) {
+        // Just started, the list may not have heard of every player yet: a request made now
+        // waits for it, rather than be told that nothing runs.
+        m_waitingForRunningApps = true;
+        connect(
+            m_runningApps.get(), &RunningApps::settled, this,
+            [this] {
+                m_waitingForRunningApps = false;
+                m_running = m_runningApps->runningApps();
+                scheduleNextSeek();
+            },
+            Qt::SingleShotConnection);
+    }
     connect(m_runningApps.get(), &RunningApps::launched, this, &MediaController::appDidLaunch);
     connect(m_runningApps.get(), &RunningApps::terminated, this, &MediaController::appDidTerminate);
     // The status's now-playing line asks the apps this controller would try, in its order.
@@ -61,7 +74,8 @@ void MediaController::enqueue(Request request) {
             this, [this, request = std::move(request)] { enqueue(request); }, Qt::QueuedConnection);
         return;
     }
-    if (!m_trialInFlight && !m_nextSeekScheduled && m_seekQueue.empty()) {
+    if (!m_waitingForRunningApps && !m_trialInFlight && !m_nextSeekScheduled &&
+        m_seekQueue.empty()) {
         // Nothing waits: start now. This only hands the trial to the seek thread.
         executeSeek(std::move(request));
         return;
@@ -73,7 +87,7 @@ void MediaController::enqueue(Request request) {
 // The next request starts from the event loop, never from inside the one before, so a long
 // burst neither deepens the stack nor holds up the interface.
 void MediaController::scheduleNextSeek() {
-    if (m_nextSeekScheduled || m_trialInFlight || m_seekQueue.empty()) {
+    if (m_waitingForRunningApps || m_nextSeekScheduled || m_trialInFlight || m_seekQueue.empty()) {
         return;
     }
     m_nextSeekScheduled = true;

@@ -116,6 +116,7 @@ private:
     // The hold the request in flight is a step of, if any.
     std::optional<HoldProgress> m_holdInFlight;
     bool m_trialInFlight = false;
+    bool m_waitingForRunningApps = false;
     bool m_nextSeekScheduled = false;
     // The serial seek thread; declared last, so it is gone before anything a trial reads.
     std::unique_ptr<SerialQueue> m_seekDispatchQueue;

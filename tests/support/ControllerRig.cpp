@@ -22,8 +22,8 @@ ControllerRig::~ControllerRig() {
     m_status.reset();
 }
 
-void ControllerRig::start(const QSet<MediaApp>& running) {
-    auto apps = std::make_unique<FakeRunningApps>(running);
+void ControllerRig::start(const QSet<MediaApp>& running, bool settled) {
+    auto apps = std::make_unique<FakeRunningApps>(running, settled);
     m_running = apps.get();
     m_status = std::make_unique<MediaStatus>(m_players, *m_settings);
     m_controller = std::make_unique<MediaController>(

@@ -24,8 +24,9 @@ public:
                            std::unique_ptr<LoginItem> loginItem = nullptr);
     ~ControllerRig();
 
-    // Makes the controller, with these applications running.
-    void start(const QSet<MediaApp>& running);
+    // Makes the controller, with these applications running; `settled` false makes the list
+    // one that has not yet heard of every player (FakeRunningApps::settle ends that).
+    void start(const QSet<MediaApp>& running, bool settled = true);
 
     // Enqueues the requests and runs the event loop until all of them are served, or the time
     // is up; answers how many were served. A real event loop, not QTRY's poll-and-sleep, so

@@ -33,6 +33,30 @@ private:
     QStringList tried() const { return m_rig->players().subjects(Call::seek); }
 
 private slots:
+    // Just started, the list of running apps may not have heard of every player yet: a request
+    // waits for it, and then reaches the player it had not heard of, instead of being told that
+    // nothing runs.
+    void aRequestWaitsUntilTheRunningAppsHaveHeardOfEveryPlayer() {
+        m_rig->start({}, false);
+        m_rig->players().setSeekAnswer(MediaApp::spotify, {SeekResult::seeked});
+        QSignalSpy finished(&m_rig->controller(), &MediaController::seekFinished);
+        m_rig->controller().enqueueSeek(10);
+        m_rig->controller().enqueueSeek(10);
+        // A later event has been handled, and still nothing was tried.
+        QSignalSpy later(&m_rig->controller(), &QObject::objectNameChanged);
+        QMetaObject::invokeMethod(
+            &m_rig->controller(), [this] { m_rig->controller().setObjectName("later"); },
+            Qt::QueuedConnection);
+        QVERIFY(later.wait(5000));
+        QCOMPARE(finished.size(), 0);
+        QCOMPARE(tried(), QStringList());
+        m_rig->running().launch(MediaApp::spotify);
+        m_rig->running().settle();
+        QTRY_COMPARE(finished.size(), 2);
+        QCOMPARE(tried(), QStringList({spotify, spotify}));
+        QCOMPARE(m_rig->status().statusMessage(), std::nullopt);
+    }
+
     void init() { m_rig = std::make_unique<ControllerRig>(referenceApps()); }
 
     void cleanup() { m_rig.reset(); }
